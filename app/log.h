@@ -1,0 +1,41 @@
+// The one writer of diagnostic lines. Each line goes to standard error as "component: level: message\n" with
+// a single formatted write and a flush, so lines of several threads do not mix and none is lost in a crash.
+#pragma once
+
+#include <QString>
+
+namespace logging {
+
+// Components.
+inline constexpr char kPlatterscope[] = "platterscope";  // shell, scanning flow, busy-task errors
+inline constexpr char kBdmeta[] = "bdmeta";              // Blu-ray metadata
+inline constexpr char kDvdmeta[] = "dvdmeta";            // DVD metadata
+inline constexpr char kTessera[] = "tessera";            // service client
+
+// Levels.
+inline constexpr char kInfo[] = "info";
+inline constexpr char kWarning[] = "warning";
+inline constexpr char kError[] = "error";
+
+// Writes one line, the message as UTF-8, when the calling thread's switch is on; else does nothing.
+void log(const char* component, const char* level, const QString& message);
+
+// Writes "platterscope: info: started" whatever the switch says: the first thing the program does.
+void logStarted();
+
+// The calling thread's switch, on at first in every thread.
+bool isEnabled();
+
+// Sets the calling thread's switch for the object's lifetime and restores the former value on every way out.
+class ScopedSwitch {
+public:
+    explicit ScopedSwitch(bool enabled);
+    ~ScopedSwitch();
+    ScopedSwitch(const ScopedSwitch&) = delete;
+    ScopedSwitch& operator=(const ScopedSwitch&) = delete;
+
+private:
+    bool m_saved;
+};
+
+}  // namespace logging

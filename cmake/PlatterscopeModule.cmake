@@ -1,0 +1,59 @@
+# How a folder becomes a target: one static library per folder of the program, one test executable per
+# folder of the tests. Both link platterscope_options, which holds every compiler rule of the project.
+
+add_library(platterscope_options INTERFACE)
+target_compile_features(platterscope_options INTERFACE cxx_std_20)
+target_compile_options(platterscope_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wold-style-cast -Wformat=2
+  -Wnon-virtual-dtor -Woverloaded-virtual -Wimplicit-fallthrough)
+target_compile_definitions(platterscope_options INTERFACE
+  _FILE_OFFSET_BITS=64
+  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_CAST_FROM_BYTEARRAY QT_NO_URL_CAST_FROM_STRING
+  QT_NO_KEYWORDS QT_NO_FOREACH QT_NO_NARROWING_CONVERSIONS_IN_CONNECT QT_STRICT_ITERATORS
+  QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+
+# platterscope_module(name [MOC] SOURCES file... HEADERS file... LINK target...)
+# The library platterscope_<name> of the current folder. HEADERS are its public headers, each of which must
+# compile alone (target all_verify_interface_header_sets of the release preset).
+function(platterscope_module name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "MOC" "" "SOURCES;HEADERS;LINK")
+  set(target platterscope_${name})
+  add_library(${target} STATIC ${arg_SOURCES})
+  target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${arg_HEADERS})
+  target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR})
+  target_link_libraries(${target} PUBLIC ${arg_LINK} PRIVATE platterscope_options)
+  set_target_properties(${target} PROPERTIES AUTOMOC ${arg_MOC})
+endfunction()
+
+# platterscope_test(name [QTEST] SOURCES file... LINK target... [ENVIRONMENT VAR=value...] [LABELS label...])
+# The executable tests_<name>. A GoogleTest program registers each case by its own name; a Qt Test program
+# (QTEST) is one entry. Every test runs without a display, in the C locale and in UTC, with an empty home.
+function(platterscope_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "QTEST" "" "SOURCES;LINK;ENVIRONMENT;LABELS")
+  set(target tests_${name})
+  add_executable(${target} ${arg_SOURCES})
+  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
+  target_link_libraries(${target} PRIVATE platterscope_options ${arg_LINK})
+  set_target_properties(${target} PROPERTIES AUTOMOC ${arg_QTEST}
+    RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests)
+  set(home ${PROJECT_BINARY_DIR}/tests/home/${name})
+  file(MAKE_DIRECTORY ${home} ${PROJECT_BINARY_DIR}/tests/runtime)
+  file(CHMOD ${PROJECT_BINARY_DIR}/tests/runtime PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
+  set(environment
+    QT_QPA_PLATFORM=offscreen TZ=UTC LC_ALL=C.UTF-8 HOME=${home}
+    XDG_RUNTIME_DIR=${PROJECT_BINARY_DIR}/tests/runtime ${arg_ENVIRONMENT})
+  if(arg_QTEST)
+    target_link_libraries(${target} PRIVATE Qt6::Test)
+    add_test(NAME ${name} COMMAND ${target})
+    set_tests_properties(${name} PROPERTIES ENVIRONMENT "${environment}" LABELS "${arg_LABELS}")
+  else()
+    target_link_libraries(${target} PRIVATE GTest::gtest GTest::gtest_main)
+    gtest_discover_tests(${target} TEST_PREFIX ${name}. TEST_LIST ${target}_cases DISCOVERY_TIMEOUT 60)
+    # Discovery takes a property that is a list apart, so they are set once it has named the cases.
+    set(properties ${CMAKE_CURRENT_BINARY_DIR}/${target}_properties.cmake)
+    file(WRITE ${properties} "if(${target}_cases)
+  set_tests_properties(\${${target}_cases} PROPERTIES ENVIRONMENT \"${environment}\" LABELS \"${arg_LABELS}\")
+endif()\n")
+    set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES ${properties})
+  endif()
+endfunction()
