@@ -1,0 +1,151 @@
+#include "discio/dvd_source.h"
+
+#include "discio/error_text.h"
+#include "discio/text.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <exception>
+#include <optional>
+#include <string_view>
+
+namespace discio {
+
+namespace {
+
+constexpr std::string_view kVideoTs = "VIDEO_TS";
+constexpr std::uint32_t kDvdBlockSize = 2048;
+
+int openDirectory(const std::string& path, DvdDiscSource& source, const ErrorText& error)
+{
+    const std::size_t separator = path.find_last_of("/\\");
+    if (separator != std::string::npos &&
+        equalIgnoringCase(std::string_view(path).substr(separator + 1), kVideoTs)) {
+        source.videoTsPath = path;
+        return 0;
+    }
+    for (const char* child : {"/VIDEO_TS", "/video_ts"}) {
+        std::string candidate = path + child;
+        if (queryPath(candidate).kind == PathKind::Directory) {
+            source.videoTsPath = std::move(candidate);
+            return 0;
+        }
+    }
+    return error.fail("'%s' has no VIDEO_TS directory", path.c_str());
+}
+
+int openImage(const std::string& path, DvdDiscSource& source, const ErrorText& error)
+{
+    source.isImage = true;
+    const OpenedFile opened = openRegularFile(path);
+    if (!opened.stream) {
+        return error.fail("cannot open '%s': %s", path.c_str(), systemErrorText(opened.errorNumber));
+    }
+    const std::optional<IsoVolume> volume = readPrimaryVolumeDescriptor(opened.stream.get());
+    if (!volume) { return error.fail("'%s' is not a supported ISO-9660 image", path.c_str()); }
+    if (volume->blockSize != kDvdBlockSize || volume->rootRecordLength < kIsoRecordMinimum) {
+        return error.fail("'%s' has an unsupported ISO block size", path.c_str());
+    }
+    const auto videoTs = findDirectoryRecord(opened.stream.get(), volume->blockSize, volume->root, kVideoTs);
+    if (!videoTs || !videoTs->isDirectory) { return error.fail("ISO image has no VIDEO_TS directory"); }
+
+    source.image = opened.stream;
+    source.blockSize = volume->blockSize;
+    source.videoTsExtent = videoTs->extent;
+    return 0;
+}
+
+// The file's record in the image; empty when there is none or it is a directory.
+std::optional<DiscFileRef> findInImage(const DvdDiscSource& source, const std::string& name)
+{
+    const auto record = findDirectoryRecord(source.image.get(), source.blockSize, source.videoTsExtent, name);
+    if (!record || record->isDirectory) { return std::nullopt; }
+    return DiscFileRef{source.image, std::uint64_t{source.blockSize} * record->extent.block,
+                       record->extent.sizeBytes};
+}
+
+// Opens a file of the directory; `absent` (when given) takes the place of the message for a missing file.
+int openInDirectory(const DvdDiscSource& source, const std::string& name, DiscFileRef& ref, bool* absent,
+                    const ErrorText& error)
+{
+    const std::string path = source.videoTsPath + '/' + name;
+    const OpenedFile opened = openRegularFile(path);
+    if (!opened.stream) {
+        if (opened.isSpecial) { return error.fail("cannot determine size of '%s'", path.c_str()); }
+        if (absent != nullptr && opened.errorNumber == ENOENT) {
+            *absent = true;
+            return -1;
+        }
+        return error.fail("cannot open '%s': %s", path.c_str(), systemErrorText(opened.errorNumber));
+    }
+    const std::optional<std::uint64_t> sizeBytes = streamSize(opened.stream.get());
+    if (!sizeBytes) { return error.fail("cannot determine size of '%s'", path.c_str()); }
+    ref = {opened.stream, 0, *sizeBytes};
+    return 0;
+}
+
+}  // namespace
+
+int openDvdSource(const char* path, DvdDiscSource& source, char* errorText, std::size_t errorCapacity)
+{
+    const ErrorText error(errorText, errorCapacity);
+    source = {};
+    const PathStatus status = queryPath(path);
+    switch (status.kind) {
+    case PathKind::Missing:
+        return error.fail("cannot stat '%s': %s", path, systemErrorText(status.errorNumber));
+    case PathKind::Directory:
+        return openDirectory(path, source, error);
+    case PathKind::RegularFile:
+        return openImage(path, source, error);
+    case PathKind::Other:
+        break;
+    }
+    return error.fail("'%s' is neither a directory nor an ISO image", path);
+}
+
+int openDvdFile(const DvdDiscSource& source, const std::string& name, DiscFileRef& ref, char* errorText,
+                std::size_t errorCapacity)
+{
+    const ErrorText error(errorText, errorCapacity);
+    ref = {};
+    if (!source.isImage) { return openInDirectory(source, name, ref, nullptr, error); }
+    const auto found = findInImage(source, name);
+    if (!found) { return error.fail("ISO image has no VIDEO_TS/%s", name.c_str()); }
+    ref = *found;
+    return 0;
+}
+
+int openDvdFileOptional(const DvdDiscSource& source, const std::string& name, DiscFileRef& ref,
+                        char* errorText, std::size_t errorCapacity)
+{
+    const ErrorText error(errorText, errorCapacity);
+    ref = {};
+    if (!source.isImage) {
+        bool absent = false;
+        if (openInDirectory(source, name, ref, &absent, error) == 0) { return 1; }
+        return absent ? 0 : -1;
+    }
+    const auto found = findInImage(source, name);
+    if (!found) { return 0; }
+    ref = *found;
+    return 1;
+}
+
+DiscFileBytes readDiscFile(const DiscFileRef& ref, std::uint64_t limitBytes)
+{
+    DiscFileBytes file;
+    file.sizeBytes = ref.sizeBytes;
+    const std::uint64_t streamEnd = streamSize(ref.stream.get()).value_or(0);
+    const std::uint64_t available = streamEnd > ref.offset ? streamEnd - ref.offset : 0;
+    try {
+        file.bytes.resize(static_cast<std::size_t>(std::min({ref.sizeBytes, available, limitBytes})));
+    } catch (const std::exception&) {  // too large for memory: a file that cannot be read
+        return file;
+    }
+    file.bytes.resize(readUpTo(ref.stream.get(), ref.offset, file.bytes));
+    return file;
+}
+
+}  // namespace discio

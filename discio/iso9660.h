@@ -1,0 +1,63 @@
+// The part of ISO-9660 (ECMA-119) that finding files on a disc needs: the primary volume descriptor and the
+// records of a directory.
+//
+// Primary volume descriptor, sector 16 of 2,048 bytes:
+//     0  type, 1 for the primary descriptor       128  logical block size, little-endian; 130 big-endian
+//     1  "CD001"                                  156  directory record of the root, 34 bytes
+//    40  volume identifier, 32 bytes, padded
+//
+// Directory record:
+//     0  record length, 0: none before the next block      25  flags, 0x02: a directory
+//     2  first block, little-endian (6: big-endian)        32  identifier length
+//    10  data length in bytes, little-endian               33  identifier, "NAME.EXT;1"
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <optional>
+#include <span>
+#include <string_view>
+
+namespace discio {
+
+inline constexpr std::size_t kIsoSectorSize = 2048;
+inline constexpr std::uint64_t kIsoDescriptorOffset = 16 * kIsoSectorSize;
+inline constexpr std::size_t kIsoVolumeIdSize = 32;
+inline constexpr std::uint8_t kIsoRecordMinimum = 34;
+
+// Deliberate: a directory is not read further than this, some 350,000 files in. A sparse image can hold a
+// directory of 4 GiB of nothing, and a disc is searched a hundred times.
+inline constexpr std::uint32_t kIsoDirectoryLimit = 16U << 20U;
+
+struct IsoExtent {
+    std::uint32_t block = 0;
+    std::uint32_t sizeBytes = 0;
+};
+
+struct IsoDirectoryRecord {
+    IsoExtent extent;
+    bool isDirectory = false;
+};
+
+struct IsoVolume {
+    std::uint32_t blockSize = 0;        // the big-endian copy, unchecked
+    std::uint8_t rootRecordLength = 0;  // unchecked
+    IsoExtent root;
+    std::array<std::uint8_t, kIsoVolumeIdSize> volumeId = {};  // as it stands
+};
+
+// What the 2,048 bytes of sector 16 say; empty when they are no primary volume descriptor.
+[[nodiscard]] std::optional<IsoVolume> parsePrimaryVolumeDescriptor(std::span<const std::uint8_t> sector);
+
+// The same, read from the image; empty also when the sector cannot be read whole.
+[[nodiscard]] std::optional<IsoVolume> readPrimaryVolumeDescriptor(std::FILE* image);
+
+// The first record of `directory` whose identifier, without its version suffix, is `name` but for letter
+// case. Empty when there is none before the directory's end, its limit or the image's end, or before a record
+// that makes no sense.
+[[nodiscard]] std::optional<IsoDirectoryRecord> findDirectoryRecord(std::FILE* image, std::uint32_t blockSize,
+                                                                    const IsoExtent& directory,
+                                                                    std::string_view name);
+
+}  // namespace discio

@@ -1,0 +1,17 @@
+// Texts and names as they stand in fixed fields and directories of a disc.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace discio {
+
+// The text of a fixed field: up to its first NUL, with the blanks that pad it removed from the end.
+[[nodiscard]] std::string fixedFieldText(std::span<const std::uint8_t> field);
+
+// Whether two names are the same but for letter case, byte by byte.
+[[nodiscard]] bool equalIgnoringCase(std::string_view left, std::string_view right);
+
+}  // namespace discio

@@ -1,0 +1,216 @@
+// The manager's IFO (VIDEO_TS.IFO) and with it the whole disc.
+//
+//     0x00  "DVDVIDEO-VMG"        0x40  provider identifier, 32 bytes
+//     0xC4  sector of the title table (TT_SRPT): u16 titles, u32 end address at 4, then 12 bytes for each
+//     title:
+//           byte 0 bit 6 several or random PGCs, 1 angles, 2-3 chapters, 6 title set, 7 title within it
+#include "dvdmeta/dvd_disc.h"
+
+#include "discio/dvd_source.h"
+#include "discio/error_text.h"
+#include "discio/text.h"
+#include "dvdmeta/ifo_file.h"
+#include "dvdmeta/title_set.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+#include <new>
+
+namespace dvdmeta {
+
+using discio::ByteReader;
+using discio::ErrorText;
+
+namespace {
+
+constexpr char kManagerName[] = "VIDEO_TS.IFO";
+constexpr std::string_view kVmgMagic = "DVDVIDEO-VMG";
+constexpr std::uint64_t kVmgHeaderSize = 2048;
+constexpr std::uint64_t kProviderOffset = 0x40;
+constexpr std::uint64_t kTitleTableSectorOffset = 0xC4;
+constexpr std::uint64_t kTitleTableHeaderSize = 8;
+constexpr std::uint64_t kTitleEntrySize = 12;
+
+// What one disc's IFO files may take in memory. A full disc's take a few megabytes; a sparse file can claim
+// any size at no cost, so what goes beyond this counts as memory that could not be had.
+constexpr std::uint64_t kMaxIfoBytes = 256ULL << 20U;
+
+// Title numbers 100 to 255 give a longer name, which is looked up like any other.
+std::string titleSetFileName(std::uint32_t number)
+{
+    std::array<char, 16> name = {};
+    std::snprintf(name.data(), name.size(), "VTS_%02u_0.IFO", number);
+    return name.data();
+}
+
+// Reads one disc; holds the title sets' files between the pass over the titles and the one over the files, so
+// that each file is read once.
+class DiscRead {
+public:
+    DiscRead(DvdDisc& disc, const ErrorText& error)
+        : m_disc(disc)
+        , m_error(error)
+    {}
+
+    int run(const char* path)
+    {
+        if (openDvdSource(path, m_source, m_error.data(), m_error.capacity()) != 0) { return -1; }
+        discio::DiscFileRef ref;
+        if (openDvdFile(m_source, kManagerName, ref, m_error.data(), m_error.capacity()) != 0) { return -1; }
+        IfoFile manager = load(kManagerName, ref);
+        if (readManager(manager) != 0 || retain(std::move(manager)) != 0 || readTitleSets() != 0) {
+            return -1;
+        }
+        readVolumeId();
+        return 0;
+    }
+
+private:
+    IfoFile load(const std::string& name, const discio::DiscFileRef& ref)
+    {
+        discio::DiscFileBytes file = readDiscFile(ref, kMaxIfoBytes - m_loadedBytes);
+        m_loadedBytes += file.bytes.size();
+        return {name, std::move(file)};
+    }
+
+    int readManager(const IfoFile& manager)
+    {
+        if (manager.sizeBytes() < kVmgHeaderSize || !manager.at(0, kVmgHeaderSize).ok() ||
+            !manager.beginsWith(kVmgMagic)) {
+            return m_error.fail("VIDEO_TS.IFO is not a DVD-Video manager IFO");
+        }
+        std::ranges::copy(manager.at(kProviderOffset, kIdentifierSize).bytes(kIdentifierSize),
+                          m_disc.providerRaw.begin());
+        m_disc.providerText = discio::fixedFieldText(m_disc.providerRaw);
+
+        const std::uint64_t table = manager.at(kTitleTableSectorOffset, 4).be32() * kSectorSize;
+        ByteReader header = manager.at(table, kTitleTableHeaderSize);
+        if (table == 0 || !header.ok()) { return m_error.fail("VIDEO_TS.IFO has no readable title table"); }
+        const std::uint64_t declaredCount = header.be16();
+        header.skip(2);
+        std::uint64_t endAddress = header.be32();
+        if (endAddress == 0) { endAddress = declaredCount * kTitleEntrySize + 7; }
+        if (endAddress < 7 || endAddress + 1 > manager.sizeBehind(table)) {
+            return m_error.fail("VIDEO_TS.IFO has an invalid title table");
+        }
+        const std::uint64_t count =
+            std::min({declaredCount, (endAddress - 7) / kTitleEntrySize, std::uint64_t{kMaxTitles}});
+        return readTitles(manager, table + kTitleTableHeaderSize, count);
+    }
+
+    int readTitles(const IfoFile& manager, std::uint64_t entries, std::uint64_t count)
+    {
+        for (std::uint64_t i = 0; i < count; ++i) {
+            ByteReader entry = manager.at(entries + i * kTitleEntrySize, kTitleEntrySize);
+            const std::uint8_t playbackType = entry.u8();
+            DvdTitle title;
+            title.titleNumber = static_cast<std::uint32_t>(i + 1);
+            title.multiOrRandomPgc = (playbackType >> 6U) & 1U;
+            title.sizeFromEntryPgcOnly = title.multiOrRandomPgc;
+            title.angleCount = entry.u8();
+            title.chapterCount = entry.be16();
+            entry.skip(2);
+            title.titleSetNumber = entry.u8();
+            title.vtsTtn = entry.u8();
+            if (!entry.ok()) { return m_error.fail("cannot read title %u", title.titleNumber); }
+            if (title.titleSetNumber == 0 || title.vtsTtn == 0) { return -1; }
+
+            const IfoFile* titleSet = loadTitleSet(title.titleSetNumber);
+            if (titleSet == nullptr || readTitle(*titleSet, title, m_error) != 0) { return -1; }
+            m_disc.titles.push_back(std::move(title));
+        }
+        return 0;
+    }
+
+    // The file of a title set that a title needs; null, with a message, where it cannot be opened.
+    const IfoFile* loadTitleSet(std::uint32_t number)
+    {
+        const auto known = m_titleSetFiles.find(number);
+        if (known != m_titleSetFiles.end()) { return &known->second; }
+        const std::string name = titleSetFileName(number);
+        discio::DiscFileRef ref;
+        if (openDvdFile(m_source, name, ref, m_error.data(), m_error.capacity()) != 0) { return nullptr; }
+        return &m_titleSetFiles.emplace(number, load(name, ref)).first->second;
+    }
+
+    int readTitleSets()
+    {
+        for (std::uint32_t number = 1; number <= kMaxTitleSets; ++number) {
+            IfoFile file;
+            if (const auto node = m_titleSetFiles.extract(number)) {
+                file = std::move(node.mapped());
+            } else {
+                const std::string name = titleSetFileName(number);
+                discio::DiscFileRef ref;
+                const int opened =
+                    openDvdFileOptional(m_source, name, ref, m_error.data(), m_error.capacity());
+                if (opened < 0) { return -1; }
+                if (opened == 0) { continue; }
+                file = load(name, ref);
+            }
+            // The attributes are read first because retaining takes the bytes away; a failure to retain still
+            // has its say first.
+            if (checkRetainable(file) != 0 || readTitleSet(file, number, m_disc, m_error) != 0 ||
+                retain(std::move(file)) != 0) {
+                return -1;
+            }
+        }
+        return 0;
+    }
+
+    int checkRetainable(const IfoFile& file) const
+    {
+        if (m_disc.rawIfos.size() >= kMaxRawIfos || file.sizeBytes() == 0) {
+            return m_error.fail("DVD has too many or invalid IFO files");
+        }
+        if (!file.isComplete()) { return m_error.fail("cannot read VIDEO_TS/%s", file.name().c_str()); }
+        return 0;
+    }
+
+    int retain(IfoFile file)
+    {
+        if (checkRetainable(file) != 0) { return -1; }
+        m_disc.rawIfos.push_back({file.name(), file.takeBytes()});
+        return 0;
+    }
+
+    void readVolumeId()
+    {
+        if (!m_source.isImage) { return; }
+        const auto volume = discio::readPrimaryVolumeDescriptor(m_source.image.get());
+        if (!volume) { return; }
+        m_disc.volumeRaw = volume->volumeId;
+        m_disc.volumeLabel = discio::fixedFieldText(m_disc.volumeRaw);
+        m_disc.hasVolumeInfo = true;
+    }
+
+    DvdDisc& m_disc;
+    const ErrorText& m_error;
+    discio::DvdDiscSource m_source;
+    std::uint64_t m_loadedBytes = 0;
+    std::map<std::uint32_t, IfoFile> m_titleSetFiles;
+};
+
+}  // namespace
+
+int readDvdDisc(const char* path, DvdDisc* disc, char* errorText, std::size_t errorCapacity)
+{
+    const ErrorText error(errorText, errorCapacity);
+    if (path == nullptr || disc == nullptr) { return error.fail("path and disc are required"); }
+    releaseDvdDisc(*disc);
+    int outcome = -1;
+    try {
+        outcome = DiscRead(*disc, error).run(path);
+    } catch (const std::bad_alloc&) {  // no message of its own: writing one must not need memory
+    }
+    if (outcome != 0) { releaseDvdDisc(*disc); }
+    return outcome;
+}
+
+void releaseDvdDisc(DvdDisc& disc)
+{
+    disc = {};
+}
+
+}  // namespace dvdmeta
