@@ -1,0 +1,76 @@
+#include "service/authentication.h"
+
+#include "app/log.h"
+#include "service/api_key_store.h"
+#include "service/http_client.h"
+#include "service/json_value.h"
+
+#include <new>
+#include <optional>
+
+namespace service {
+
+namespace {
+
+constexpr char kForbiddenCharacters[] =
+    QT_TRANSLATE_NOOP("Messages", "The API key contains characters that are not allowed.");
+constexpr char kInvalidResponse[] =
+    QT_TRANSLATE_NOOP("Messages", "Tessera returned an invalid authentication response.");
+constexpr char kFailed[] = QT_TRANSLATE_NOOP("Messages", "Unable to authenticate with Tessera.");
+
+AuthenticationOutcome failure(const QString& errorText)
+{
+    return {.ok = false, .user = {}, .errorText = errorText};
+}
+
+// { "UID": 17, "Username": "ada", "LatestVersion": "1.3.0" }, the last one optional.
+std::optional<ServiceUser> parseUser(const QByteArray& body)
+{
+    const std::optional<JsonDocument> document = JsonDocument::parse(body);
+    if (!document) { return std::nullopt; }
+    const JsonValue root = document->root();
+    const std::optional<qint64> uid = root.member("UID").integer();
+    const QString username = root.member("Username").text();
+    if (!uid || username.isEmpty()) { return std::nullopt; }
+    return ServiceUser{
+        .uid = *uid, .username = username, .latestVersion = root.member("LatestVersion").text()};
+}
+
+AuthenticationOutcome requestUser(const QString& apiKey)
+{
+    if (!isConfiguredKey(apiKey)) { return failure(QString::fromLatin1(kApiKeyNotConfigured)); }
+    if (!isAllowedKeyText(apiKey)) { return failure(QString::fromLatin1(kForbiddenCharacters)); }
+
+    const HttpLibrary library;
+    HttpRequest request;
+    request.path = QStringLiteral("/api/tessera/user/");
+    request.isPost = true;  // without a body: the key travels in its header alone
+    request.headers = {apiKeyHeader(apiKey), "Content-Type: application/x-www-form-urlencoded"};
+    const HttpOutcome reply = perform(request);
+    if (!reply.ok) { return failure(reply.errorText); }
+    const std::optional<ServiceUser> user = parseUser(reply.body);
+    if (!user) { return failure(QString::fromLatin1(kInvalidResponse)); }
+    return {.ok = true, .user = *user, .errorText = {}};
+}
+
+}  // namespace
+
+AuthenticationOutcome authenticate(const QString& apiKey)
+{
+    logging::log(logging::kTessera, logging::kInfo, QStringLiteral("authentication started"));
+    AuthenticationOutcome outcome;
+    try {
+        outcome = requestUser(apiKey);
+    } catch (const std::bad_alloc&) {
+        outcome = {};
+    }
+    if (outcome.ok) {
+        logging::log(logging::kTessera, logging::kInfo, QStringLiteral("authentication succeeded"));
+        return outcome;
+    }
+    if (outcome.errorText.isEmpty()) { outcome.errorText = QString::fromLatin1(kFailed); }
+    logging::log(logging::kTessera, logging::kError, outcome.errorText);
+    return outcome;
+}
+
+}  // namespace service

@@ -1,0 +1,79 @@
+#include "service/configurations.h"
+
+#include "service/json_value.h"
+
+#include <new>
+
+namespace service {
+
+namespace {
+
+ConfigurationTitle readTitle(const JsonValue& value)
+{
+    ConfigurationTitle title;
+    title.id = value.member("id").clampedNumber().value_or(0);
+    title.type = value.member("type").clampedNumber().value_or(0);
+    title.pathIndex = value.member("path").clampedNumber();
+    title.name = value.member("name").text();
+    title.note = value.member("note").text();
+    title.firstChapter = value.member("first_chapter").clampedNumber().value_or(0);
+    title.lastChapter = value.member("last_chapter").clampedNumber().value_or(0);
+    return title;
+}
+
+// "Data" is a JSON document of its own, carried as a string.
+void readData(const QByteArray& text, DiscConfiguration& configuration)
+{
+    const std::optional<JsonDocument> document = JsonDocument::parse(text);
+    if (!document) { return; }
+    const JsonValue data = document->root();
+    configuration.discName = data.member("disc_name").text();
+    for (const JsonValue& path : data.member("paths").elements()) {
+        configuration.paths.append(path.text());
+    }
+    for (const JsonValue& title : data.member("titles").elements()) {
+        if (title.isObject()) { configuration.titles.append(readTitle(title)); }
+    }
+}
+
+DiscConfiguration readConfiguration(const JsonValue& value)
+{
+    DiscConfiguration configuration;
+    configuration.uid = value.member("UID").integer().value_or(0);
+    configuration.discId = value.member("Disc ID").integer().value_or(0);
+    configuration.languageCode = value.member("Language Code").text();
+    configuration.addedByUsername = value.member("Added By Username").text();
+    configuration.addedByUid = value.member("Added By UID").integer().value_or(0);
+    readData(value.member("Data").utf8(), configuration);
+    return configuration;
+}
+
+std::optional<ConfigurationReply> readReply(const QByteArray& text)
+{
+    const std::optional<JsonDocument> document = JsonDocument::parse(text);
+    if (!document || !document->root().isObject()) { return std::nullopt; }
+    const JsonValue root = document->root();
+    const JsonValue discId = root.member("Disc ID");
+    if (discId.isAbsentOrNull()) { return ConfigurationReply{}; }
+    const std::optional<qint64> id = discId.integer();
+    if (!id) { return std::nullopt; }
+
+    ConfigurationReply reply{.isFound = true, .discId = *id, .configurations = {}};
+    for (const JsonValue& element : root.member("Configurations").elements()) {
+        if (element.isObject()) { reply.configurations.append(readConfiguration(element)); }
+    }
+    return reply;
+}
+
+}  // namespace
+
+std::optional<ConfigurationReply> parseConfigurationReply(const QByteArray& text)
+{
+    try {
+        return readReply(text);
+    } catch (const std::bad_alloc&) {
+        return std::nullopt;
+    }
+}
+
+}  // namespace service

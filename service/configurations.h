@@ -1,0 +1,54 @@
+// What users have contributed about a disc: which of its titles is the movie, an episode, an extra. The find
+// reply carries configurations in this form:
+//
+//   { "Disc ID": 17, "Configurations": [ { "UID": 3, "Disc ID": 17, "Language Code": "en",
+//       "Added By Username": "ada", "Added By UID": 1, "Data": "<a JSON document as a string>" } ] }
+//
+// and "Data" holds { "disc_name": "...", "paths": ["..."], "titles": [ { "id": 1, "type": 1, "path": 0,
+// "name": "...", "note": "...", "first_chapter": 1, "last_chapter": 12 } ] }.
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace service {
+
+struct ConfigurationTitle {
+    int id = 0;
+    int type = 0;                  // 1 to 14 have names; see the configurations view
+    std::optional<int> pathIndex;  // into DiscConfiguration::paths, as received: may lie outside it
+    QString name;
+    QString note;
+    int firstChapter = 0;  // 0: not given
+    int lastChapter = 0;
+};
+
+struct DiscConfiguration {
+    qint64 uid = 0;
+    qint64 discId = 0;
+    QString languageCode;
+    QString addedByUsername;
+    qint64 addedByUid = 0;
+    QString discName;
+    QStringList paths;
+    QList<ConfigurationTitle> titles;
+};
+
+struct ConfigurationReply {
+    bool isFound = false;
+    qint64 discId = 0;
+    QList<DiscConfiguration> configurations;
+};
+
+// Reads a find reply. Empty when the text is no JSON object or its "Disc ID" is neither absent, null nor an
+// integer (a JSON number without fraction within +-(2^53 - 1), or a decimal text). What is odd inside a
+// configuration is passed over piece by piece: a missing field is empty or 0, a number outside 32 bits is
+// clamped and a fraction cut, a path that is no text keeps its place as an empty text, titles and
+// configurations that are no objects are skipped.
+[[nodiscard]] std::optional<ConfigurationReply> parseConfigurationReply(const QByteArray& text);
+
+}  // namespace service

@@ -1,0 +1,74 @@
+// Reading the service's JSON replies: a document that owns its parsed values, and views into it. A view of
+// something that is not there answers like a value of no kind, so a chain of look-ups needs no checks
+// between.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+struct cJSON;
+
+namespace service {
+
+// A signed 64-bit decimal: an optional sign and digits, with nothing before or behind them.
+[[nodiscard]] std::optional<qint64> parseDecimal(std::string_view text);
+
+// One value of a JsonDocument; valid as long as the document lives.
+class JsonValue {
+public:
+    JsonValue() = default;
+    explicit JsonValue(const cJSON* node)
+        : m_node(node)
+    {}
+
+    [[nodiscard]] bool isObject() const;
+    [[nodiscard]] bool isString() const;
+    [[nodiscard]] bool isAbsentOrNull() const;
+
+    // An object's member of exactly this name, the first where several have it.
+    [[nodiscard]] JsonValue member(const char* name) const;
+
+    // An array's elements; none for any other value.
+    [[nodiscard]] std::vector<JsonValue> elements() const;
+
+    // A number without fraction within +-(2^53 - 1), the range in which every integer is exact in a double,
+    // or a string that is a decimal as parseDecimal() reads it.
+    [[nodiscard]] std::optional<qint64> integer() const;
+
+    // A number, its fraction cut, clamped to 32 bits; empty for any other value.
+    [[nodiscard]] std::optional<int> clampedNumber() const;
+
+    // A string's text and its UTF-8 bytes, which end at an escaped NUL; empty for any other value.
+    [[nodiscard]] QString text() const;
+    [[nodiscard]] QByteArray utf8() const;
+
+private:
+    const cJSON* m_node = nullptr;
+};
+
+class JsonDocument {
+public:
+    // Empty when `text` is not one whole JSON text (white space around it is allowed), is nested deeper than
+    // 1,000 levels or could hold more than four million values.
+    [[nodiscard]] static std::optional<JsonDocument> parse(const QByteArray& text);
+
+    [[nodiscard]] JsonValue root() const { return JsonValue(m_root.get()); }
+
+private:
+    struct Deleter {
+        void operator()(cJSON* node) const;
+    };
+
+    explicit JsonDocument(cJSON* root)
+        : m_root(root)
+    {}
+
+    std::unique_ptr<cJSON, Deleter> m_root;
+};
+
+}  // namespace service

@@ -1,0 +1,98 @@
+// A real HTTP server on 127.0.0.1 that plays the replies a test wrote down, faulty ones included, and records
+// what it was asked:
+//
+//   ScriptedServer server;
+//   ScopedEnvironment address("PLATTERSCOPE_SERVICE_URL", server.url());
+//   server.play({.status = 403, .body = "Key revoked."});
+//   ... the code under test ...
+//   EXPECT_EQ(server.requests().at(0).header("apiKey"), "some key");
+//
+// One thread serves one connection after the other and closes each after its reply.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace testsupport {
+
+struct RecordedRequest {
+    std::string method;
+    std::string target;                    // path and query
+    std::vector<std::string> headerLines;  // as received, in order
+    std::string body;
+
+    // The value of the first header of this name, in any case; empty when there is none.
+    [[nodiscard]] std::string header(const std::string& name) const;
+};
+
+struct ScriptedReply {
+    int status = 200;
+    std::string body = {};
+    std::vector<std::string> headerLines = {};                     // besides Content-Length and Connection
+    std::optional<std::size_t> bodyBytesBeforeCut = std::nullopt;  // the connection ends after so many
+    std::optional<std::string> rawBytes = std::nullopt;  // sent instead of all this; empty: just close
+    bool isHeld = false;                                 // not sent before release(); may be for ever
+};
+
+class ScriptedServer {
+public:
+    ScriptedServer();
+    ~ScriptedServer();  // whatever it is doing, held replies included, ends at once
+    ScriptedServer(const ScriptedServer&) = delete;
+    ScriptedServer& operator=(const ScriptedServer&) = delete;
+
+    // "http://127.0.0.1:<port>"; the system chose the port.
+    [[nodiscard]] std::string url() const;
+
+    // Queues a reply. Replies are played in this order, one per request, whatever is asked.
+    void play(ScriptedReply reply);
+
+    // The reply to every request for this path (its query apart) that finds the queue empty. A request that
+    // nothing was scripted for is answered 501 with a text that says so.
+    void playFor(const std::string& path, ScriptedReply reply);
+
+    // Lets one held reply go: the one being held, else the next to be.
+    void release();
+
+    // The requests so far, each recorded when it is complete and before it is answered.
+    [[nodiscard]] std::vector<RecordedRequest> requests() const;
+
+    // Blocks until so many requests are recorded; false when `timeout` passed first.
+    [[nodiscard]] bool waitForRequests(std::size_t count,
+                                       std::chrono::milliseconds timeout = std::chrono::seconds(10)) const;
+
+private:
+    void serveConnections();
+    void serve(int client);
+    std::optional<RecordedRequest> receive(int client);
+    bool receiveMore(int client, std::string& buffer);
+    bool send(int client, const std::string& bytes);
+    ScriptedReply takeReply(const RecordedRequest& request);
+    bool waitUntilReady(int descriptor, short events);
+    bool waitForRelease(int client);
+    void wake() const;
+
+    int m_listener = -1;
+    int m_wakeUp = -1;  // an eventfd: written to end a wait
+    int m_port = 0;
+
+    mutable std::mutex m_mutex;  // guards what follows
+    mutable std::condition_variable m_recorded;
+    std::deque<ScriptedReply> m_queue;
+    std::map<std::string, ScriptedReply> m_repliesByPath;
+    std::vector<RecordedRequest> m_requests;
+    int m_releases = 0;
+    bool m_isStopping = false;
+
+    std::thread m_thread;
+};
+
+}  // namespace testsupport
