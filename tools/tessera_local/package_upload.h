@@ -1,0 +1,46 @@
+// A title package as it is uploaded: one zlib stream that inflates to the package.
+//
+// Head of every package (big-endian; the rest of the 32-byte header and the chunks behind it are not read
+// here):
+//   0   8  magic: "PSTP-DVD", or "PSTPBD" 00 01 for a Blu-ray
+//   16  8  length of the whole package in bytes, header included
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace tessera_local {
+
+enum class DiscKind { Dvd, Bluray };
+
+// "dvd" or "bluray": as in the addresses, the media types and the database.
+const char* kindName(DiscKind kind);
+
+// "DVD" or "Blu-ray": for people.
+const char* kindTitle(DiscKind kind);
+
+// A request that is not granted: the HTTP status and a sentence for people.
+struct Refusal {
+    int status = 0;
+    std::string text;
+};
+
+inline constexpr std::uint64_t kMaximumPackageBytes = std::uint64_t{1} << 30;
+
+// Whether `text` is a SHA-256 digest the way the wire writes it: 64 lower-case hexadecimal digits.
+bool isSha256Text(std::string_view text);
+
+// Judges an upload: `body` must be one whole zlib stream with nothing behind it, of a package of `kind` with
+// the length its header states and the digest `statedSha256`. Gives nothing when it is, else what to answer:
+//   400  not a zlib stream, damaged, cut short, or something follows it; `statedSha256` is no digest
+//   413  it inflates to more than `maximumPackageBytes`
+//   422  the inflated bytes are no such package, have another length or another digest
+// The package is inflated through a small window and never held, however much the stream yields.
+std::optional<Refusal> checkPackageUpload(std::span<const std::uint8_t> body, DiscKind kind,
+                                          std::string_view statedSha256,
+                                          std::uint64_t maximumPackageBytes = kMaximumPackageBytes);
+
+}  // namespace tessera_local
