@@ -1,0 +1,12 @@
+// The one way a scan that came to nothing is reported.
+#pragma once
+
+#include "scan/disc_scan_result.h"
+
+namespace scan {
+
+// Logs the message as an error of the program's own and returns a result that holds nothing but it.
+[[nodiscard]] DiscScanResult errorResult(const char* message);
+[[nodiscard]] DiscScanResult errorResult(const QString& message);
+
+}  // namespace scan
