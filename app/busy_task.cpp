@@ -1,0 +1,55 @@
+#include "app/busy_task.h"
+
+#include <QCloseEvent>
+#include <QEventLoop>
+#include <QPointer>
+#include <QProgressBar>
+#include <QThread>
+
+namespace {
+
+constexpr int kMinimumWidth = 440;
+
+}  // namespace
+
+BusyDialog::BusyDialog(const QString& title, const QString& label, QWidget* parent)
+    : QProgressDialog(label, QString(), 0, 0, parent)
+{
+    setObjectName(QStringLiteral("busyDialog"));
+    setWindowTitle(title);
+    setCancelButton(nullptr);
+    setWindowModality(Qt::ApplicationModal);
+    setMinimumDuration(0);
+    setMinimumWidth(kMinimumWidth);
+    setAutoClose(false);
+    setAutoReset(false);
+
+    auto* bar = new QProgressBar;
+    bar->setObjectName(QStringLiteral("busyBar"));
+    bar->setAccessibleName(label);
+    bar->setRange(0, 0);
+    bar->setTextVisible(false);
+    setBar(bar);
+}
+
+void BusyDialog::closeEvent(QCloseEvent* event)
+{
+    event->ignore();
+}
+
+void runBusyTask(QWidget* parent, const QString& title, const QString& label, std::function<void()> work)
+{
+    BusyDialog dialog(title, label, parent);
+    const QPointer<QThread> thread = QThread::create(std::move(work));
+    QEventLoop loop;
+    QObject::connect(thread, &QThread::finished, &loop, &QEventLoop::quit);
+    QObject::connect(thread, &QThread::finished, thread, &QThread::deleteLater);
+
+    dialog.show();
+    thread->start(QThread::InheritPriority);
+    loop.exec(QEventLoop::DialogExec);
+    // A quitting application ends the loop early. The work still runs then, and its result must not be read
+    // before it has ended.
+    if (thread) { thread->wait(); }
+    dialog.hide();
+}

@@ -1,0 +1,26 @@
+// Runs one piece of blocking work on a fresh worker thread while the user sees a modal, indeterminate
+// progress dialog. The call returns when the work has ended, so its callers read as straight-line code.
+#pragma once
+
+#include <QProgressDialog>
+#include <QString>
+
+#include <functional>
+
+// The dialog: no cancel button, and deaf to Escape and to close requests, since the work cannot be stopped.
+class BusyDialog : public QProgressDialog {
+    Q_OBJECT
+
+public:
+    BusyDialog(const QString& title, const QString& label, QWidget* parent);
+
+    void reject() override {}
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+};
+
+// Shows the dialog over `parent`, runs `work` on a thread of its own and returns when it has finished, also
+// where the application is told to quit meanwhile. GUI thread only. `work` must not throw and must touch no
+// widget.
+void runBusyTask(QWidget* parent, const QString& title, const QString& label, std::function<void()> work);

@@ -1,0 +1,160 @@
+#include "ui/main_window.h"
+
+#include "app/identity.h"
+#include "ui/configurations_page.h"
+#include "ui/monitor_page.h"
+#include "ui/placeholder_page.h"
+#include "ui/titles_page.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QMenuBar>
+#include <QStackedWidget>
+#include <QTimer>
+
+namespace {
+
+constexpr QSize kInitialSize(900, 600);
+
+QAction* menuAction(QMenu* menu, const QString& text, const QString& objectName)
+{
+    QAction* action = menu->addAction(text);
+    action->setObjectName(objectName);
+    action->setMenuRole(QAction::NoRole);
+    return action;
+}
+
+// An action whose behaviour is still to come: it stands in its place, disabled.
+QAction* laterMenuAction(QMenu* menu, const QString& text, const QString& objectName)
+{
+    QAction* action = menuAction(menu, text, objectName);
+    action->setEnabled(false);
+    return action;
+}
+
+}  // namespace
+
+MainWindow::MainWindow(QWidget* parent)
+    : QMainWindow(parent)
+    , m_scanner(new DiscScanner(this))
+{
+    setObjectName(QStringLiteral("mainWindow"));
+    setWindowTitle(QString::fromUtf8(identity::kName));
+    resize(kInitialSize);
+    setAcceptDrops(true);
+    createMenus();
+    createPages();
+    loadStoredKey();
+    applyEnableRule();
+    QTimer::singleShot(0, this, &MainWindow::startUp);
+}
+
+bool MainWindow::hasKey() const
+{
+    return m_apiKeyAccepted && !m_scanner->apiKey().isEmpty();
+}
+
+void MainWindow::createMenus()
+{
+    QMenu* file = menuBar()->addMenu(tr("File"));
+    m_openIsoAction = menuAction(file, tr("Open Disc ISO"), QStringLiteral("openDiscIsoAction"));
+    m_openDirectoryAction =
+        menuAction(file, tr("Open Disc Directory"), QStringLiteral("openDiscDirectoryAction"));
+    QAction* quit = menuAction(file, tr("Quit"), QStringLiteral("quitAction"));
+
+    QMenu* view = menuBar()->addMenu(tr("View"));
+    m_titlesAction = menuAction(view, tr("Titles"), QStringLiteral("titlesAction"));
+    m_configurationsAction =
+        laterMenuAction(view, tr("Configurations"), QStringLiteral("configurationsAction"));
+    m_monitorAction = laterMenuAction(view, tr("Blu-ray Access Monitor"), QStringLiteral("monitorAction"));
+    for (QAction* action : {m_titlesAction, m_configurationsAction, m_monitorAction}) {
+        action->setCheckable(true);
+    }
+
+    QMenu* help = menuBar()->addMenu(tr("Help"));
+    QAction* key = menuAction(help, tr("API Key"), QStringLiteral("apiKeyAction"));
+    laterMenuAction(help, tr("Configuration Library"), QStringLiteral("configurationLibraryAction"));
+    laterMenuAction(help, tr("About"), QStringLiteral("aboutAction"));
+
+    connect(m_openIsoAction, &QAction::triggered, this, &MainWindow::openDiscIso);
+    connect(m_openDirectoryAction, &QAction::triggered, this, &MainWindow::openDiscDirectory);
+    connect(quit, &QAction::triggered, this, &MainWindow::quitApplication);
+    connect(m_titlesAction, &QAction::triggered, this, &MainWindow::showTitlesView);
+    connect(key, &QAction::triggered, this, &MainWindow::showApiKeyDialogSlot);
+}
+
+void MainWindow::createPages()
+{
+    m_pages = new QStackedWidget(this);
+    m_pages->setObjectName(QStringLiteral("pages"));
+    m_placeholderPage = new PlaceholderPage(m_pages);
+    m_titlesPage = new TitlesPage(m_pages);
+    m_configurationsPage = new ConfigurationsPage(m_pages);
+    m_monitorPage = new MonitorPage(m_pages);
+    m_pages->addWidget(m_placeholderPage);
+    m_pages->addWidget(m_titlesPage);
+    m_pages->addWidget(m_configurationsPage);
+    m_pages->addWidget(m_monitorPage);
+    setCentralWidget(m_pages);
+    connect(m_placeholderPage, &PlaceholderPage::keyDialogRequested, this, &MainWindow::showApiKeyDialogSlot);
+}
+
+void MainWindow::applyEnableRule()
+{
+    const bool key = hasKey();
+    m_openIsoAction->setEnabled(key);
+    m_openDirectoryAction->setEnabled(key);
+    m_titlesAction->setEnabled(key && m_discLoaded);
+    m_placeholderPage->setHasKey(key);
+    showPage(m_page);
+}
+
+void MainWindow::showPage(Page page)
+{
+    m_page = page;
+    const Page shown = hasKey() ? page : Page::Placeholder;
+    switch (shown) {
+    case Page::Placeholder:
+        m_pages->setCurrentWidget(m_placeholderPage);
+        break;
+    case Page::Titles:
+        m_pages->setCurrentWidget(m_titlesPage);
+        break;
+    case Page::Configurations:
+        m_pages->setCurrentWidget(m_configurationsPage);
+        break;
+    case Page::Monitor:
+        m_pages->setCurrentWidget(m_monitorPage);
+        break;
+    }
+    m_titlesAction->setChecked(shown == Page::Titles);
+    m_configurationsAction->setChecked(shown == Page::Configurations);
+    m_monitorAction->setChecked(shown == Page::Monitor);
+}
+
+void MainWindow::showTitlesView()
+{
+    showPage(Page::Titles);
+}
+
+void MainWindow::quitApplication()
+{
+    if (close()) { QApplication::quit(); }
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    if (m_working) {
+        m_closeRequested = true;
+        event->ignore();
+        return;
+    }
+    event->accept();
+}
+
+void MainWindow::endWork()
+{
+    m_working = false;
+    if (m_closeRequested) { QMetaObject::invokeMethod(this, &QWidget::close, Qt::QueuedConnection); }
+}

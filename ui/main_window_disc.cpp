@@ -1,0 +1,131 @@
+// Opening a disc, by menu, by drop or at start, and showing what the scan found.
+#include "app/identity.h"
+#include "ui/main_window.h"
+#include "ui/message_box.h"
+#include "ui/titles_page.h"
+
+#include <QDir>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMimeData>
+
+namespace {
+
+// The path of the one local directory or file that is being dragged; empty for anything else.
+QString draggedDisc(const QMimeData* data)
+{
+    const QList<QUrl> urls = data->urls();
+    if (urls.size() != 1 || !urls.first().isLocalFile()) { return {}; }
+    const QString path = urls.first().toLocalFile();
+    const QFileInfo info(path);
+    return info.isDir() || info.isFile() ? path : QString();
+}
+
+// What the window's title calls the disc: its own name where it has one, else what the user opened.
+QString displayName(const QString& path, const DiscScanResult& result)
+{
+    if (result.discType == DiscType::None) { return {}; }
+    if (!result.blurayDiscName.isEmpty()) { return result.blurayDiscName; }
+    QFileInfo opened(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));
+    if (!opened.isDir()) { return opened.completeBaseName(); }
+    for (const char* inner : {"BDMV", "VIDEO_TS"}) {
+        if (opened.fileName().compare(QLatin1StringView(inner), Qt::CaseInsensitive) == 0) {
+            return QFileInfo(opened.path()).fileName();
+        }
+    }
+    return opened.fileName();
+}
+
+}  // namespace
+
+void MainWindow::openDiscDirectory()
+{
+    if (!hasKey()) {
+        showApiKeyDialogSlot();
+        return;
+    }
+    const QString path = QFileDialog::getExistingDirectory(
+        this, tr("Open Disc Directory"), {}, QFileDialog::ShowDirsOnly | QFileDialog::DontResolveSymlinks);
+    if (path.isEmpty()) { return; }
+    if (!QDir(path).exists()) {
+        messagebox::warning(this, tr("Invalid Directory"), tr("The selected directory does not exist."));
+        return;
+    }
+    openDisc(path);
+}
+
+void MainWindow::openDiscIso()
+{
+    if (!hasKey()) {
+        showApiKeyDialogSlot();
+        return;
+    }
+    const QString path =
+        QFileDialog::getOpenFileName(this, tr("Open Disc ISO"), {}, tr("Disc Images (*.iso);;All Files (*)"));
+    if (!path.isEmpty()) { openDisc(path); }
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (hasKey() && !m_working && !draggedDisc(event->mimeData()).isEmpty()) {
+        event->acceptProposedAction();
+    }
+}
+
+void MainWindow::dropEvent(QDropEvent* event)
+{
+    const QString path = draggedDisc(event->mimeData());
+    if (!hasKey() || m_working || path.isEmpty()) { return; }
+    event->acceptProposedAction();
+    // Not from inside the drop: its source waits until it has been handled.
+    QMetaObject::invokeMethod(
+        this, [this, path] { openDisc(path); }, Qt::QueuedConnection);
+}
+
+void MainWindow::openDisc(const QString& path)
+{
+    DiscScanResult result = scanDiscWithProgress(path, false);
+    const bool isUnknown = result.ok != 0 && !result.inDatabase;
+    if (isUnknown && !m_closeRequested &&
+        messagebox::ask(
+            this, tr("Add disc to Tessera?"),
+            tr("This disc is not in Tessera. Do you want to add its technical signature? If you don't "
+               "add it, you won't be able to create a configuration for this disc."))) {
+        result = scanDiscWithProgress(path, true);
+    }
+    populate(path, result);
+}
+
+void MainWindow::populate(const QString& path, const DiscScanResult& result)
+{
+    m_discPath = path;
+    m_result = result;
+    m_discLoaded = result.discType != DiscType::None;
+    applyEnableRule();
+
+    const QString name = displayName(path, result);
+    if (!name.isEmpty()) {
+        setWindowTitle(QStringLiteral("%1 - %2").arg(QString::fromUtf8(identity::kName), name));
+    }
+    if (!m_closeRequested && !result.errorMessage.isEmpty()) {
+        if (result.ok == 0) {
+            messagebox::critical(this, tr("Tessera Error"), messagebox::translated(result.errorMessage));
+        } else {
+            messagebox::warning(this, tr("Tessera Message"), messagebox::translated(result.errorMessage));
+        }
+    }
+    m_titlesPage->showTitles(result);
+    showPage(m_discLoaded ? Page::Titles : Page::Placeholder);
+}
+
+DiscScanResult MainWindow::scanDiscWithProgress(const QString& path, bool addIfMissing)
+{
+    return runWithBusyDialog(tr("Loading Disc Data"), tr("Scanning disc data and contacting Tessera"),
+                             [key = m_scanner->apiKey(), path, addIfMissing] {
+                                 DiscScanner scanner;
+                                 scanner.setApiKey(key);
+                                 return scanner.scan(path, addIfMissing);
+                             });
+}

@@ -1,0 +1,91 @@
+// The window's dealings with the API key: what happens at start, the key dialog, checking and storing.
+#include "service/api_key_store.h"
+#include "service/authentication.h"
+#include "service/service_address.h"
+#include "ui/main_window.h"
+#include "ui/message_box.h"
+
+#include <QInputDialog>
+#include <QLineEdit>
+
+void MainWindow::loadStoredKey()
+{
+    QString key;
+    if (!service::loadApiKey(&key, &m_storedKeyProblem)) { return; }
+    if (!service::isConfiguredKey(key)) {
+        m_storedKeyProblem = QString::fromUtf8(service::kApiKeyNotConfigured);
+        return;
+    }
+    // Only accepted keys are stored, so a stored one counts as accepted until the service says otherwise.
+    m_scanner->setApiKey(key);
+    m_apiKeyAccepted = true;
+}
+
+void MainWindow::startUp()
+{
+    const service::ServiceAddress address = service::currentServiceAddress();
+    if (!address.isUsable()) {
+        messagebox::warning(this, tr("Tessera Service Address"), messagebox::translated(address.problem));
+    } else if (hasKey()) {
+        authenticateAndSaveApiKey(m_scanner->apiKey());
+    } else {
+        messagebox::warning(this, tr("API Key Security"), messagebox::translated(m_storedKeyProblem));
+        showApiKeyDialogSlot();
+    }
+    if (hasKey() && !m_closeRequested && !m_discToOpenAtStart.isEmpty()) { openDisc(m_discToOpenAtStart); }
+}
+
+void MainWindow::showApiKeyDialogSlot()
+{
+    QInputDialog dialog(this);
+    dialog.setObjectName(QStringLiteral("apiKeyDialog"));
+    dialog.setWindowTitle(tr("Vantor API Key"));
+    dialog.setLabelText(tr("Enter your Vantor API key:"));
+    dialog.setTextEchoMode(QLineEdit::Normal);
+    dialog.setTextValue(m_scanner->apiKey());
+    if (dialog.exec() == QDialog::Accepted) { authenticateAndSaveApiKey(dialog.textValue()); }
+}
+
+bool MainWindow::authenticateAndSaveApiKey(const QString& key)
+{
+    const QString failureTitle = tr("Tessera Authentication Failed");
+    const QString newKey = key.trimmed();
+    if (!service::isAllowedKeyText(newKey)) {
+        messagebox::critical(this, failureTitle, tr("The API key contains characters that are not allowed."));
+        return false;
+    }
+    const QString formerKey = m_scanner->apiKey();
+    const bool wasAccepted = m_apiKeyAccepted;
+    setKey(newKey, false);
+
+    const QString fileProblem = service::apiKeyFileProblem();
+    if (!fileProblem.isEmpty()) {
+        messagebox::warning(this, tr("API Key Security"), messagebox::translated(fileProblem));
+    }
+    const auto outcome =
+        runWithBusyDialog(tr("Connecting to Tessera"), tr("Authenticating with Tessera"), [newKey] {
+            DiscScanner scanner;
+            scanner.setApiKey(newKey);
+            return scanner.authenticate();
+        });
+    if (!outcome.ok) {
+        setKey(formerKey, wasAccepted);
+        messagebox::critical(this, failureTitle, messagebox::translated(outcome.errorText));
+        return false;
+    }
+    QString saveError;
+    if (!service::saveApiKey(newKey, &saveError)) {
+        setKey(formerKey, wasAccepted);
+        messagebox::critical(this, tr("API Key Security"), messagebox::translated(saveError));
+        return false;
+    }
+    setKey(newKey, true);
+    return true;
+}
+
+void MainWindow::setKey(const QString& key, bool accepted)
+{
+    m_scanner->setApiKey(key);
+    m_apiKeyAccepted = accepted;
+    applyEnableRule();
+}

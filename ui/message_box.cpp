@@ -1,0 +1,50 @@
+#include "ui/message_box.h"
+
+#include <QCoreApplication>
+#include <QMessageBox>
+
+namespace messagebox {
+
+namespace {
+
+QMessageBox::StandardButton show(QMessageBox::Icon icon, QWidget* parent, const QString& title,
+                                 const QString& text, QMessageBox::StandardButtons buttons,
+                                 QMessageBox::StandardButton defaultButton)
+{
+    QMessageBox box(icon, title, QString(), buttons, parent);
+    box.setObjectName(QStringLiteral("messageBox"));
+    box.setTextFormat(Qt::PlainText);
+    box.setText(text.size() > kTextLimit ? text.first(kTextLimit) + QChar(0x2026) : text);
+    box.setDefaultButton(defaultButton);
+    return static_cast<QMessageBox::StandardButton>(box.exec());
+}
+
+}  // namespace
+
+void information(QWidget* parent, const QString& title, const QString& text)
+{
+    show(QMessageBox::Information, parent, title, text, QMessageBox::Ok, QMessageBox::Ok);
+}
+
+void warning(QWidget* parent, const QString& title, const QString& text)
+{
+    show(QMessageBox::Warning, parent, title, text, QMessageBox::Ok, QMessageBox::Ok);
+}
+
+void critical(QWidget* parent, const QString& title, const QString& text)
+{
+    show(QMessageBox::Critical, parent, title, text, QMessageBox::Ok, QMessageBox::Ok);
+}
+
+bool ask(QWidget* parent, const QString& title, const QString& text)
+{
+    return show(QMessageBox::Question, parent, title, text, QMessageBox::Yes | QMessageBox::No,
+                QMessageBox::No) == QMessageBox::Yes;
+}
+
+QString translated(const QString& message)
+{
+    return QCoreApplication::translate("Messages", message.toUtf8().constData());
+}
+
+}  // namespace messagebox

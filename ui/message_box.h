@@ -1,0 +1,24 @@
+// Message boxes as this program shows them. Texts may come from a disc or from the service, so they are
+// always plain text, never markup, and what a box shows of them is bounded.
+#pragma once
+
+#include <QString>
+
+class QWidget;
+
+namespace messagebox {
+
+// The most characters of a text that a box shows; the rest gives way to an ellipsis.
+inline constexpr qsizetype kTextLimit = 2000;
+
+void information(QWidget* parent, const QString& title, const QString& text);
+void warning(QWidget* parent, const QString& title, const QString& text);
+void critical(QWidget* parent, const QString& title, const QString& text);
+
+// A question answered with Yes or No; No is the default and what Escape means.
+[[nodiscard]] bool ask(QWidget* parent, const QString& title, const QString& text);
+
+// A message of a lower layer in the user's language, where it is one of the program's own fixed sentences.
+[[nodiscard]] QString translated(const QString& message);
+
+}  // namespace messagebox

@@ -1,0 +1,124 @@
+#include "ui/title_text.h"
+
+#include "ui/language_name.h"
+
+#include <QCoreApplication>
+#include <QStringList>
+
+namespace titletext {
+
+namespace {
+
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(TitleText)
+};
+
+QString orUnknown(const QString& text)
+{
+    return text.isEmpty() ? Texts::tr("Unknown") : text;
+}
+
+// What a video stream is for, by the group that lists it.
+QString roleName(int category)
+{
+    switch (category) {
+    case 1:
+        return Texts::tr("Primary");
+    case 6:
+        return Texts::tr("Secondary");
+    case 7:
+        return Texts::tr("Dolby Vision enhancement");
+    default:
+        return Texts::tr("Unknown (0x%1)").arg(category, 0, 16);
+    }
+}
+
+QString withoutEmpty(QStringList parts)
+{
+    parts.removeAll(QString());
+    return parts.join(QLatin1StringView(", "));
+}
+
+}  // namespace
+
+QString duration(quint64 durationMs)
+{
+    const quint64 total = durationMs / 1000;
+    const quint64 hours = total / 3600;
+    const quint64 minutes = total / 60 - 60 * hours;
+    const quint64 seconds = total % 60;
+
+    // The count is put in by hand: the toolkit's own handling of %n would choose plural forms.
+    const auto counted = [](QString text, quint64 count) {
+        return text.replace(QLatin1StringView("%n"), QString::number(count));
+    };
+    QStringList parts;
+    if (hours > 0) { parts.append(counted(Texts::tr("%n Hour"), hours)); }
+    if (minutes > 0) { parts.append(counted(Texts::tr("%n Minute"), minutes)); }
+    if (seconds > 0 || parts.isEmpty()) { parts.append(counted(Texts::tr("%n Second"), seconds)); }
+    return parts.join(QLatin1Char(' '));
+}
+
+QString titleSummary(quint32 chapterCount, quint64 durationMs)
+{
+    return Texts::tr("%1 Chapters, %2").arg(QString::number(chapterCount), duration(durationMs));
+}
+
+QString summary(const VideoStreamInfo& stream)
+{
+    const QString size =
+        stream.width > 0 ? Texts::tr("%1x%2").arg(stream.width).arg(stream.height) : QString();
+    return withoutEmpty({orUnknown(stream.codecName), size, stream.formatName, stream.frameRateName});
+}
+
+QString summary(const AudioTrackInfo& stream)
+{
+    return withoutEmpty({orUnknown(languageName(stream.language)), orUnknown(stream.codecName),
+                         stream.channelLayout, stream.sampleRate});
+}
+
+QString summary(const SubtitleTrackInfo& stream)
+{
+    return withoutEmpty(
+        {orUnknown(languageName(stream.language)), orUnknown(stream.format), stream.characterEncoding});
+}
+
+QString details(const DvdTitleInfo& title)
+{
+    const QString sizeLine = title.isSizeEstimated
+                                 ? Texts::tr("Playback size (angle 1, estimated): %1 bytes\n")
+                                 : Texts::tr("Playback size (angle 1): %1 bytes\n");
+    return Texts::tr("Title number: %1\n").arg(title.titleNumber) +
+           Texts::tr("Resolution: %1x%2\n").arg(title.videoWidth).arg(title.videoHeight) +
+           Texts::tr("Video codec: %1\n").arg(orUnknown(title.videoCodec)) +
+           Texts::tr("Duration: %1\n").arg(duration(title.durationMs)) +
+           sizeLine.arg(title.playbackSizeBytes) + Texts::tr("Chapters: %1\n").arg(title.chapterCount) +
+           Texts::tr("Angles: %1\n").arg(title.angleCount) +
+           Texts::tr("Audio tracks: %1\n").arg(title.audioTracks.size()) +
+           Texts::tr("Subtitle tracks: %1\n").arg(title.subtitleTracks.size());
+}
+
+QString details(const VideoStreamInfo& stream)
+{
+    return Texts::tr("Video track\n") + Texts::tr("Codec: %1\n").arg(orUnknown(stream.codecName)) +
+           Texts::tr("Role: %1\n").arg(roleName(stream.category)) + Texts::tr("PID: %1\n").arg(stream.pid);
+}
+
+QString details(const AudioTrackInfo& stream)
+{
+    return Texts::tr("Audio track\n") + Texts::tr("Language: %1\n").arg(orUnknown(stream.language)) +
+           Texts::tr("Codec: %1\n").arg(orUnknown(stream.codecName)) +
+           Texts::tr("Channel layout: %1\n").arg(orUnknown(stream.channelLayout)) +
+           Texts::tr("Sample rate: %1\n").arg(orUnknown(stream.sampleRate)) +
+           Texts::tr("PID: %1\n").arg(stream.pid);
+}
+
+QString details(const SubtitleTrackInfo& stream)
+{
+    return Texts::tr("Subtitle track\n") + Texts::tr("Language: %1\n").arg(orUnknown(stream.language)) +
+           Texts::tr("Format: %1\n").arg(orUnknown(stream.format)) +
+           Texts::tr("Character encoding: %1\n").arg(orUnknown(stream.characterEncoding)) +
+           Texts::tr("PID: %1\n").arg(stream.pid);
+}
+
+}  // namespace titletext

@@ -1,0 +1,28 @@
+// The texts of the titles view: rows, one-line summaries and details of titles and their streams.
+#pragma once
+
+#include "scan/disc_scan_result.h"
+
+#include <QString>
+
+namespace titletext {
+
+// "1 Hour 1 Minute 1 Second": whole seconds, parts that are 0 left out, "0 Second" for none. The words have
+// no plural forms.
+[[nodiscard]] QString duration(quint64 durationMs);
+
+// The description column of a title's row.
+[[nodiscard]] QString titleSummary(quint32 chapterCount, quint64 durationMs);
+
+// The description column of a stream's row: language in words first, then what else tells streams apart.
+[[nodiscard]] QString summary(const VideoStreamInfo& stream);
+[[nodiscard]] QString summary(const AudioTrackInfo& stream);
+[[nodiscard]] QString summary(const SubtitleTrackInfo& stream);
+
+// Details, a line for each fact, each line ended by a line break. What the disc does not say is "Unknown".
+[[nodiscard]] QString details(const DvdTitleInfo& title);
+[[nodiscard]] QString details(const VideoStreamInfo& stream);
+[[nodiscard]] QString details(const AudioTrackInfo& stream);
+[[nodiscard]] QString details(const SubtitleTrackInfo& stream);
+
+}  // namespace titletext

@@ -1,0 +1,115 @@
+#include "ui/titles_page.h"
+
+#include "ui/title_text.h"
+
+#include <QHeaderView>
+#include <QTextEdit>
+#include <QTreeWidget>
+
+namespace {
+
+constexpr int kTypeColumn = 0;
+
+// Wide enough for a stream's row; the stretch factors share out what a larger window adds.
+const QList<int> kInitialSizes = {380, 520};
+
+// A stream's row remembers which list it stands for and its place in it; a title's row is its place in the
+// tree.
+constexpr int kStreamKindRole = Qt::UserRole;
+constexpr int kIndexRole = Qt::UserRole + 1;
+
+enum class StreamKind { Video, Audio, Subtitle };
+
+template <typename Stream>
+void addStreamRows(QTreeWidgetItem* titleRow, const QString& type, StreamKind kind,
+                   const QList<Stream>& streams)
+{
+    for (qsizetype i = 0; i < streams.size(); ++i) {
+        auto* row = new QTreeWidgetItem(titleRow, {type, titletext::summary(streams.at(i))});
+        row->setData(kTypeColumn, kStreamKindRole, static_cast<int>(kind));
+        row->setData(kTypeColumn, kIndexRole, i);
+    }
+}
+
+template <typename Title>
+QTreeWidgetItem* titleRow(const Title& title, qsizetype index)
+{
+    auto* row = new QTreeWidgetItem(
+        {TitlesPage::tr("Title"), titletext::titleSummary(title.chapterCount, title.durationMs)});
+    row->setData(kTypeColumn, kIndexRole, index);
+    addStreamRows(row, TitlesPage::tr("Video"), StreamKind::Video, title.videoStreams);
+    addStreamRows(row, TitlesPage::tr("Audio"), StreamKind::Audio, title.audioTracks);
+    addStreamRows(row, TitlesPage::tr("Subtitle"), StreamKind::Subtitle, title.subtitleTracks);
+    return row;
+}
+
+template <typename Title>
+QString streamDetails(const Title& title, const QTreeWidgetItem& row)
+{
+    const auto index = row.data(kTypeColumn, kIndexRole).toLongLong();
+    switch (static_cast<StreamKind>(row.data(kTypeColumn, kStreamKindRole).toInt())) {
+    case StreamKind::Video:
+        return titletext::details(title.videoStreams.at(index));
+    case StreamKind::Audio:
+        return titletext::details(title.audioTracks.at(index));
+    case StreamKind::Subtitle:
+        return titletext::details(title.subtitleTracks.at(index));
+    }
+    return {};
+}
+
+}  // namespace
+
+TitlesPage::TitlesPage(QWidget* parent)
+    : QSplitter(Qt::Horizontal, parent)
+    , m_tree(new QTreeWidget(this))
+    , m_details(new QTextEdit(this))
+{
+    setObjectName(QStringLiteral("titlesPage"));
+    setChildrenCollapsible(false);
+    setStretchFactor(0, 1);
+    setStretchFactor(1, 2);
+    setSizes(kInitialSizes);
+
+    m_tree->setObjectName(QStringLiteral("titlesTree"));
+    m_tree->setAccessibleName(tr("Titles and streams of the disc"));
+    m_tree->setHeaderLabels({tr("Type"), tr("Description")});
+    m_tree->setRootIsDecorated(true);
+    m_tree->setUniformRowHeights(true);
+    // Long rows scroll; nothing is cut off.
+    m_tree->header()->setStretchLastSection(false);
+    m_tree->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+
+    m_details->setObjectName(QStringLiteral("titleDetails"));
+    m_details->setAccessibleName(tr("Details of the selected title or stream"));
+    m_details->setReadOnly(true);
+    m_details->setTabChangesFocus(true);
+
+    connect(m_tree, &QTreeWidget::currentItemChanged, this,
+            [this](const QTreeWidgetItem* current) { showDetails(current); });
+}
+
+void TitlesPage::showTitles(const DiscScanResult& result)
+{
+    m_tree->clear();
+    m_details->clear();
+    m_result = result;
+    QList<QTreeWidgetItem*> rows;
+    for (const DvdTitleInfo& title : result.dvdTitles) {
+        rows.append(titleRow(title, rows.size()));
+    }
+    m_tree->addTopLevelItems(rows);
+}
+
+void TitlesPage::showDetails(const QTreeWidgetItem* item)
+{
+    // Plain text always: names and codes come from the disc.
+    m_details->setPlainText(item == nullptr ? QString() : detailsOf(*item));
+}
+
+QString TitlesPage::detailsOf(const QTreeWidgetItem& item) const
+{
+    const QTreeWidgetItem& titleItem = item.parent() == nullptr ? item : *item.parent();
+    const DvdTitleInfo& title = m_result.dvdTitles.at(titleItem.data(kTypeColumn, kIndexRole).toLongLong());
+    return item.parent() == nullptr ? titletext::details(title) : streamDetails(title, item);
+}
