@@ -22,6 +22,7 @@ function(platterscope_module name)
   target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${arg_HEADERS})
   target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR})
   target_link_libraries(${target} PUBLIC ${arg_LINK} PRIVATE platterscope_options)
+  target_compile_features(${target} PUBLIC cxx_std_20)  # the check of the headers sees public features alone
   set_target_properties(${target} PROPERTIES AUTOMOC ${arg_MOC})
 endfunction()
 

@@ -1,0 +1,59 @@
+// What the process writes to standard error while the object lives, by line: the program's log.
+#pragma once
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace testsupport {
+
+class CapturedLog {
+public:
+    CapturedLog()
+        : m_file(std::tmpfile())
+        , m_former(::dup(STDERR_FILENO))
+    {
+        std::fflush(stderr);
+        if (m_file == nullptr || m_former < 0 || ::dup2(::fileno(m_file), STDERR_FILENO) < 0) {
+            throw std::runtime_error("cannot capture standard error");
+        }
+    }
+
+    ~CapturedLog()
+    {
+        std::fflush(stderr);
+        ::dup2(m_former, STDERR_FILENO);
+        ::close(m_former);
+        std::fclose(m_file);
+    }
+
+    CapturedLog(const CapturedLog&) = delete;
+    CapturedLog& operator=(const CapturedLog&) = delete;
+
+    [[nodiscard]] std::vector<std::string> lines() const
+    {
+        std::fflush(stderr);
+        std::vector<std::string> lines;
+        std::string line;
+        std::rewind(m_file);
+        for (int character = std::fgetc(m_file); character != EOF; character = std::fgetc(m_file)) {
+            if (character == '\n') {
+                lines.push_back(line);
+                line.clear();
+            } else {
+                line.push_back(static_cast<char>(character));
+            }
+        }
+        if (!line.empty()) { lines.push_back(line); }
+        return lines;
+    }
+
+private:
+    std::FILE* m_file;
+    int m_former;
+};
+
+}  // namespace testsupport

@@ -1,0 +1,98 @@
+// The limits of a request, made small enough to be met in a test: the server within the test's own process.
+#include "tests/tessera_local/raw_client.h"
+#include "tests/tessera_local/test_package.h"
+#include "tools/tessera_local/server.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+namespace tessera_local {
+
+namespace {
+
+class ServerLimits : public testing::Test {
+protected:
+    int start(const Limits& limits)
+    {
+        m_server = std::make_unique<Server>(m_store, std::vector<User>{{1, "alice", "k"}}, "", limits);
+        const int port = m_server->bind("127.0.0.1", 0);
+        m_serving = std::thread([this] { m_server->serve(); });
+        while (!m_server->isServing()) {
+            std::this_thread::yield();
+        }
+        return port;
+    }
+    void TearDown() override
+    {
+        m_server->stop();
+        m_serving.join();
+    }
+
+    static std::string uploadHead(std::size_t length)
+    {
+        return "POST /api/tessera/dvd/find/ HTTP/1.1\r\napiKey: k\r\n"
+               "Content-Type: application/vnd.platterscope.dvd-title-package\r\nContent-Encoding: deflate\r\n"
+               "X-Platterscope-Package-SHA256: " +
+               sha256Of(m_package) + "\r\nContent-Length: " + std::to_string(length) + "\r\n\r\n";
+    }
+
+    inline static const std::string m_package = package(DiscKind::Dvd, std::string(10'000, 'c'));
+    inline static const std::string m_stream = deflated(m_package, 0);  // stored: as long as the package
+
+private:
+    TemporaryFolder m_folder;
+    Store m_store{m_folder.file("db")};
+    std::unique_ptr<Server> m_server;
+    std::thread m_serving;
+};
+
+}  // namespace
+
+TEST_F(ServerLimits, SlowHeadersAreGivenUp)
+{
+    Limits limits;
+    limits.headerTime = std::chrono::milliseconds(50);
+    RawClient client(start(limits));
+    ASSERT_TRUE(client.send("POST /api/tessera/user/ HTTP/1.1\r\napiKey: "));
+    const std::string reply = client.receiveAll();
+    EXPECT_TRUE(reply.starts_with("HTTP/1.1 400 ")) << reply;
+}
+
+TEST_F(ServerLimits, SlowBodiesAreGivenUp)
+{
+    Limits limits;
+    limits.bodyTime = std::chrono::milliseconds(50);
+    RawClient client(start(limits));
+    ASSERT_TRUE(client.send(uploadHead(m_stream.size()) + m_stream.substr(1)));
+    // The reply's time is over as well, but what need not wait is sent.
+    const std::string reply = client.receiveAll();
+    EXPECT_TRUE(reply.starts_with("HTTP/1.1 400 ")) << reply;
+}
+
+TEST_F(ServerLimits, HeadersAndBodiesOverTheLimitAreRefused)
+{
+    Limits limits;
+    limits.headerBytes = 2000;
+    limits.bodyBytes = m_stream.size();
+    const int port = start(limits);
+    const auto replyTo = [port](const std::string& bytes) {
+        RawClient client(port);
+        client.send(bytes);
+        return client.receiveAll();
+    };
+    EXPECT_TRUE(replyTo(uploadHead(m_stream.size()) + m_stream).starts_with("HTTP/1.1 200 "));
+    EXPECT_TRUE(replyTo(uploadHead(m_stream.size() + 1) + m_stream).starts_with("HTTP/1.1 413 "));
+    EXPECT_TRUE(replyTo("GET / HTTP/1.1\r\nX: " + std::string(3000, 'x')).starts_with("HTTP/1.1 400 "));
+}
+
+TEST_F(ServerLimits, PackagesOverTheLimitAreRefused)
+{
+    Limits limits;
+    limits.packageBytes = m_package.size() - 1;
+    RawClient client(start(limits));
+    ASSERT_TRUE(client.send(uploadHead(m_stream.size()) + m_stream));
+    EXPECT_TRUE(client.receiveAll().starts_with("HTTP/1.1 413 "));
+}
+
+}  // namespace tessera_local
