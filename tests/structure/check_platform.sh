@@ -1,0 +1,41 @@
+#!/usr/bin/env bash
+# Two rules of the sources. Platforms are told apart by files (x_posix.cpp, x_windows.cpp) that CMake picks, so
+# no platform macro stands in any source. Memory is owned by containers and smart pointers, so nothing allocates
+# or releases by hand; a deleter does (a line that holds operator()), and widgets belong to their parents.
+#
+#   tests/structure/check_platform.sh [ROOT]      ROOT: the project's folder, by default this one
+#
+# Prints one line per violation; exit status 1 if there is any.
+set -euo pipefail
+cd "${1:-$(dirname "$0")/../..}"
+
+macros='\b(_?WIN(32|64)|__(linux|unix|APPLE|MINGW32|MINGW64|CYGWIN|FreeBSD)(__)?|_MSC_VER|Q_OS_[A-Z0-9_]+)\b'
+allocation='\b(malloc|calloc|realloc|free)\s*\(|\bdelete\b(\[\])?\s*[A-Za-z_(:*]'
+new='\bnew\s+[A-Za-z_:]'
+
+# Every line of code as "file:line:text", without the contents of texts and without comments.
+code_of() {
+    grep -rn --include='*.h' --include='*.cpp' '' "$@" \
+        | sed -E "s#'\"'##g; "'s#"([^"\\]|\\.)*"#""#g; s#//.*##; s#/\*.*\*/##g'
+}
+
+mapfile -t folders < <(find . -mindepth 1 -maxdepth 1 -type d ! -name '.*' ! -name build -printf '%f\n' | sort)
+code=$(code_of "${folders[@]}")
+[[ -n $code ]] || { echo "no source found in $PWD"; exit 1; }
+
+violations=0
+# forbid MESSAGE PATTERN: PATTERN in the lines on standard input.
+forbid() {
+    local file line text
+    while IFS=: read -r file line text; do
+        echo "$file:$line: $1: ${text#"${text%%[![:space:]]*}"}"
+        violations=$((violations + 1))
+    done < <(grep -P "^[^:]+:[0-9]+:.*($2)" || true)
+}
+
+forbid "platform macro" "$macros" <<<"$code"
+forbid "memory by hand" "$allocation" < <(grep -v 'operator()' <<<"$code")
+forbid "memory by hand" "$new" < <(grep -vE '^(ui|app|tests)/|operator()' <<<"$code")
+
+echo "platform: $(wc -l <<<"$code") lines looked at, $violations violations"
+[[ $violations -eq 0 ]]

@@ -1,0 +1,78 @@
+#!/usr/bin/env bash
+# Shows that the checks of this folder can fail: each one is given a small tree that is in order, which it must
+# accept, and then the same tree with one planted line, which it must report by file and line.
+set -euo pipefail
+here=$(cd "$(dirname "$0")" && pwd)
+tree=$(mktemp -d)
+trap 'rm -rf "$tree"' EXIT
+
+checked=0
+fail() {
+    echo "self_test: $*" >&2
+    exit 1
+}
+
+# A tree in order, with what looks like a violation and is none.
+make_tree() {
+    rm -rf "${tree:?}"/*
+    mkdir "$tree"/{app,ui,scan,service,discio,tools,tests}
+    cat >"$tree/ui/window.cpp" <<'END'
+#include "app/busy_task.h"
+#include "app/identity.h"
+#include "scan/scanner.h"
+#include <QWidget>
+auto* child = new QWidget(this);
+END
+    cat >"$tree/discio/reader.cpp" <<'END'
+#include "discio/reader.h"
+#include <vector>
+// A new image; delete nothing, free() nothing. On _WIN32 as on __linux__.
+Reader(const Reader&) = delete;
+struct Free { void operator()(char* text) const { std::free(text); } };
+const char* kUrl = "http://x"; const char* kText = "a \" new delete x";
+END
+    echo '#include "ui/window.h"' >"$tree/tests/window_test.cpp"
+}
+
+accepts() {
+    local said
+    make_tree
+    said=$("$here/$1" "$tree") || fail "$1 refuses a tree that is in order: $said"
+}
+
+# refuses CHECK FILE LINE_OF_CODE: the line is put on line 1 of FILE.
+refuses() {
+    local check=$1 file=$2 code=$3 said
+    make_tree
+    touch "$tree/$file"
+    printf '%s\n%s\n' "$code" "$(cat "$tree/$file")" >"$tree/$file.new"
+    mv "$tree/$file.new" "$tree/$file"
+    if said=$("$here/$check" "$tree"); then fail "$check accepts '$code' in $file"; fi
+    grep -q "^$file:1: " <<<"$said" || fail "$check does not name $file:1 but says: $said"
+    checked=$((checked + 1))
+}
+
+accepts check_includes.sh
+refuses check_includes.sh scan/scanner.cpp '#include "ui/window.h"'
+refuses check_includes.sh service/http.cpp '#include "scan/scanner.h"'
+refuses check_includes.sh service/http.cpp '#include "discio/reader.h"'
+refuses check_includes.sh discio/reader.cpp '# include "app/log.h"'
+refuses check_includes.sh app/log.cpp '#include "app/busy_task.h"'
+refuses check_includes.sh app/identity.h '#include "service/http.h"'
+refuses check_includes.sh tools/service.cpp '#include <service/http.h>'
+refuses check_includes.sh ui/window.cpp '#include "window.h"'
+refuses check_includes.sh discio/reader.cpp '#include <QString>'
+refuses check_includes.sh discio/reader.cpp '#include <QtCore/qstring.h>'
+refuses check_includes.sh service/file_posix.cpp '#include <QFile>'
+refuses check_includes.sh ui/window.cpp '#include "helpers/text.h"'
+
+accepts check_platform.sh
+refuses check_platform.sh discio/reader.cpp '#ifdef _WIN32'
+refuses check_platform.sh ui/window.cpp '#if defined(Q_OS_LINUX)'
+refuses check_platform.sh tests/window_test.cpp '#ifndef __linux__'
+refuses check_platform.sh discio/reader.cpp 'auto* p = static_cast<char*>(std::malloc(4));'
+refuses check_platform.sh service/http.cpp '    delete reply;'
+refuses check_platform.sh service/http.cpp '    delete[] reply;'
+refuses check_platform.sh scan/scanner.cpp 'auto* model = new Model;'
+
+echo "self_test: the checks refused $checked planted violations"

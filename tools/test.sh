@@ -1,0 +1,173 @@
+#!/usr/bin/env bash
+# The one test command: everything that a change must pass, in named steps.
+#
+#   tools/test.sh             all steps, in their order
+#   tools/test.sh STEP...     only these (each still builds what it needs)
+#   tools/test.sh --list      the steps
+#
+# The first failure ends it. What the builds print goes to build/logs.
+#
+# shellcheck disable=SC2317  # the steps are called through their names
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+steps=(setup format structure release tests tidy asan authored window)
+authored=$PWD/build/authored    # the real discs of the last two steps
+logs=$PWD/build/logs
+
+# git refuses a checkout that another user owns, as in a container; this one is ours to test.
+export GIT_CONFIG_COUNT=1 GIT_CONFIG_KEY_0=safe.directory GIT_CONFIG_VALUE_0=$PWD
+
+# ---- The steps ----
+
+step_setup() {    # the Debian packages
+    tools/setup.sh
+}
+
+step_format() {    # every source as clang-format 14 writes it
+    git ls-files -z --cached --others --exclude-standard --deduplicate -- '*.h' '*.cpp' \
+        | while IFS= read -r -d '' file; do if [[ -f $file ]]; then printf '%s\0' "$file"; fi; done \
+        | xargs -0 --no-run-if-empty clang-format-14 --dry-run -Werror
+}
+
+step_structure() {    # who may include whom, platform macros, memory by hand
+    tests/structure/check_includes.sh
+    tests/structure/check_platform.sh
+    tests/structure/self_test.sh
+}
+
+step_release() {    # the release build, warnings as errors; each public header alone
+    build release all all_verify_interface_header_sets
+}
+
+step_tests() {    # all tests on the release build
+    build release all
+    run_ctest release --label-exclude '^authored$'
+}
+
+step_tidy() {    # clang-tidy 14 over what changed
+    build release all    # writes the sources that the meta-object compiler makes
+    tools/tidy.sh
+}
+
+step_asan() {    # all tests under the address and undefined behaviour sanitizers
+    build asan-ubsan all
+    run_ctest asan-ubsan --label-exclude '^authored$'
+}
+
+step_authored() {    # tests on DVDs of an independent authoring tool, as folders and images
+    author_discs
+    build release all
+    PLATTERSCOPE_AUTHORED_DIR=$authored run_ctest release --label-regex '^authored$'
+}
+
+step_window() {    # the program under a virtual display, with a person's keys, on an authored DVD
+    local picture=$PWD/build/run/screenshot.png colours
+    author_discs
+    rm -f "$picture"
+    env -u DISPLAY -u WAYLAND_DISPLAY tools/run.sh "$authored/pal"
+    colours=$(identify -format '%k' "$picture")
+    echo "$picture has $colours colours"
+    [[ $colours -ge 100 ]] || { echo "that is an empty screen"; return 1; }
+}
+
+# ---- What they share ----
+
+# logged NAME COMMAND...: the command's output goes to a log file, whose end is shown if it fails.
+logged() {
+    local log=$logs/$1.log status=0
+    shift
+    "$@" >"$log" 2>&1 || status=$?
+    if [[ $status -ne 0 ]]; then
+        tail -n 60 "$log"
+        echo "(all of it: $log)"
+    fi
+    return "$status"
+}
+
+# build PRESET TARGET...
+build() {
+    local preset=$1
+    shift
+    logged "$preset-configure" cmake --preset "$preset"
+    logged "$preset-build" cmake --build --preset "$preset" --target "$@"
+}
+
+# run_ctest PRESET OPTION...: shows ctest's output and adds its counts to the totals.
+run_ctest() {
+    local preset=$1 result=$logs/$current.xml status=0 suite
+    shift
+    rm -f "$result"
+    ctest --preset "$preset" --parallel 2 --output-junit "$result" "$@" || status=$?
+    if [[ -f $result ]]; then
+        suite=$(grep -m 1 -A 10 '<testsuite ' "$result")
+        ran=$((ran + $(count tests) - $(count skipped) - $(count disabled)))
+        failed=$((failed + $(count failures)))
+        skipped=$((skipped + $(count skipped) + $(count disabled)))
+    fi
+    return "$status"
+}
+
+# An attribute of $suite.
+count() {
+    sed -n "s/.*[[:space:]]$1=\"\([0-9]*\)\".*/\1/p" <<<"$suite" | head -n 1
+}
+
+# build/authored/{pal,ntsc}, and of each NAME.iso (ISO-9660) and NAME_bridge.iso (ISO-9660 and UDF).
+author_discs() {
+    local standard
+    tools/setup.sh dvd-authoring
+    for standard in pal ntsc; do
+        [[ ! -f $authored/${standard}_bridge.iso ]] || continue
+        rm -rf "${authored:?}/$standard"*
+        tools/author_dvd.sh "$authored/$standard" "$standard"
+        tools/author_dvd_images.sh "$authored/$standard" "$authored/$standard.iso" "$authored/${standard}_bridge.iso"
+    done
+}
+
+# ---- Choosing and running them ----
+
+current=
+ran=0 failed=0 skipped=0
+table=()
+
+note_time() {
+    local line
+    printf -v line '%-10s %-7s %4d s' "$current" "$1" $((SECONDS - started))
+    table+=("$line")
+    echo "== step $current: $1 after $((SECONDS - started)) s"
+}
+
+# The last lines, whatever happened: the steps with their times, then how many tests ran.
+summary() {
+    local status=$?
+    [[ -z $current ]] || note_time FAILED
+    [[ ${#table[@]} -gt 0 ]] || exit "$status"
+    echo
+    printf '%s\n' "${table[@]}"
+    echo "total $SECONDS s"
+    [[ $skipped -eq 0 ]] || echo "$skipped skipped"
+    echo "$((ran - failed)) passed, $failed failed"
+    exit "$status"
+}
+
+if [[ ${1:-} == --list ]]; then
+    sed -n 's/^step_\([a-z]*\)() {    # \(.*\)/\1\t\2/p' "$0" | expand -t 12
+    exit 0
+fi
+[[ $# -gt 0 ]] || set -- "${steps[@]}"
+for step in "$@"; do
+    [[ " ${steps[*]} " == *" $step "* ]] || { echo "test: no step '$step'; see tools/test.sh --list" >&2; exit 2; }
+done
+
+mkdir -p "$logs"
+trap summary EXIT
+trap 'exit 130' INT
+trap 'exit 143' TERM
+for step in "$@"; do
+    current=$step started=$SECONDS
+    echo "== step: $step"
+    "step_$step"
+    note_time passed
+    current=
+done

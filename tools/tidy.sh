@@ -1,0 +1,64 @@
+#!/usr/bin/env bash
+# Runs clang-tidy with the rules of .clang-tidy over the .cpp files of the release build (build/release).
+#
+#   tools/tidy.sh          the changed ones: since the branch left origin/main, or, on origin/main itself, since
+#                          the commit before, and what is not committed; all where there is no commit before
+#                          (none in a shallow clone, which cannot tell)
+#   tools/tidy.sh --all    every one (takes minutes)
+#
+# Two run at a time. Exit status 0 when none of them has a finding.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+database=build/release/compile_commands.json
+[[ -f $database ]] || { echo "tidy: configure the release build first: cmake --preset release" >&2; exit 1; }
+git rev-parse --git-dir >/dev/null    # what changed is git's to say
+
+# The commit to compare with; nothing where every file counts as changed.
+base_commit() {
+    local base
+    base=$(git merge-base HEAD origin/main 2>/dev/null) || base=
+    if [[ -z $base || $base == "$(git rev-parse HEAD)" ]]; then
+        base=$(git rev-parse --quiet --verify HEAD~1) || base=
+    fi
+    echo "$base"
+}
+
+changed_sources() {
+    local base
+    base=$(base_commit)
+    if [[ -z $base && $(git rev-parse --is-shallow-repository) == true ]]; then
+        echo "tidy: a shallow clone without the commit before: nothing to compare with" >&2
+    elif [[ -z $base ]]; then
+        all_sources
+    else
+        git diff --name-only --diff-filter=d "$base" -- '*.cpp' '*.h'
+        git ls-files --others --exclude-standard -- '*.cpp' '*.h'
+    fi
+}
+
+all_sources() {
+    git ls-files --cached --others --exclude-standard -- '*.cpp'
+}
+
+if [[ ${1:-} == --all ]]; then
+    mapfile -t changed < <(all_sources | sort -u)
+else
+    mapfile -t changed < <(changed_sources | sort -u)
+fi
+
+sources=()
+passed_over=()
+for file in "${changed[@]}"; do
+    if grep -qF "\"file\": \"$PWD/$file\"" "$database"; then sources+=("$file"); else passed_over+=("$file"); fi
+done
+if [[ ${#passed_over[@]} -gt 0 ]]; then
+    echo "tidy: passed over, no source of this build: ${passed_over[*]}"
+fi
+if [[ ${#sources[@]} -eq 0 ]]; then
+    echo "tidy: no changed source"
+    exit 0
+fi
+echo "tidy: ${#sources[@]} files"
+# What it suppressed is counted on standard error, file by file; that is no finding.
+printf '%s\0' "${sources[@]}" | xargs -0 -n 1 -P 2 clang-tidy-14 --quiet -p build/release 2>build/tidy.log \
+    || { grep -v 'warnings\? generated' build/tidy.log >&2; exit 1; }
