@@ -35,6 +35,7 @@ BusyDialog::BusyDialog(const QString& title, const QString& label, QWidget* pare
 void BusyDialog::closeEvent(QCloseEvent* event)
 {
     event->ignore();
+    if (event->spontaneous() && parentWidget() != nullptr) { parentWidget()->window()->close(); }
 }
 
 void runBusyTask(QWidget* parent, const QString& title, const QString& label, std::function<void()> work)

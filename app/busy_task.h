@@ -7,7 +7,9 @@
 
 #include <functional>
 
-// The dialog: no cancel button, and deaf to Escape and to close requests, since the work cannot be stopped.
+// The dialog: no cancel button, and deaf to Escape, since the work cannot be stopped. A user's request to
+// close it is handed on to its parent: the parent itself is blocked meanwhile, and its own close button
+// cannot be heard.
 class BusyDialog : public QProgressDialog {
     Q_OBJECT
 

@@ -58,19 +58,20 @@ AuthenticationOutcome requestUser(const QString& apiKey)
 AuthenticationOutcome authenticate(const QString& apiKey)
 {
     logging::log(logging::kTessera, logging::kInfo, QStringLiteral("authentication started"));
-    AuthenticationOutcome outcome;
     try {
-        outcome = requestUser(apiKey);
-    } catch (const std::bad_alloc&) {
-        outcome = {};
-    }
-    if (outcome.ok) {
-        logging::log(logging::kTessera, logging::kInfo, QStringLiteral("authentication succeeded"));
+        AuthenticationOutcome outcome = requestUser(apiKey);
+        if (outcome.ok) {
+            logging::log(logging::kTessera, logging::kInfo, QStringLiteral("authentication succeeded"));
+            return outcome;
+        }
+        if (outcome.errorText.isEmpty()) { outcome.errorText = QString::fromLatin1(kFailed); }
+        logging::log(logging::kTessera, logging::kError, outcome.errorText);
         return outcome;
+    } catch (const std::bad_alloc&) {  // a reply too large to handle, or to log
+        const QString text = QString::fromLatin1(kFailed);
+        logging::log(logging::kTessera, logging::kError, text);
+        return failure(text);
     }
-    if (outcome.errorText.isEmpty()) { outcome.errorText = QString::fromLatin1(kFailed); }
-    logging::log(logging::kTessera, logging::kError, outcome.errorText);
-    return outcome;
 }
 
 }  // namespace service

@@ -39,7 +39,8 @@ struct OwnerOnlyResult {
 // is deleted and whatever stood at `path` is as it was.
 [[nodiscard]] OwnerOnlyResult replaceOwnerOnlyFile(const std::string& path, const std::string& content);
 
-// Creates one directory for its owner alone; an existing directory is left as it is.
+// Creates one directory for its owner alone. From an existing one of the user's own, the right of others to
+// write is taken away: they could put another file in the key's place.
 [[nodiscard]] bool makeOwnerOnlyDirectory(const std::string& path);
 
 // Whether nobody but the owner can access the file, the owner is the user, and nobody else can write its

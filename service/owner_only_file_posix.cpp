@@ -152,7 +152,11 @@ bool makeOwnerOnlyDirectory(const std::string& path)
 {
     if (::mkdir(path.c_str(), kOwnerOnlyDirectory) == 0) { return true; }
     struct stat status = {};
-    return errno == EEXIST && ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+    if (errno != EEXIST || ::stat(path.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) { return false; }
+    if (status.st_uid == ::geteuid() && (status.st_mode & kOthersWrite) != 0) {
+        return ::chmod(path.c_str(), status.st_mode & 07777U & ~kOthersWrite) == 0;
+    }
+    return true;
 }
 
 bool isOwnerOnly(const std::string& path)

@@ -57,8 +57,11 @@ step_asan() {    # all tests under the address and undefined behaviour sanitizer
 
 step_authored() {    # tests on DVDs of an independent authoring tool, as folders and images
     author_discs
-    build release all
-    PLATTERSCOPE_AUTHORED_DIR=$authored run_ctest release --label-regex '^authored$'
+    local preset
+    for preset in release asan-ubsan; do
+        build "$preset" all
+        PLATTERSCOPE_AUTHORED_DIR=$authored run_ctest "$preset" --label-regex '^authored$'
+    done
 }
 
 step_window() {    # the program under a virtual display, with a person's keys, on an authored DVD

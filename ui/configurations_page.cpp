@@ -40,6 +40,7 @@ QWidget* ConfigurationsPage::createListPage()
     discLabel->setTextFormat(Qt::PlainText);
     auto* linkLabel = new QLabel;
     linkLabel->setObjectName(QStringLiteral("newConfigurationLink"));
+    linkLabel->setAccessibleName(tr("New Configuration"));
     linkLabel->setTextFormat(Qt::RichText);
     linkLabel->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::LinksAccessibleByMouse |
                                        Qt::LinksAccessibleByKeyboard);
@@ -63,12 +64,12 @@ QWidget* ConfigurationsPage::createListPage()
     auto* top = new QHBoxLayout;
     top->addWidget(discLabel);
     top->addWidget(linkLabel, 1);
+    top->addWidget(viewButton);
+    top->addWidget(refreshButton);
     auto* layout = new QVBoxLayout(page);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addLayout(top);
     layout->addWidget(list);
-    top->addWidget(viewButton);
-    top->addWidget(refreshButton);
     return page;
 }
 

@@ -105,8 +105,10 @@ void MainWindow::populate(const QString& path, const DiscScanResult& result)
     m_discLoaded = result.discType != DiscType::None;
     applyEnableRule();
 
-    const QString name = displayName(path, result);
+    QString name = displayName(path, result);
     if (!name.isEmpty()) {
+        // "[*]" in a title is the toolkit's mark for a modified document; twice it stands for itself.
+        name.replace(QLatin1StringView("[*]"), QLatin1StringView("[*][*]"));
         setWindowTitle(QStringLiteral("%1 - %2").arg(QString::fromUtf8(identity::kName), name));
     }
     if (!m_closeRequested && !result.errorMessage.isEmpty()) {

@@ -8,8 +8,10 @@ class QWidget;
 
 namespace messagebox {
 
-// The most characters of a text that a box shows; the rest gives way to an ellipsis.
+// The most characters and lines of a text that a box shows, so that its buttons stay on the screen; the rest
+// gives way to an ellipsis.
 inline constexpr qsizetype kTextLimit = 2000;
+inline constexpr qsizetype kLineLimit = 40;
 
 void information(QWidget* parent, const QString& title, const QString& text);
 void warning(QWidget* parent, const QString& title, const QString& text);

@@ -4,6 +4,7 @@
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -24,6 +25,8 @@ QVBoxLayout* fileLists(const QString& heading, const QString& objectNamePrefix)
     auto* tabs = new QTabWidget;
     tabs->setObjectName(objectNamePrefix + QStringLiteral("Tabs"));
     tabs->setAccessibleName(heading);
+    tabs->tabBar()->setObjectName(objectNamePrefix + QStringLiteral("TabBar"));
+    tabs->tabBar()->setAccessibleName(heading);
     const auto addList = [&](const QString& title, const QString& objectName) {
         auto* list = new QListWidget;
         list->setObjectName(objectNamePrefix + objectName);

@@ -107,11 +107,16 @@ void BusyTaskTest::theThreadIsDeletedInTheMainLoop()
     QWidget parent;
     parent.show();
     QPointer<QThread> thread;
+    bool hasRun = false;
     QTimer::singleShot(0, &parent, [&] {
-        runBusyTask(&parent, kTitle, kLabel, [&thread] { thread = QThread::currentThread(); });
+        runBusyTask(&parent, kTitle, kLabel, [&thread, &hasRun] {
+            thread = QThread::currentThread();
+            hasRun = !thread.isNull();
+        });
         QTimer::singleShot(0, qApp, &QApplication::quit);
     });
     QApplication::exec();
+    QVERIFY(hasRun);
     QTRY_VERIFY(thread.isNull());
 }
 

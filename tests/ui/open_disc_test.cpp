@@ -22,6 +22,7 @@ private Q_SLOTS:
     void theQuestionsDefaultIsNo();
     void aServiceFailureIsShownAndTheTitlesAreListed_data();
     void aServiceFailureIsShownAndTheTitlesAreListed();
+    void aSlowServiceKeepsTheBusyDialogUp();
     void aServiceThatIsDownIsSaid();
     void aFailingDiscAfterAGoodOne();
     void theWindowNamesTheDisc();
@@ -257,6 +258,24 @@ void OpenDiscTest::aServiceFailureIsShownAndTheTitlesAreListed()
     QCOMPARE(fixture.page(), QStringLiteral("titlesPage"));
 }
 
+void OpenDiscTest::aSlowServiceKeepsTheBusyDialogUp()
+{
+    WindowFixture fixture(QStringLiteral("key"));
+    QVERIFY(fixture.startWithKey());
+    fixture.server.play({.status = 504, .body = "Too slow.", .isHeld = true});
+    bool wasWaiting = false;
+    fixture.driver.whenBusy(QStringLiteral("Loading Disc Data"), [&] {
+        // The request has been sent and is not answered: nothing but the answer ends the wait.
+        wasWaiting = fixture.server.waitForRequests(2) && QApplication::activeModalWidget() != nullptr;
+        fixture.server.release();
+    });
+    fixture.openDirectory(testsupport::sampleDvd().write(DiscForm::Directory, fixture.folder),
+                          [&] { fixture.driver.expectBox(kError, QStringLiteral("Too slow.")); });
+    QVERIFY(wasWaiting);
+    QCOMPARE(fixture.driver.problems(), QStringList());
+    QCOMPARE(rowTexts(*fixture.tree()), kSampleRows);
+}
+
 void OpenDiscTest::aServiceThatIsDownIsSaid()
 {
     WindowFixture fixture(QStringLiteral("key"));
@@ -292,12 +311,12 @@ void OpenDiscTest::theWindowNamesTheDisc()
 {
     WindowFixture fixture(QStringLiteral("key"));
     QVERIFY(fixture.startWithKey());
-    const std::filesystem::path root = fixture.folder.path() / "My Film <b>.disc";
+    const std::filesystem::path root = fixture.folder.path() / "My Film <b>[*].disc";
     testsupport::sampleDvd().writeDirectory(root);
     for (const std::filesystem::path& path : {root, root / "VIDEO_TS"}) {
         fixture.window->setWindowTitle(QString());
         fixture.openDirectory(path);
-        QCOMPARE(fixture.window->windowTitle(), QStringLiteral("Platterscope - My Film <b>.disc"));
+        QCOMPARE(fixture.window->windowTitle(), QStringLiteral("Platterscope - My Film <b>[*][*].disc"));
     }
     const std::string image = testsupport::sampleDvd().write(DiscForm::Iso, fixture.folder);
     const std::filesystem::path named = fixture.folder.path() / "two.parts.iso";
