@@ -59,6 +59,8 @@ if [[ ${#sources[@]} -eq 0 ]]; then
     exit 0
 fi
 echo "tidy: ${#sources[@]} files"
-# What it suppressed is counted on standard error, file by file; that is no finding.
-printf '%s\0' "${sources[@]}" | xargs -0 -n 1 -P 2 clang-tidy-14 --quiet -p build/release 2>build/tidy.log \
-    || { grep -v 'warnings\? generated' build/tidy.log >&2; exit 1; }
+# The build is GCC's, so clang meets warning options that it does not know. What it suppressed is counted on
+# standard error, file by file; that is no finding.
+tidy=(clang-tidy-14 --quiet -p build/release --extra-arg=-Wno-unknown-warning-option)
+printf '%s\0' "${sources[@]}" | xargs -0 -n 1 -P 2 "${tidy[@]}" 2>build/tidy.log \
+    || { grep -v ' generated\.$' build/tidy.log >&2 || true; exit 1; }

@@ -14,8 +14,8 @@ namespace {
 
 std::vector<std::uint8_t> fileBytes(std::string_view signature, std::size_t size, std::uint8_t filler)
 {
-    std::vector<std::uint8_t> bytes(signature.begin(), signature.end());
-    bytes.resize(size, filler);
+    std::vector<std::uint8_t> bytes(size, filler);
+    std::ranges::copy(signature, bytes.begin());
     return bytes;
 }
 

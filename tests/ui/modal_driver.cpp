@@ -29,7 +29,7 @@ void ModalDriver::expectBox(const QString& title, const QString& text, Qt::Key k
 }
 
 void ModalDriver::expectBox(const QString& title, const QString& text,
-                            std::function<void(QMessageBox*)> answer)
+                            const std::function<void(QMessageBox*)>& answer)
 {
     m_expected.push_back({title, [this, title, text, answer](QWidget* dialog) {
                               auto* box = qobject_cast<QMessageBox*>(dialog);
@@ -47,7 +47,7 @@ void ModalDriver::expectBox(const QString& title, const QString& text,
                           }});
 }
 
-void ModalDriver::expectKeyDialog(const QString& typed, std::function<void()> before)
+void ModalDriver::expectKeyDialog(const QString& typed, const std::function<void()>& before)
 {
     const QString title = QStringLiteral("Vantor API Key");
     m_expected.push_back({title, [this, title, typed, before](QWidget* dialog) {
@@ -68,7 +68,7 @@ void ModalDriver::expectKeyDialog(const QString& typed, std::function<void()> be
 }
 
 void ModalDriver::expectFileDialog(const QString& title, const QString& path,
-                                   std::function<void()> afterwards)
+                                   const std::function<void()>& afterwards)
 {
     m_expected.push_back({title, [this, title, path, afterwards](QWidget* dialog) {
                               auto* fileDialog = qobject_cast<QFileDialog*>(dialog);

@@ -25,11 +25,12 @@ public:
     void expectBox(const QString& title, const QString& text, Qt::Key key);
 
     // The key dialog: typed into and ended with Return; or, for a null text, cancelled with Escape.
-    void expectKeyDialog(const QString& typed, std::function<void()> before = {});
+    void expectKeyDialog(const QString& typed, const std::function<void()>& before = {});
 
     // A file dialog; given the path, or cancelled for an empty one. `afterwards` runs when it has been
     // answered.
-    void expectFileDialog(const QString& title, const QString& path, std::function<void()> afterwards = {});
+    void expectFileDialog(const QString& title, const QString& path,
+                          const std::function<void()>& afterwards = {});
 
     // Runs while the busy dialog of this title is up. Busy dialogs close by themselves and need not be
     // expected.
@@ -51,7 +52,8 @@ private:
     };
 
     void handle(QWidget* dialog);
-    void expectBox(const QString& title, const QString& text, std::function<void(QMessageBox*)> answer);
+    void expectBox(const QString& title, const QString& text,
+                   const std::function<void(QMessageBox*)>& answer);
 
     std::deque<Expectation> m_expected;
     std::deque<std::pair<QString, std::function<void()>>> m_whenBusy;
