@@ -28,9 +28,10 @@ struct PathStatus {
 [[nodiscard]] PathStatus queryPath(const std::string& path);
 
 struct OpenedFile {
-    FileStream stream;       // null on failure
-    int errorNumber = 0;     // why opening failed; a directory gives the system's number for one
-    bool isSpecial = false;  // failed because it is a FIFO, a socket or a device
+    FileStream stream;            // null on failure
+    int errorNumber = 0;          // why opening failed; a directory gives the system's number for one
+    bool isSpecial = false;       // failed because it is a FIFO, a socket or a device
+    std::uint64_t sizeBytes = 0;  // its length when it was opened
 };
 
 // Opens a regular file for binary reading.

@@ -36,7 +36,7 @@ PathStatus queryPath(const std::string& path)
 OpenedFile openRegularFile(const std::string& path)
 {
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
-    if (descriptor < 0) { return {nullptr, errno, errno == ENXIO}; }
+    if (descriptor < 0) { return {nullptr, errno, errno == ENXIO, 0}; }
 
     struct stat status = {};
     std::FILE* stream = nullptr;
@@ -55,9 +55,9 @@ OpenedFile openRegularFile(const std::string& path)
     }
     if (stream == nullptr) {
         ::close(descriptor);
-        return {nullptr, errorNumber, isSpecial};
+        return {nullptr, errorNumber, isSpecial, 0};
     }
-    return {FileStream(stream, closeStream), 0, false};
+    return {FileStream(stream, closeStream), 0, false, static_cast<std::uint64_t>(status.st_size)};
 }
 
 std::optional<std::uint64_t> streamSize(std::FILE* stream)
@@ -68,11 +68,21 @@ std::optional<std::uint64_t> streamSize(std::FILE* stream)
     return static_cast<std::uint64_t>(end);
 }
 
+// Deliberate: past the stream and its buffer. What is read stands anywhere in a file, so a buffer would read
+// bytes that nobody asks for; this is one call to the system for each of ours.
 std::size_t readUpTo(std::FILE* stream, std::uint64_t offset, std::span<std::uint8_t> out)
 {
-    if (offset > static_cast<std::uint64_t>(std::numeric_limits<off_t>::max())) { return 0; }
-    if (::fseeko(stream, static_cast<off_t>(offset), SEEK_SET) != 0) { return 0; }
-    return std::fread(out.data(), 1, out.size(), stream);
+    constexpr auto kLastOffset = static_cast<std::uint64_t>(std::numeric_limits<off_t>::max());
+    const int descriptor = ::fileno(stream);
+    std::size_t count = 0;
+    while (count < out.size() && offset <= kLastOffset - count) {
+        const auto rest = out.subspan(count);
+        const ssize_t got = ::pread(descriptor, rest.data(), rest.size(), static_cast<off_t>(offset + count));
+        if (got < 0 && errno == EINTR) { continue; }
+        if (got <= 0) { break; }
+        count += static_cast<std::size_t>(got);
+    }
+    return count;
 }
 
 }  // namespace discio

@@ -5,8 +5,6 @@
 #include "discio/text.h"
 
 #include <algorithm>
-#include <string>
-#include <vector>
 
 namespace discio {
 
@@ -17,32 +15,6 @@ constexpr std::string_view kStandardId = "CD001";
 constexpr std::uint8_t kDirectoryFlag = 0x02;
 constexpr std::size_t kIdentifierLimit = 255;
 constexpr std::size_t kWindowSize = 65536;
-
-// Reads forward through a directory in pieces larger than its records.
-class DirectoryWindow {
-public:
-    explicit DirectoryWindow(std::FILE* image)
-        : m_image(image)
-    {}
-
-    // `count` bytes at `position`; empty where the image does not hold them all.
-    std::span<const std::uint8_t> bytes(std::uint64_t position, std::size_t count)
-    {
-        if (position < m_start || position - m_start > m_length || count > m_length - (position - m_start)) {
-            m_buffer.resize(kWindowSize);
-            m_start = position;
-            m_length = readUpTo(m_image, position, m_buffer);
-            if (count > m_length) { return {}; }
-        }
-        return std::span(m_buffer).subspan(static_cast<std::size_t>(position - m_start), count);
-    }
-
-private:
-    std::FILE* m_image;
-    std::vector<std::uint8_t> m_buffer;
-    std::uint64_t m_start = 0;
-    std::size_t m_length = 0;
-};
 
 IsoExtent parseExtent(ByteReader record)
 {
@@ -99,30 +71,56 @@ std::optional<IsoVolume> readPrimaryVolumeDescriptor(std::FILE* image)
     return parsePrimaryVolumeDescriptor(sector);
 }
 
-std::optional<IsoDirectoryRecord> findDirectoryRecord(std::FILE* image, std::uint32_t blockSize,
-                                                      const IsoExtent& directory, std::string_view name)
+IsoDirectoryWalk::IsoDirectoryWalk(std::FILE* image, std::uint32_t blockSize, const IsoExtent& directory)
+    : m_image(image)
+    , m_blockSize(blockSize)
+    , m_position(std::uint64_t{directory.block} * blockSize)
+    , m_end(blockSize == 0 ? 0 : m_position + std::min(directory.sizeBytes, kIsoDirectoryLimit))
+{}
+
+std::optional<IsoDirectoryRecord> IsoDirectoryWalk::next()
 {
-    if (blockSize == 0) { return std::nullopt; }
-    DirectoryWindow window(image);
-    std::uint64_t position = std::uint64_t{directory.block} * blockSize;
-    const std::uint64_t end = position + std::min(directory.sizeBytes, kIsoDirectoryLimit);
-    while (position < end) {
-        const auto lengthByte = window.bytes(position, 1);
+    while (!isAtEnd()) {
+        const auto lengthByte = bytes(1);
         if (lengthByte.empty()) { return std::nullopt; }
         const std::uint8_t length = lengthByte[0];
         if (length == 0) {
-            position += blockSize - position % blockSize;
+            m_position += m_blockSize - m_position % m_blockSize;
             continue;
         }
-        if (length < kIsoRecordMinimum || length > end - position) { return std::nullopt; }
-        const auto record = window.bytes(position, length);
+        if (length < kIsoRecordMinimum || length > m_end - m_position) { return std::nullopt; }
+        const auto record = bytes(length);
         if (record.empty()) { return std::nullopt; }
 
+        const std::uint64_t position = m_position;
+        m_position += length;
         const auto identifier = record.subspan(33, std::min<std::size_t>(record[32], record.size() - 33));
-        if (!isDotEntry(identifier) && equalIgnoringCase(identifierText(identifier), name)) {
-            return IsoDirectoryRecord{parseExtent(ByteReader(record)), (record[25] & kDirectoryFlag) != 0};
-        }
-        position += length;
+        if (isDotEntry(identifier)) { continue; }
+        return IsoDirectoryRecord{identifierText(identifier), position, parseExtent(ByteReader(record)),
+                                  (record[25] & kDirectoryFlag) != 0};
+    }
+    return std::nullopt;
+}
+
+// `count` bytes at the position; empty where the image does not hold them all.
+std::span<const std::uint8_t> IsoDirectoryWalk::bytes(std::size_t count)
+{
+    const std::uint64_t windowEnd = m_windowStart + m_windowLength;
+    if (m_position < m_windowStart || m_position > windowEnd || count > windowEnd - m_position) {
+        m_window.resize(kWindowSize);
+        m_windowStart = m_position;
+        m_windowLength = readUpTo(m_image, m_position, m_window);
+        if (count > m_windowLength) { return {}; }
+    }
+    return std::span(m_window).subspan(static_cast<std::size_t>(m_position - m_windowStart), count);
+}
+
+std::optional<IsoDirectoryRecord> findDirectoryRecord(std::FILE* image, std::uint32_t blockSize,
+                                                      const IsoExtent& directory, std::string_view name)
+{
+    IsoDirectoryWalk walk(image, blockSize, directory);
+    while (auto record = walk.next()) {
+        if (equalIgnoringCase(record->name, name)) { return record; }
     }
     return std::nullopt;
 }

@@ -17,7 +17,9 @@
 #include <cstdio>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace discio {
 
@@ -36,6 +38,8 @@ struct IsoExtent {
 };
 
 struct IsoDirectoryRecord {
+    std::string name;            // the identifier without its version suffix
+    std::uint64_t position = 0;  // of the record, in the image
     IsoExtent extent;
     bool isDirectory = false;
 };
@@ -52,6 +56,31 @@ struct IsoVolume {
 
 // The same, read from the image; empty also when the sector cannot be read whole.
 [[nodiscard]] std::optional<IsoVolume> readPrimaryVolumeDescriptor(std::FILE* image);
+
+// Walks the records of a directory in their order, those of the directory itself and of its parent left out.
+class IsoDirectoryWalk {
+public:
+    // `image` must outlive the walk. A block size of 0 gives an empty walk.
+    IsoDirectoryWalk(std::FILE* image, std::uint32_t blockSize, const IsoExtent& directory);
+
+    // The next record; empty at the directory's end, its limit or the image's end, and for good before a
+    // record that makes no sense.
+    [[nodiscard]] std::optional<IsoDirectoryRecord> next();
+
+    // Whether the walk came to the directory's end or its limit, and so has seen every record up to there.
+    [[nodiscard]] bool isAtEnd() const { return m_position >= m_end; }
+
+private:
+    [[nodiscard]] std::span<const std::uint8_t> bytes(std::size_t count);
+
+    std::FILE* m_image;
+    std::uint32_t m_blockSize;
+    std::uint64_t m_position;
+    std::uint64_t m_end;
+    std::vector<std::uint8_t> m_window;  // bytes of the image, many records at a time
+    std::uint64_t m_windowStart = 0;
+    std::size_t m_windowLength = 0;
+};
 
 // The first record of `directory` whose identifier, without its version suffix, is `name` but for letter
 // case. Empty when there is none before the directory's end, its limit or the image's end, or before a record

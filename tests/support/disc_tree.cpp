@@ -31,14 +31,35 @@ void DiscTree::writeDirectory(const std::filesystem::path& root) const
     }
 }
 
+SparseImage DiscTree::hybrid(IsoSpec isoSpec, const UdfSpec& udfSpec) const
+{
+    UdfImage udf = buildUdf(m_files, udfSpec);
+    for (const TreeFile& file : m_files) {
+        isoSpec.records[file.path].block = udf.dataSectors.at(file.path);
+    }
+    udf.image.putAll(iso(isoSpec));
+    return std::move(udf.image);
+}
+
 std::string DiscTree::write(DiscForm form, const TemporaryFolder& folder) const
 {
-    if (form == DiscForm::Directory) {
-        writeDirectory(folder / "disc");
-        return folder / "disc";
+    std::string path = folder / "disc.iso";
+    switch (form) {
+    case DiscForm::Directory:
+        path = folder / "disc";
+        writeDirectory(path);
+        break;
+    case DiscForm::Iso:
+        iso().writeTo(path);
+        break;
+    case DiscForm::Udf:
+        udf().writeTo(path);
+        break;
+    case DiscForm::Hybrid:
+        hybrid().writeTo(path);
+        break;
     }
-    iso().writeTo(folder / "disc.iso");
-    return folder / "disc.iso";
+    return path;
 }
 
 }  // namespace testsupport

@@ -4,6 +4,7 @@
 
 #include "tests/support/iso_builder.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/udf_builder.h"
 
 #include <array>
 #include <string>
@@ -11,9 +12,12 @@
 
 namespace testsupport {
 
-enum class DiscForm { Directory, Iso };
+enum class DiscForm { Directory, Iso, Udf, Hybrid };
 
+// The forms of a DVD and of a Blu-ray disc.
 inline constexpr std::array kAllDiscForms = {DiscForm::Directory, DiscForm::Iso};
+inline constexpr std::array kAllBlurayForms = {DiscForm::Directory, DiscForm::Iso, DiscForm::Udf,
+                                               DiscForm::Hybrid};
 
 class DiscTree {
 public:
@@ -25,6 +29,11 @@ public:
     void writeDirectory(const std::filesystem::path& root) const;
 
     [[nodiscard]] SparseImage iso(const IsoSpec& spec = {}) const { return buildIso(m_files, spec); }
+
+    [[nodiscard]] SparseImage udf(const UdfSpec& spec = {}) const { return buildUdf(m_files, spec).image; }
+
+    // One image with both file systems over the same data.
+    [[nodiscard]] SparseImage hybrid(IsoSpec isoSpec = {}, const UdfSpec& udfSpec = {}) const;
 
     // Writes the disc in the given form into the folder; the path to open.
     [[nodiscard]] std::string write(DiscForm form, const TemporaryFolder& folder) const;

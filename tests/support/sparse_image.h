@@ -20,6 +20,13 @@ public:
         m_pieces[offset] = std::move(bytes);
     }
 
+    void putAll(const SparseImage& other)
+    {
+        for (const auto& [offset, bytes] : other.m_pieces) {
+            put(offset, bytes);
+        }
+    }
+
     [[nodiscard]] std::uint64_t sizeBytes() const { return m_sizeBytes; }
 
     // Writes the image and gives it the length of its last piece's end, or another.

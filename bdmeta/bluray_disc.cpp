@@ -1,0 +1,218 @@
+// BDMV/index.bdmv:
+//      0  "INDX", 4 version                         8  address of Indexes(): 28 number of titles
+//
+// CERTIFICATE/id.bdmv:
+//      0  "BDID"                                   40  organization identifier, 4 bytes; 44 disc identifier,
+//      16
+#include "bdmeta/bluray_disc.h"
+
+#include "bdmeta/clpi.h"
+#include "bdmeta/field_text.h"
+#include "bdmeta/mpls.h"
+#include "discio/bluray_source.h"
+#include "discio/error_text.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <new>
+#include <span>
+
+namespace bdmeta {
+
+using discio::ByteReader;
+using discio::ErrorText;
+
+namespace {
+
+constexpr char kPlaylistDirectory[] = "BDMV/PLAYLIST";
+constexpr char kClipInfoDirectory[] = "BDMV/CLIPINF";
+
+constexpr std::size_t kIndexMinimumSize = 16;
+constexpr std::size_t kIdMinimumSize = 60;
+constexpr std::size_t kTitleCountOffset = 28;
+
+// What one disc's navigation files may take in memory. A disc of decoys has some tens of megabytes; a sparse
+// file can claim any size at no cost, so what goes beyond this counts as memory that could not be had.
+constexpr std::uint64_t kMaxNavigationBytes = 256ULL << 20U;
+
+std::string hexText(std::span<const std::uint8_t> bytes)
+{
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    std::string text;
+    for (const std::uint8_t byte : bytes) {
+        text += kDigits[byte >> 4U];
+        text += kDigits[byte & 0x0FU];
+    }
+    return text;
+}
+
+bool beginsWith(std::span<const std::uint8_t> bytes, std::string_view magic)
+{
+    ByteReader reader(bytes);
+    return readText<4>(reader).view() == magic;
+}
+
+void parseIndex(std::span<const std::uint8_t> bytes, BlurayDisc& disc)
+{
+    if (bytes.size() < kIndexMinimumSize || !beginsWith(bytes, "INDX")) { return; }
+    ByteReader reader(bytes);
+    reader.skip(4);
+    std::ranges::copy(reader.bytes(disc.indexVersion.size()), disc.indexVersion.begin());
+    const std::uint32_t address = reader.be32();
+    reader.seek(address);
+    reader.skip(kTitleCountOffset);
+    disc.titleCount = reader.be16();
+}
+
+void parseId(std::span<const std::uint8_t> bytes, BlurayDisc& disc)
+{
+    if (bytes.size() < kIdMinimumSize || !beginsWith(bytes, "BDID")) { return; }
+    disc.organizationId = hexText(bytes.subspan(40, 4));
+    disc.discId = hexText(bytes.subspan(44, 16));
+}
+
+// A path on the disc. One that is longer than this is cut, looked up so and shown so.
+using DiscPath = std::array<char, 64>;
+
+DiscPath discPath(const char* directory, const std::string& name, const char* suffix)
+{
+    DiscPath path = {};
+    std::snprintf(path.data(), path.size(), "%s/%s%s", directory, name.c_str(), suffix);
+    return path;
+}
+
+// Reads one disc, step by step, and words the failure of the step that it has come to.
+class DiscRead {
+public:
+    DiscRead(BlurayDisc& disc, const ErrorText& error)
+        : m_disc(disc)
+        , m_error(error)
+    {}
+
+    bool run(const char* path)
+    {
+        if (openBluraySource(path, m_source, m_error.data(), m_error.capacity()) != 0) { return false; }
+        m_disc.volumeId = m_source.volumeId;
+        readIdentity();
+
+        m_step = Step::Listing;
+        std::vector<std::string> playlists;
+        std::vector<std::string> clips;
+        if (!listSorted(kPlaylistDirectory, ".mpls", playlists) ||
+            !listSorted(kClipInfoDirectory, ".clpi", clips)) {
+            return false;
+        }
+        m_step = Step::Playlists;
+        const bool arePlaylistsRead =
+            std::ranges::all_of(playlists, [this](const std::string& name) { return readPlaylist(name); });
+        if (!arePlaylistsRead) { return false; }
+        m_step = Step::Clips;
+        return std::ranges::all_of(clips, [this](const std::string& name) { return readClip(name); });
+    }
+
+    int fail() const
+    {
+        switch (m_step) {
+        case Step::Opening:  // has its message
+            break;
+        case Step::Listing:
+            return m_error.fail("cannot enumerate BDMV playlist or clip information files");
+        case Step::Playlists:
+            return m_error.fail("cannot parse playlist '%s'", m_path.data());
+        case Step::Clips:
+            return m_error.fail("cannot parse clip information '%s'", m_path.data());
+        }
+        return -1;
+    }
+
+private:
+    enum class Step { Opening, Listing, Playlists, Clips };
+
+    // A navigation file whole, within what all of them may take.
+    bool readFile(const char* path, std::vector<std::uint8_t>& bytes)
+    {
+        if (readWholeFile(m_source, path, bytes, kMaxNavigationBytes - m_readBytes) != 0) { return false; }
+        m_readBytes += bytes.size();
+        return true;
+    }
+
+    // Both files may be missing or malformed.
+    void readIdentity()
+    {
+        std::vector<std::uint8_t> bytes;
+        if (readFile("BDMV/index.bdmv", bytes)) { parseIndex(bytes, m_disc); }
+        if (readFile("CERTIFICATE/id.bdmv", bytes)) { parseId(bytes, m_disc); }
+    }
+
+    bool listSorted(const char* directory, const char* suffix, std::vector<std::string>& names)
+    {
+        if (listFilesWithSuffix(m_source, directory, suffix, names) != 0) { return false; }
+        std::ranges::sort(names);
+        return true;
+    }
+
+    bool readPlaylist(const std::string& name)
+    {
+        m_path = discPath(kPlaylistDirectory, name, ".mpls");
+        std::vector<std::uint8_t> bytes;
+        if (!readFile(m_path.data(), bytes)) { return false; }
+        auto playlist = parsePlaylistBytes(bytes, m_streamTables);
+        if (!playlist) { return false; }
+        playlist->name = FixedText<5>(name);
+        playlist->rawData = std::move(bytes);
+        m_disc.playlists.push_back(std::move(*playlist));
+        return true;
+    }
+
+    bool readClip(const std::string& name)
+    {
+        m_path = discPath(kClipInfoDirectory, name, ".clpi");
+        const std::uint64_t streamFileSize =
+            blurayFileSize(m_source, discPath("BDMV/STREAM", name, ".m2ts").data());
+        std::vector<std::uint8_t> bytes;
+        if (!readFile(m_path.data(), bytes)) { return false; }
+        auto clip = parseClipInfoBytes(bytes);
+        if (!clip) { return false; }
+        m_clipStreamCount += clip->streams.size();
+        if (m_clipStreamCount > kMaxDiscStreams) { return false; }
+        clip->name = ClipName(name);
+        clip->streamFileSize = streamFileSize;
+        clip->rawData = std::move(bytes);
+        m_disc.clips.push_back(std::move(*clip));
+        return true;
+    }
+
+    BlurayDisc& m_disc;
+    const ErrorText& m_error;
+    discio::BlurayDiscSource m_source;
+    StreamTables m_streamTables;
+    std::size_t m_clipStreamCount = 0;
+    std::uint64_t m_readBytes = 0;
+    Step m_step = Step::Opening;
+    DiscPath m_path = {};  // of the file being read
+};
+
+}  // namespace
+
+int readBlurayDisc(const char* path, BlurayDisc* disc, char* errorText, std::size_t errorCapacity)
+{
+    const ErrorText error(errorText, errorCapacity);
+    if (path == nullptr || disc == nullptr) { return error.fail("path and disc are required"); }
+    releaseBlurayDisc(*disc);
+    DiscRead read(*disc, error);
+    bool isRead = false;
+    try {
+        isRead = read.run(path);
+    } catch (const std::bad_alloc&) {  // fails the step that it happened in
+    }
+    if (isRead) { return 0; }
+    releaseBlurayDisc(*disc);
+    return read.fail();
+}
+
+void releaseBlurayDisc(BlurayDisc& disc)
+{
+    disc = {};
+}
+
+}  // namespace bdmeta

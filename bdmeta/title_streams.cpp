@@ -1,0 +1,207 @@
+#include "bdmeta/title_streams.h"
+
+#include <algorithm>
+#include <iterator>
+#include <numeric>
+#include <tuple>
+#include <unordered_map>
+
+namespace bdmeta {
+
+namespace {
+
+const char* orElse(const char* text, const char* fallback)
+{
+    return *text != '\0' ? text : fallback;
+}
+
+const char* audioDisplayName(std::uint8_t codingType)
+{
+    switch (codingType) {
+    case 3:
+        return "MPEG-1 Audio";
+    case 4:
+        return "MPEG-2 Audio";
+    case 128:
+        return "LPCM";
+    case 129:
+        return "AC-3";
+    case 130:
+        return "DTS";
+    case 131:
+        return "Dolby TrueHD";
+    case 132:
+        return "Dolby Digital Plus";
+    case 133:
+        return "DTS-HD";
+    case 134:
+        return "DTS-HD Master Audio";
+    default:
+        return "Unknown";
+    }
+}
+
+const char* subtitleDisplayName(std::uint8_t codingType)
+{
+    switch (codingType) {
+    case 144:
+        return "Presentation Graphics";
+    case 146:
+        return "Text Subtitle";
+    default:
+        return "Subtitle";
+    }
+}
+
+const char* characterEncodingName(std::uint8_t characterCode)
+{
+    constexpr std::array kNames = {"", "UTF-8", "UTF-16BE", "Shift JIS", "EUC-KR", "GB18030", "GB", "Big5"};
+    return characterCode < kNames.size() ? kNames.at(characterCode) : "";
+}
+
+BlurayVideoCodec videoCodecOf(const BlurayStream& stream)
+{
+    return {.codingName = orElse(stream.codingName, "Unknown"),
+            .codingType = stream.codingType,
+            .entryType = stream.entryType,
+            .pid = stream.pid,
+            .category = stream.category,
+            .width = stream.width,
+            .height = stream.height,
+            .videoFormatName = stream.videoFormatName,
+            .frameRateName = stream.frameRateName};
+}
+
+BlurayAudioTrack audioTrackOf(const BlurayStream& stream)
+{
+    return {.name = orElse(stream.codingName, audioDisplayName(stream.codingType)),
+            .language = stream.language,
+            .channelLayout = orElse(stream.channelLayoutName, "Unknown"),
+            .sampleRate = orElse(stream.sampleRateName, "Unknown"),
+            .codingType = stream.codingType,
+            .category = stream.category,
+            .pid = stream.pid};
+}
+
+BluraySubtitleTrack subtitleTrackOf(const BlurayStream& stream)
+{
+    return {.format = orElse(stream.codingName, subtitleDisplayName(stream.codingType)),
+            .language = stream.language,
+            .characterEncoding = characterEncodingName(stream.characterCode),
+            .codingType = stream.codingType,
+            .category = stream.category,
+            .pid = stream.pid};
+}
+
+// What makes two entries of a title's list the same one.
+
+auto identityOf(const BlurayVideoCodec& codec)
+{
+    return std::tuple(codec.pid, codec.codingType, codec.category);
+}
+
+auto identityOf(const BlurayAudioTrack& track)
+{
+    return std::tuple(track.pid, track.codingType, track.category, track.language.view(),
+                      std::string_view(track.name));
+}
+
+auto identityOf(const BluraySubtitleTrack& track)
+{
+    return std::tuple(track.pid, track.codingType, track.category, track.language.view(),
+                      std::string_view(track.format));
+}
+
+// Keeps the first of every set of equal entries, in the order they stand. By sorting, since a disc can hold
+// millions of streams and choose their values.
+template <typename Entry>
+void keepDistinct(std::vector<Entry>& entries)
+{
+    const auto identityAt = [&entries](std::size_t i) { return identityOf(entries[i]); };
+    std::vector<std::size_t> order(entries.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::ranges::stable_sort(order, {}, identityAt);
+    const auto isRepeat = [&identityAt](std::size_t left, std::size_t right) {
+        return identityAt(left) == identityAt(right);
+    };
+    order.erase(std::unique(order.begin(), order.end(), isRepeat), order.end());
+    std::ranges::sort(order);
+
+    std::vector<Entry> distinct;
+    distinct.reserve(order.size());
+    std::ranges::transform(order, std::back_inserter(distinct),
+                           [&entries](std::size_t i) { return entries[i]; });
+    entries = std::move(distinct);
+}
+
+// The streams of one table by their category.
+using StreamCounts = std::array<std::uint32_t, 8>;
+
+StreamCounts countStreams(const std::vector<BlurayStream>& streams)
+{
+    StreamCounts counts = {};
+    for (const BlurayStream& stream : streams) {
+        ++counts.at(static_cast<std::size_t>(stream.category));
+    }
+    return counts;
+}
+
+void addCounts(BlurayTitle& title, const StreamCounts& counts)
+{
+    const auto countOf = [&counts](StreamCategory category) {
+        return counts.at(static_cast<std::size_t>(category));
+    };
+    title.primaryVideoCount += countOf(StreamCategory::PrimaryVideo);
+    title.primaryAudioCount += countOf(StreamCategory::PrimaryAudio);
+    title.subtitleCount += countOf(StreamCategory::Subtitle);
+    title.interactiveGraphicsCount += countOf(StreamCategory::InteractiveGraphics);
+    title.secondaryAudioCount += countOf(StreamCategory::SecondaryAudio);
+    title.secondaryVideoCount += countOf(StreamCategory::SecondaryVideo);
+}
+
+void addStream(BlurayTitle& title, const BlurayStream& stream)
+{
+    if (title.width == 0 && stream.kind == StreamKind::Video) {
+        title.width = stream.width;
+        title.height = stream.height;
+    }
+    switch (stream.category) {
+    case StreamCategory::PrimaryVideo:
+    case StreamCategory::SecondaryVideo:
+    case StreamCategory::DolbyVision:
+        title.videoCodecs.push_back(videoCodecOf(stream));
+        break;
+    case StreamCategory::PrimaryAudio:
+    case StreamCategory::SecondaryAudio:
+        title.audioTracks.push_back(audioTrackOf(stream));
+        break;
+    case StreamCategory::Subtitle:
+        title.subtitleTracks.push_back(subtitleTrackOf(stream));
+        break;
+    case StreamCategory::InteractiveGraphics:
+    case StreamCategory::None:
+        break;
+    }
+}
+
+}  // namespace
+
+void addTitleStreams(BlurayTitle& title, const std::vector<BlurayPlayItem>& playItems)
+{
+    std::unordered_map<const void*, StreamCounts> known;
+    for (const BlurayPlayItem& item : playItems) {
+        const auto [counts, isNew] = known.try_emplace(item.streams.get());
+        if (isNew) {
+            counts->second = countStreams(*item.streams);
+            for (const BlurayStream& stream : *item.streams) {
+                addStream(title, stream);
+            }
+        }
+        addCounts(title, counts->second);
+    }
+    keepDistinct(title.videoCodecs);
+    keepDistinct(title.audioTracks);
+    keepDistinct(title.subtitleTracks);
+}
+
+}  // namespace bdmeta

@@ -1,0 +1,12 @@
+// A title's streams, from the stream tables of its PlayItems.
+#pragma once
+
+#include "bdmeta/bluray_titles.h"
+
+namespace bdmeta {
+
+// Sets the title's stream counts, its picture size and its lists of distinct streams. A table that several
+// PlayItems share is looked at once; the later ones add its counts.
+void addTitleStreams(BlurayTitle& title, const std::vector<BlurayPlayItem>& playItems);
+
+}  // namespace bdmeta

@@ -1,0 +1,222 @@
+#include "discio/bluray_source.h"
+
+#include "discio/bluray_directories.h"
+#include "discio/error_text.h"
+#include "discio/file_stream.h"
+#include "discio/text.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <exception>
+#include <span>
+#include <utility>
+
+namespace discio {
+
+namespace {
+
+constexpr std::string_view kBdmv = "BDMV";
+constexpr std::size_t kComponentLimit = 64;   // of a path in an image
+constexpr std::size_t kRootPathLimit = 4096;  // of a directory tree
+
+std::string trimmedVolumeId(std::span<const std::uint8_t> field)
+{
+    std::string text(field.begin(), field.end());
+    text.erase(text.find_last_not_of(std::string_view(" \0", 2)) + 1);
+    text.erase(std::min(text.find('\0'), text.size()));
+    return text;
+}
+
+int openTree(const std::string& path, BlurayDiscSource& source, const ErrorText& error)
+{
+    const std::size_t separator = path.rfind('/');
+    source.rootPath = path;
+    if (separator != std::string::npos &&
+        equalIgnoringCase(std::string_view(path).substr(separator + 1), kBdmv)) {
+        source.rootPath.resize(separator);
+        if (separator >= kRootPathLimit) { return -1; }
+    }
+    std::string bdmvPath;
+    if (resolveDirectoryPath(source, kBdmv, bdmvPath) != 0) {
+        return error.fail("'%s' has no BDMV directory", path.c_str());
+    }
+    return 0;
+}
+
+int openImage(const std::string& path, BlurayDiscSource& source, const ErrorText& error)
+{
+    const OpenedFile opened = openRegularFile(path);
+    if (!opened.stream) {
+        return error.fail("cannot open '%s': %s", path.c_str(), systemErrorText(opened.errorNumber));
+    }
+    source.image = {opened.stream, opened.sizeBytes};
+    std::array<std::uint8_t, kIsoSectorSize> sector = {};
+    if (readImage(source.image, kIsoDescriptorOffset, sector) == sector.size()) {
+        const auto iso = parsePrimaryVolumeDescriptor(sector);
+        if (iso) {
+            source.mode = BluraySourceMode::Iso;
+            source.blockSize = iso->blockSize;
+            source.isoRootExtent = iso->root;
+            source.volumeId = trimmedVolumeId(iso->volumeId);
+        }
+        if (auto udf = findUdfVolume(source.image)) {
+            source.mode = BluraySourceMode::Udf;
+            source.udf = std::move(*udf);
+        }
+    }
+    if (source.mode == BluraySourceMode::Directory) {
+        return error.fail("'%s' is not a supported ISO-9660 or UDF image", path.c_str());
+    }
+    return 0;
+}
+
+int openPath(const char* path, BlurayDiscSource& source, const ErrorText& error)
+{
+    const PathStatus status = queryPath(path);
+    switch (status.kind) {
+    case PathKind::Missing:
+        return error.fail("cannot stat '%s': %s", path, systemErrorText(status.errorNumber));
+    case PathKind::Directory:
+        return openTree(path, source, error);
+    case PathKind::RegularFile:
+        return openImage(path, source, error);
+    case PathKind::Other:
+        break;
+    }
+    // Deliberate: nothing has failed, so the text is that of whatever failed last.
+    return error.fail("cannot open '%s': %s", path, systemErrorText(errno));
+}
+
+// ---- Reading ----
+
+bool readFromTree(const BlurayDiscSource& source, std::string_view relativePath,
+                  std::vector<std::uint8_t>& bytes, std::uint64_t limitBytes)
+{
+    std::string path;
+    if (resolveDirectoryPath(source, relativePath, path) != 0) { return false; }
+    const OpenedFile opened = openRegularFile(path);
+    if (!opened.stream || opened.sizeBytes > limitBytes) { return false; }
+    bytes.resize(static_cast<std::size_t>(opened.sizeBytes));
+    return readExactly(opened.stream.get(), 0, bytes);
+}
+
+bool readFromImage(const BlurayDiscSource& source, std::string_view relativePath,
+                   std::vector<std::uint8_t>& bytes, std::uint64_t limitBytes)
+{
+    ExtentList data;
+    bool isDirectory = false;
+    return resolveImagePath(source, relativePath, data, isDirectory) == 0 && !isDirectory &&
+           data.sizeBytes <= limitBytes && readExtents(source.image, data, bytes);
+}
+
+}  // namespace
+
+int openBluraySource(const char* path, BlurayDiscSource& source, char* errorText, std::size_t errorCapacity)
+{
+    const ErrorText error(errorText, errorCapacity);
+    source = {};
+    int result = -1;
+    try {
+        result = openPath(path, source, error);
+    } catch (const std::exception&) {  // out of memory
+    }
+    if (result != 0) { source = {}; }
+    return result;
+}
+
+int resolveDirectoryPath(const BlurayDiscSource& source, std::string_view relativePath, std::string& path)
+{
+    if (source.mode != BluraySourceMode::Directory) { return -1; }
+    const auto components = splitPath(relativePath);
+    if (components.empty()) {
+        path = source.rootPath;
+        return 0;
+    }
+    const FoundEntry found = entryAt(source, components);
+    if (found.entry == nullptr) { return -1; }
+    path = found.directory->path + '/' + found.entry->name;
+    return 0;
+}
+
+int resolveImagePath(const BlurayDiscSource& source, std::string_view relativePath, ExtentList& data,
+                     bool& isDirectory)
+{
+    const auto components = splitPath(relativePath);
+    if (source.mode == BluraySourceMode::Directory || components.empty() ||
+        components.size() > kComponentLimit) {
+        return -1;
+    }
+    const DiscEntry* const entry = entryAt(source, components).entry;
+    if (entry == nullptr) { return -1; }
+    if (source.mode == BluraySourceMode::Udf) {
+        auto file = readUdfFileEntry(source.image, source.udf, {entry->block, entry->partition});
+        if (!file) { return -1; }
+        data = std::move(file->data);
+        isDirectory = file->isDirectory;
+        return 0;
+    }
+    data = {};
+    data.append({std::uint64_t{source.blockSize} * entry->block, entry->sizeBytes});
+    isDirectory = entry->isDirectory;
+    return 0;
+}
+
+int readWholeFile(const BlurayDiscSource& source, std::string_view relativePath,
+                  std::vector<std::uint8_t>& bytes, std::uint64_t limitBytes)
+{
+    bool isRead = false;
+    try {
+        isRead = source.mode == BluraySourceMode::Directory
+                     ? readFromTree(source, relativePath, bytes, limitBytes)
+                     : readFromImage(source, relativePath, bytes, limitBytes);
+    } catch (const std::exception&) {  // too large for memory: a file that cannot be read
+    }
+    if (!isRead) { bytes = {}; }
+    return isRead ? 0 : -1;
+}
+
+std::uint64_t blurayFileSize(const BlurayDiscSource& source, std::string_view relativePath)
+{
+    try {
+        if (source.mode == BluraySourceMode::Directory) {
+            std::string path;
+            if (resolveDirectoryPath(source, relativePath, path) != 0) { return 0; }
+            const PathStatus status = queryPath(path);
+            return status.kind == PathKind::RegularFile ? status.sizeBytes : 0;
+        }
+        ExtentList data;
+        bool isDirectory = false;
+        const bool isFile = resolveImagePath(source, relativePath, data, isDirectory) == 0 && !isDirectory;
+        return isFile ? data.sizeBytes : 0;
+    } catch (const std::exception&) {
+        return 0;
+    }
+}
+
+int listFilesWithSuffix(const BlurayDiscSource& source, std::string_view directoryPath,
+                        std::string_view suffix, std::vector<std::string>& names)
+{
+    names.clear();
+    try {
+        const auto components = splitPath(directoryPath);
+        const bool isImage = source.mode != BluraySourceMode::Directory;
+        if (isImage && (components.empty() || components.size() > kComponentLimit)) { return -1; }
+        const DiscDirectory* const directory = directoryAt(source, components);
+        if (directory == nullptr || !directory->isListable) { return -1; }
+        for (const DiscEntry& entry : directory->entries()) {
+            const std::string_view name = entry.name;
+            if (entry.isDirectory || name.size() <= suffix.size()) { continue; }
+            const std::size_t stemLength = name.size() - suffix.size();
+            if (equalIgnoringCase(name.substr(stemLength), suffix)) {
+                names.emplace_back(name, 0, stemLength);
+            }
+        }
+        return 0;
+    } catch (const std::exception&) {
+        names.clear();
+        return -1;
+    }
+}
+
+}  // namespace discio

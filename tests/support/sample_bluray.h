@@ -1,0 +1,92 @@
+// A small Blu-ray disc that the tests of the upper rooms open, and that tools/run.sh shows: a short menu, the
+// film in two clips with several tracks, and a decoy that plays the film's clips in the wrong order.
+#pragma once
+
+#include "tests/support/clpi_spec.h"
+#include "tests/support/disc_tree.h"
+#include "tests/support/mpls_spec.h"
+
+namespace testsupport {
+
+inline constexpr std::uint32_t kSecond = 45000;  // in the ticks of presentation times
+inline constexpr std::uint32_t kSourcePacketSize = 192;
+
+// A clip of ten-second entry points, each 1,000 packets behind the one before.
+[[nodiscard]] inline Bytes sampleClip(std::uint32_t seconds)
+{
+    std::vector<EntryPoint> points;
+    for (std::uint32_t second = 0; second < seconds; second += 10) {
+        points.push_back({second * kSecond / 256 * 256, second * 100});
+    }
+    ClpiSpec clip;
+    clip.numberOfSourcePackets = seconds * 100;
+    clip.atcSequences = {
+        AtcSequenceSpec{.stcSequences = {StcSequenceSpec{.presentationEndTime = seconds * kSecond}}}};
+    clip.programs = {
+        ProgramSpec{.streams = {ClipStreamSpec{.pid = 0x1011, .codingInfo = videoAttributes()}}}};
+    clip.epStreams = {epStream(points)};
+    return clip.build();
+}
+
+[[nodiscard]] inline StnTableSpec sampleStreams()
+{
+    StnTableSpec stn;
+    stn.primaryVideo = {StnStreamSpec{.pid = 0x1011, .attributes = videoAttributes()}};
+    stn.primaryAudio = {StnStreamSpec{.pid = 0x1100, .attributes = audioAttributes("eng", 0x83)},
+                        StnStreamSpec{.pid = 0x1101, .attributes = audioAttributes("deu", 0x81, 3)}};
+    stn.graphics = {StnStreamSpec{.pid = 0x1200, .attributes = graphicsAttributes("eng")},
+                    StnStreamSpec{.pid = 0x1201, .attributes = graphicsAttributes("qqq")}};
+    return stn;
+}
+
+// A PlayItem that plays a clip from its start to `seconds`.
+[[nodiscard]] inline PlayItemSpec sampleItem(const std::string& clipName, std::uint32_t seconds)
+{
+    return PlayItemSpec{.clipName = clipName, .outTime = seconds * kSecond, .stn = sampleStreams()};
+}
+
+// Playlists 00000 (menu), 00800 (film: 2 minutes, 3 marks) and 00801 (decoy); clips 00001 to 00003.
+[[nodiscard]] inline DiscTree sampleBluray()
+{
+    PlayItemSpec menuItem{.clipName = "00003", .outTime = 30 * kSecond};
+    menuItem.stn.primaryVideo = sampleStreams().primaryVideo;
+    menuItem.stn.interactiveGraphics = {
+        StnStreamSpec{.pid = 0x1400, .attributes = graphicsAttributes("eng", 0x91)}};
+    MplsSpec menu;
+    menu.playItems = {menuItem};
+    menu.marks = {};
+
+    MplsSpec film;
+    film.playItems = {sampleItem("00001", 60), sampleItem("00002", 60)};
+    film.playItems[0].furtherAngles = {AngleSpec{.clipName = "00002"}};
+    film.marks = {MarkSpec{}, MarkSpec{.timeStamp = 30 * kSecond}, MarkSpec{.refToPlayItemId = 1}};
+
+    MplsSpec decoy = film;
+    std::swap(decoy.playItems[0].clipName, decoy.playItems[1].clipName);
+
+    Bytes index;
+    putText(index, 0, "INDX0200");
+    putBe32(index, 8, 40);
+    putBe16(index, 68, 2);
+    growTo(index, 78);
+    Bytes identity;
+    putText(identity, 0, "BDID0200");
+    putBe32(identity, 40, 0x0000ABCD);
+    for (std::uint8_t i = 0; i < 16; ++i) {
+        putU8(identity, 44U + i, i);
+    }
+
+    DiscTree tree;
+    tree.add("BDMV/index.bdmv", index).add("CERTIFICATE/id.bdmv", identity);
+    tree.add("BDMV/PLAYLIST/00000.mpls", menu.build())
+        .add("BDMV/PLAYLIST/00800.mpls", film.build())
+        .add("BDMV/PLAYLIST/00801.mpls", decoy.build());
+    for (const char* clip : {"00001", "00002", "00003"}) {
+        const std::uint32_t seconds = clip == std::string("00003") ? 30 : 60;
+        tree.add(std::string("BDMV/CLIPINF/") + clip + ".clpi", sampleClip(seconds))
+            .add(std::string("BDMV/STREAM/") + clip + ".m2ts", Bytes(seconds * 100 * kSourcePacketSize));
+    }
+    return tree;
+}
+
+}  // namespace testsupport
