@@ -1,0 +1,44 @@
+// The Blu-ray title package: a disc's canonical technical signature. It holds every clip information file and
+// every playlist byte for byte and a digest of the titles they make.
+//
+//   magic 50 53 54 50 42 44 00 01 ("PSTPBD", then 00 01), then four chunks:
+//   "DISC"  u32 presence flags (bit 0 organization id, bit 1 disc id); 4 bytes index version; u32 declared
+//   titles;
+//           u32 playlists; u32 clips; u32 titles; u64 total duration in ms; u64 total angle-1 size in bytes;
+//           u32 total marks; organization id (4) and disc id (16), each only where its flag is set
+//   "CLPI"  varint count; for each clip: bytes name, SHA-256 (32), bytes content, u64 stream file size
+//   "MPLS"  varint count; for each playlist: bytes name, SHA-256 (32), bytes content
+//   "TITL"  varint count; for each title: 5 bytes playlist id, u64 duration in ms, u64 angle-1 size, u32
+//   marks
+#pragma once
+
+#include "bdmeta/bluray_disc.h"
+#include "bdmeta/bluray_titles.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <span>
+
+namespace package {
+
+// Builds the package of a disc and the titles derived from it, title i from playlist i. On success its bytes,
+// and their SHA-256 in `*sha256` where that is wanted. On failure an empty array and, except where an
+// argument is missing, a sentence in `*errorText` where that is wanted.
+[[nodiscard]] QByteArray buildBlurayPackage(const bdmeta::BlurayDisc* disc,
+                                            std::span<const bdmeta::BlurayTitle> titles,
+                                            const bdmeta::BlurayDiscSummary* summary,
+                                            QByteArray* sha256 = nullptr, QString* errorText = nullptr);
+
+// The steps, each appending its chunk's body. False where the record breaks a rule of the format, with a
+// sentence; what was appended until then is to be thrown away. writeDiscChunk() fails only for missing
+// arguments, without one.
+[[nodiscard]] bool writeDiscChunk(const bdmeta::BlurayDisc* disc, const bdmeta::BlurayDiscSummary* summary,
+                                  std::size_t titleCount, QByteArray& body);
+[[nodiscard]] bool writeClipChunk(const bdmeta::BlurayDisc& disc, QByteArray& body, QString* errorText);
+[[nodiscard]] bool writePlaylistChunk(const bdmeta::BlurayDisc& disc, QByteArray& body, QString* errorText);
+[[nodiscard]] bool writeTitleChunk(const bdmeta::BlurayDisc& disc,
+                                   std::span<const bdmeta::BlurayTitle> titles, QByteArray& body,
+                                   QString* errorText);
+
+}  // namespace package
