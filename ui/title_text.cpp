@@ -98,6 +98,30 @@ QString details(const DvdTitleInfo& title)
            Texts::tr("Subtitle tracks: %1\n").arg(title.subtitleTracks.size());
 }
 
+QString details(const BlurayTitleInfo& title)
+{
+    const QString sizeLine = title.isSizeEstimated
+                                 ? Texts::tr("Playback size (angle 1, estimated): %1 bytes\n")
+                                 : Texts::tr("Playback size (angle 1, approx): %1 bytes\n");
+    return Texts::tr("Playlist ID: %1\n").arg(title.playlistId) +
+           Texts::tr("Resolution: %1x%2\n").arg(title.videoWidth).arg(title.videoHeight) +
+           Texts::tr("Duration: %1\n").arg(duration(title.durationMs)) +
+           sizeLine.arg(title.playbackSizeBytes) + Texts::tr("Clips: %1\n").arg(title.clipCount) +
+           Texts::tr("Angles: %1\n").arg(title.angleCount) +
+           Texts::tr("Alternate-angle PlayItems: %1\n").arg(title.alternateAngleItemCount) +
+           Texts::tr("Chapters: %1\n").arg(title.chapterCount) +
+           Texts::tr("Playmarks: %1\n").arg(title.playmarkCount) +
+           Texts::tr("Video streams: %1\n").arg(title.videoStreamCount) +
+           Texts::tr("Video codecs: %1\n")
+               .arg(orUnknown(title.videoCodecNames.join(QLatin1StringView(", ")))) +
+           Texts::tr("Primary audio tracks: %1\n").arg(title.primaryAudioCount) +
+           Texts::tr("Primary subtitle tracks: %1\n").arg(title.primarySubtitleCount) +
+           Texts::tr("IG (menu) streams: %1\n").arg(title.interactiveGraphicsCount) +
+           Texts::tr("Secondary video: %1\n").arg(title.secondaryVideoCount) +
+           Texts::tr("Segment map (clip IDs):\n") + title.segmentMap.join(QLatin1StringView(", ")) +
+           QLatin1Char('\n');
+}
+
 QString details(const VideoStreamInfo& stream)
 {
     return Texts::tr("Video track\n") + Texts::tr("Codec: %1\n").arg(orUnknown(stream.codecName)) +

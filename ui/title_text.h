@@ -21,6 +21,7 @@ namespace titletext {
 
 // Details, a line for each fact, each line ended by a line break. What the disc does not say is "Unknown".
 [[nodiscard]] QString details(const DvdTitleInfo& title);
+[[nodiscard]] QString details(const BlurayTitleInfo& title);
 [[nodiscard]] QString details(const VideoStreamInfo& stream);
 [[nodiscard]] QString details(const AudioTrackInfo& stream);
 [[nodiscard]] QString details(const SubtitleTrackInfo& stream);

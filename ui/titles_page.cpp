@@ -9,6 +9,7 @@
 namespace {
 
 constexpr int kTypeColumn = 0;
+constexpr int kDescriptionColumn = 1;
 
 // Wide enough for a stream's row; the stretch factors share out what a larger window adds.
 const QList<int> kInitialSizes = {380, 520};
@@ -98,6 +99,12 @@ void TitlesPage::showTitles(const DiscScanResult& result)
     for (const DvdTitleInfo& title : result.dvdTitles) {
         rows.append(titleRow(title, rows.size()));
     }
+    for (const BlurayTitleInfo& title : result.blurayTitles) {
+        QTreeWidgetItem* row = titleRow(title, rows.size());
+        row->setToolTip(kTypeColumn, title.label);
+        row->setToolTip(kDescriptionColumn, title.label);
+        rows.append(row);
+    }
     m_tree->addTopLevelItems(rows);
 }
 
@@ -109,7 +116,12 @@ void TitlesPage::showDetails(const QTreeWidgetItem* item)
 
 QString TitlesPage::detailsOf(const QTreeWidgetItem& item) const
 {
-    const QTreeWidgetItem& titleItem = item.parent() == nullptr ? item : *item.parent();
-    const DvdTitleInfo& title = m_result.dvdTitles.at(titleItem.data(kTypeColumn, kIndexRole).toLongLong());
-    return item.parent() == nullptr ? titletext::details(title) : streamDetails(title, item);
+    const bool isTitle = item.parent() == nullptr;
+    const QTreeWidgetItem& titleItem = isTitle ? item : *item.parent();
+    const auto detailsIn = [&](const auto& titles) {
+        const auto& title = titles.at(titleItem.data(kTypeColumn, kIndexRole).toLongLong());
+        return isTitle ? titletext::details(title) : streamDetails(title, item);
+    };
+    return m_result.discType == DiscType::Bluray ? detailsIn(m_result.blurayTitles)
+                                                 : detailsIn(m_result.dvdTitles);
 }
