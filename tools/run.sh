@@ -2,6 +2,7 @@
 # Builds the program and runs it against a Tessera service of its own on this machine.
 #
 #   tools/run.sh [DISC]      DISC is a disc's folder or image; without one a small DVD is authored and opened
+#   tools/run.sh --bluray    opens a small Blu-ray disc instead, whose files are written by the tests' builders
 #
 # Everything the run needs lies in build/run: the service's database, the key, the authored DVD, and the home
 # folder the program is given, so that no key of the user is read or written. Delete it to start afresh.
@@ -19,9 +20,18 @@ fail() {
     exit 1
 }
 
-[[ $# -le 1 ]] || { echo "usage: tools/run.sh [DISC]" >&2; exit 2; }
-disc=
-if [[ $# -eq 1 ]]; then
+usage() {
+    echo "usage: tools/run.sh [DISC | --bluray]" >&2
+    exit 2
+}
+
+[[ $# -le 1 ]] || usage
+disc= make_bluray=no
+if [[ ${1:-} == --bluray ]]; then
+    make_bluray=yes
+elif [[ ${1:-} == -* ]]; then
+    usage
+elif [[ $# -eq 1 ]]; then
     [[ -e $1 ]] || fail "there is no '$1'"
     disc=$(realpath -- "$1")
 fi
@@ -51,17 +61,21 @@ trap 'exit 143' TERM
 # ---- Making ready ----
 
 prepare() {
-    local groups=(build) log=$state/build.log
+    local groups=(build) targets=(platterscope tessera_local) log=$state/build.log
     [[ $headless == no ]] || groups+=(test)
-    [[ -n $disc ]] || groups+=(dvd-authoring)
+    [[ $make_bluray == no ]] || { groups+=(test); targets+=(make_sample_bluray); }
+    [[ -n $disc || $make_bluray == yes ]] || groups+=(dvd-authoring)
     tools/setup.sh "${groups[@]}"
 
     mkdir -p "$state"
     echo "run: building (log: $log)"
-    { cmake --preset release && cmake --build --preset release --target platterscope tessera_local; } \
+    { cmake --preset release && cmake --build --preset release --target "${targets[@]}"; } \
         >"$log" 2>&1 || { tail -n 40 "$log" >&2; fail "the build failed"; }
 
-    if [[ -z $disc ]]; then
+    if [[ $make_bluray == yes ]]; then
+        disc=$state/bluray
+        build/release/tests/make_sample_bluray "$disc"
+    elif [[ -z $disc ]]; then
         disc=$state/disc
         [[ -d $disc/VIDEO_TS ]] || tools/author_dvd.sh "$disc"
     fi

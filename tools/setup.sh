@@ -2,7 +2,7 @@
 # Installs the Debian 12 packages that the project needs, and nothing when all are there.
 #
 #   tools/setup.sh                  what building, running and testing need (groups "build" and "test")
-#   tools/setup.sh GROUP...         only these groups: build, test, dvd-authoring
+#   tools/setup.sh GROUP...         only these groups: build, test, bench, dvd-authoring
 #
 # Run it as root or as a user who may use sudo.
 set -euo pipefail
@@ -29,6 +29,9 @@ test=(
     xvfb                    # a screen where there is none
     xdotool                 # presses keys on it
     imagemagick             # takes the screenshot and counts its colours
+)
+bench=(
+    libbenchmark-dev        # measures (preset "bench")
 )
 dvd_authoring=(
     ffmpeg                  # makes pictures and sound
@@ -59,8 +62,9 @@ for group in "$@"; do
     case $group in
         build) wanted+=("${build[@]}") ;;
         test) wanted+=("${test[@]}") ;;
+        bench) wanted+=("${bench[@]}") ;;
         dvd-authoring) wanted+=("${dvd_authoring[@]}") ;;
-        *) fail "no group '$group'; the groups are build, test, dvd-authoring" ;;
+        *) fail "no group '$group'; the groups are build, test, bench, dvd-authoring" ;;
     esac
 done
 

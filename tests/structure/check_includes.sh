@@ -24,6 +24,7 @@ declare -A allowed=(
     [discio]=""
     [tools]=""
     [tests]="any"
+    [bench]="any"
 )
 without_qt=" discio bdmeta dvdmeta "
 native_file='_(posix|linux|windows)\.cpp$'
