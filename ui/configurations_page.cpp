@@ -1,5 +1,7 @@
 #include "ui/configurations_page.h"
 
+#include "ui/disabled_button.h"
+
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -8,19 +10,6 @@
 #include <QTextEdit>
 #include <QTreeWidget>
 #include <QVBoxLayout>
-
-namespace {
-
-QPushButton* disabledButton(const QString& text, const QString& objectName)
-{
-    auto* button = new QPushButton(text);
-    button->setObjectName(objectName);
-    button->setAccessibleName(text);
-    button->setEnabled(false);
-    return button;
-}
-
-}  // namespace
 
 ConfigurationsPage::ConfigurationsPage(QWidget* parent)
     : QStackedWidget(parent)

@@ -1,5 +1,7 @@
 #include "ui/monitor_page.h"
 
+#include "ui/disabled_button.h"
+
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QListWidget>
@@ -9,15 +11,6 @@
 #include <QVBoxLayout>
 
 namespace {
-
-QPushButton* disabledButton(const QString& text, const QString& objectName)
-{
-    auto* button = new QPushButton(text);
-    button->setObjectName(objectName);
-    button->setAccessibleName(text);
-    button->setEnabled(false);
-    return button;
-}
 
 // A label over two tabs, one list for playlists and one for segments.
 QVBoxLayout* fileLists(const QString& heading, const QString& objectNamePrefix)

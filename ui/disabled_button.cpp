@@ -1,0 +1,12 @@
+#include "ui/disabled_button.h"
+
+#include <QPushButton>
+
+QPushButton* disabledButton(const QString& text, const QString& objectName)
+{
+    auto* button = new QPushButton(text);
+    button->setObjectName(objectName);
+    button->setAccessibleName(text);
+    button->setEnabled(false);
+    return button;
+}
