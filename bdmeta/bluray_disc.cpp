@@ -2,8 +2,8 @@
 //      0  "INDX", 4 version                         8  address of Indexes(): 28 number of titles
 //
 // CERTIFICATE/id.bdmv:
-//      0  "BDID"                                   40  organization identifier, 4 bytes; 44 disc identifier,
-//      16
+//      0  "BDID"                                   40  organization identifier, 4 bytes
+//                                                  44  disc identifier, 16 bytes
 #include "bdmeta/bluray_disc.h"
 
 #include "bdmeta/clpi.h"

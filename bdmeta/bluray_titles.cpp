@@ -67,6 +67,11 @@ private:
     std::map<std::string_view, UsedClip> m_clips;
 };
 
+std::size_t distinctStreamCount(const BlurayTitle& title)
+{
+    return title.videoCodecs.size() + title.audioTracks.size() + title.subtitleTracks.size();
+}
+
 BlurayTitle deriveTitle(const BlurayPlaylist& playlist, Sizes& sizes)
 {
     BlurayTitle title;
@@ -138,11 +143,13 @@ int derive(const BlurayDisc& disc, std::vector<BlurayTitle>& titles, BlurayDiscS
     if (disc.playlists.empty()) { return 0; }
     Sizes sizes(disc, fallback);
     titles.reserve(disc.playlists.size());
+    std::size_t distinctStreams = 0;
     for (const BlurayPlaylist& playlist : disc.playlists) {
         const auto index = static_cast<std::uint32_t>(titles.size());
         titles.push_back(deriveTitle(playlist, sizes));
         titles.back().index = index;
-        if (!sizes.areValid()) { return -1; }
+        distinctStreams += distinctStreamCount(titles.back());
+        if (!sizes.areValid() || distinctStreams > kMaxDistinctStreams) { return -1; }
     }
     summary = summarize(disc, titles);
     return 0;

@@ -85,6 +85,10 @@ struct BlurayDiscSummary {
     std::uint32_t totalSecondaryVideo = 0;
 };
 
+// Stream tables may overlap, so a few megabytes can claim millions of streams, each a row for the views. A disc of
+// a thousand titles has some twenty thousand.
+inline constexpr std::size_t kMaxDistinctStreams = 250'000;
+
 // How often a derivation had to count a whole stream file, and where first. The caller logs it.
 struct SizeFallback {
     std::uint64_t count = 0;
@@ -92,8 +96,10 @@ struct SizeFallback {
     ClipName firstClip;
 };
 
-// Derives a title from every playlist, in their order. 0 on success; -1 when an argument is missing or memory
-// runs out. A disc without playlists succeeds with no titles and an empty summary.
+// Derives a title from every playlist, in their order. 0 on success; -1 when an argument is missing, memory
+// runs out, the titles' distinct streams come to more than kMaxDistinctStreams, or the clips' entry points are
+// made so that looking them up would take hours. A disc without playlists succeeds with no titles and an empty
+// summary.
 [[nodiscard]] int deriveBlurayTitles(const BlurayDisc* disc, std::vector<BlurayTitle>* titles,
                                      BlurayDiscSummary* summary, SizeFallback* fallback);
 

@@ -6,9 +6,8 @@
 //     16  address of CPI(), see ep_map.h
 //
 // ProgramInfo():  0 length behind this field, 5 number of programs, 6 the programs
-//     program:    6 number of streams, 8 the streams: u16 PID, StreamCodingInfo() (a length byte and the body
-//     of
-//                 stream_attributes.h)
+//     program:    6 number of streams, 8 the streams: u16 PID, StreamCodingInfo() (a length byte and the
+//                 body of stream_attributes.h)
 //
 // SequenceInfo(): 0 length behind this field, 5 number of ATC sequences, 6 the ATC sequences
 //     ATC:        0 SPN_ATC_start, 4 number of STC sequences, 5 offset_STC_id, 6 the STC sequences

@@ -20,6 +20,8 @@ constexpr std::string_view kBdmv = "BDMV";
 constexpr std::size_t kComponentLimit = 64;   // of a path in an image
 constexpr std::size_t kRootPathLimit = 4096;  // of a directory tree
 
+// The padding is taken off before the text is cut at its first NUL, so that blanks before an inner NUL stay; a DVD's
+// fields are cut first (fixedFieldText).
 std::string trimmedVolumeId(std::span<const std::uint8_t> field)
 {
     std::string text(field.begin(), field.end());

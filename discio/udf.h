@@ -2,8 +2,8 @@
 // as they lie in the image, 8-bit names. Numbers are little-endian; checksums of descriptor tags are not
 // looked at.
 //
-// Every descriptor begins with a tag of 16 bytes: 0 its identifier, 10 its CRC length (the bytes it
-// describes).
+// Every descriptor begins with a tag of 16 bytes: 0 its identifier, 10 its CRC length (the bytes
+// it describes).
 //
 // Anchor volume descriptor pointer, tag 2, sector 256
 //    16  length of the volume descriptor sequence in bytes     20  its first sector, 3 bytes
@@ -16,10 +16,10 @@
 // File entry, tag 261; extended file entry, tag 266 (in brackets)
 //    27  file type, 4: directory                     168 (208)  length of the extended attributes, 4 bytes
 //    34  bits 0 to 2: kind of its descriptors        172 (212)  length of the allocation descriptors, 4 bytes
-//    56  information length, 8 bytes                 176 (216)  extended attributes, then allocation
-//    descriptors
-// Allocation descriptor, short (kind 0, 8 bytes) or long (kind 1, 16 bytes); kind 3: the data stand in their
-// place
+//    56  information length, 8 bytes                 176 (216)  extended attributes, then the
+//                                                               allocation descriptors
+// Allocation descriptor, short (kind 0, 8 bytes) or long (kind 1, 16 bytes);
+// kind 3: the data stand in their place
 //     0  length in the low 30 bits, above them how it is recorded, 0: with data
 //     4  logical block                               8  long: partition reference, 2 bytes
 //

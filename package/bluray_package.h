@@ -2,14 +2,13 @@
 // every playlist byte for byte and a digest of the titles they make.
 //
 //   magic 50 53 54 50 42 44 00 01 ("PSTPBD", then 00 01), then four chunks:
-//   "DISC"  u32 presence flags (bit 0 organization id, bit 1 disc id); 4 bytes index version; u32 declared
-//   titles;
-//           u32 playlists; u32 clips; u32 titles; u64 total duration in ms; u64 total angle-1 size in bytes;
-//           u32 total marks; organization id (4) and disc id (16), each only where its flag is set
+//   "DISC"  u32 presence flags (bit 0 organization id, bit 1 disc id); 4 bytes index version;
+//           u32 declared titles; u32 playlists; u32 clips; u32 titles; u64 total duration in ms;
+//           u64 total angle-1 size in bytes; u32 total marks; organization id (4) and disc id (16), each only where its flag is set
 //   "CLPI"  varint count; for each clip: bytes name, SHA-256 (32), bytes content, u64 stream file size
 //   "MPLS"  varint count; for each playlist: bytes name, SHA-256 (32), bytes content
-//   "TITL"  varint count; for each title: 5 bytes playlist id, u64 duration in ms, u64 angle-1 size, u32
-//   marks
+//   "TITL"  varint count; for each title: 5 bytes playlist id, u64 duration in ms, u64 angle-1 size,
+//           u32 marks
 #pragma once
 
 #include "bdmeta/bluray_disc.h"

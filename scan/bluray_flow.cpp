@@ -20,9 +20,10 @@ QString text(std::string_view local)
     return QString::fromLocal8Bit(local.data(), static_cast<qsizetype>(local.size()));
 }
 
-QString text(const char* name)
+// A name that the stream tables say; their "Unknown" is a fact the disc does not give.
+QString known(std::string_view name)
 {
-    return QString::fromLatin1(name);
+    return name == "Unknown" ? QString() : text(name);
 }
 
 void describeStreams(const bdmeta::BlurayTitle& title, BlurayTitleInfo& info)
@@ -30,12 +31,12 @@ void describeStreams(const bdmeta::BlurayTitle& title, BlurayTitleInfo& info)
     for (const bdmeta::BlurayVideoCodec& codec : title.videoCodecs) {
         const QString name = text(codec.codingName);
         if (!info.videoCodecNames.contains(name)) { info.videoCodecNames.append(name); }
-        info.videoStreams.append({name, codec.width, codec.height, text(codec.videoFormatName),
-                                  text(codec.frameRateName), static_cast<int>(codec.category), codec.pid});
+        info.videoStreams.append({name, codec.width, codec.height, known(codec.videoFormatName),
+                                  known(codec.frameRateName), static_cast<int>(codec.category), codec.pid});
     }
     for (const bdmeta::BlurayAudioTrack& track : title.audioTracks) {
-        info.audioTracks.append({text(track.language.view()), text(track.name), text(track.channelLayout),
-                                 text(track.sampleRate), track.pid});
+        info.audioTracks.append({text(track.language.view()), text(track.name), known(track.channelLayout),
+                                 known(track.sampleRate), track.pid});
     }
     for (const bdmeta::BluraySubtitleTrack& track : title.subtitleTracks) {
         info.subtitleTracks.append(

@@ -1,5 +1,6 @@
 #include "scan/bluray_flow.h"
 #include "scan/disc_scanner.h"
+#include "tests/scan/stored_package.h"
 #include "tests/support/captured_log.h"
 #include "tests/support/local_service.h"
 #include "tests/support/sample_bluray.h"
@@ -120,8 +121,8 @@ TEST(BlurayFlow, WhatCannotBePackagedIsACleanErrorResult)
                      "platterscope: error: Blu-ray package requires five-character BDMV identifiers."}));
 }
 
-// Reads a package by its format: a test-side reader that shares nothing with the writer. Gives each file by
-// name.
+// Reads a package by its format: a test-side reader that shares nothing with the writer. Gives each file by name
+// and each stream file's size.
 class PackageFiles {
 public:
     explicit PackageFiles(const QByteArray& package)
@@ -134,7 +135,7 @@ public:
             const qint64 end = m_at + 16 + length;
             m_at += 16;
             if (tag == std::string("CLPI") || tag == std::string("MPLS")) {
-                readFiles(tag == std::string("CLPI") ? 8 : 0);
+                readFiles(tag == std::string("CLPI"));
                 EXPECT_EQ(m_at, end);
             }
             m_at = end;
@@ -143,6 +144,7 @@ public:
     }
 
     [[nodiscard]] const std::map<QByteArray, QByteArray>& files() const { return m_files; }
+    [[nodiscard]] const QList<qint64>& streamSizes() const { return m_streamSizes; }
 
 private:
     qint64 varint()
@@ -161,43 +163,22 @@ private:
         return m_bytes.mid(m_at - length, length);
     }
 
-    void readFiles(qint64 trailer)
+    void readFiles(bool isClips)
     {
         for (qint64 count = varint(); count > 0; --count) {
             const QByteArray name = take(varint());
             const QByteArray digest = take(32);
             m_files[name] = take(varint());
             EXPECT_EQ(QCryptographicHash::hash(m_files[name], QCryptographicHash::Sha256), digest);
-            take(trailer);
+            if (isClips) { m_streamSizes.append(take(8).toHex().toLongLong(nullptr, 16)); }
         }
     }
 
     QByteArray m_bytes;
     qint64 m_at = 0;
     std::map<QByteArray, QByteArray> m_files;
+    QList<qint64> m_streamSizes;
 };
-
-TEST(BlurayFlow, ThePackageUnpacksToTheDiscsOwnFiles)
-{
-    const bdmeta::BlurayDisc disc = read(testsupport::sampleBluray());
-    const CapturedLog quiet;
-    const std::map<QByteArray, QByteArray> files =
-        PackageFiles(scan::describeBluray(&disc).blurayPackage).files();
-    const testsupport::TemporaryFolder folder;
-    testsupport::sampleBluray().writeDirectory(folder.path());
-    std::size_t compared = 0;
-    for (const char* directory : {"CLIPINF", "PLAYLIST"}) {
-        for (const auto& entry : std::filesystem::directory_iterator(folder.path() / "BDMV" / directory)) {
-            std::ifstream file(entry.path(), std::ios::binary);
-            const std::string bytes{std::istreambuf_iterator<char>(file), {}};
-            EXPECT_EQ(files.at(QByteArray::fromStdString(entry.path().filename())),
-                      QByteArray::fromStdString(bytes));
-            ++compared;
-        }
-    }
-    EXPECT_EQ(files.size(), compared);
-    EXPECT_EQ(compared, 6U);
-}
 
 class BlurayScanTest : public testing::Test {
 protected:
@@ -258,20 +239,37 @@ TEST_F(BlurayScanTest, AFileThatCannotBeParsedNamesItselfInTheLog)
     EXPECT_EQ(result.errorMessage, QStringLiteral("Path is not a valid Blu-ray or DVD."));
 }
 
-TEST_F(BlurayScanTest, ARealServiceAddsTheDiscAndFindsItAgain)
+TEST_F(BlurayScanTest, ARealServiceAddsTheDiscAndKeepsItsVeryFiles)
 {
-    const testsupport::LocalService service(TESSERA_LOCAL_EXECUTABLE, m_folder / "service.db",
-                                            {"the-key=ada"});
+    const std::string database = m_folder / "service.db";
+    const testsupport::LocalService service(TESSERA_LOCAL_EXECUTABLE, database, {"the-key=ada"});
     ASSERT_TRUE(service.isReady()) << service.log();
     const ScopedEnvironment address("PLATTERSCOPE_SERVICE_URL", service.baseUrl());
-    const QString path =
-        QString::fromStdString(testsupport::sampleBluray().write(DiscForm::Directory, m_folder));
+    const std::filesystem::path root = testsupport::sampleBluray().write(DiscForm::Directory, m_folder);
+    const QString path = QString::fromStdString(root);
     const CapturedLog quiet;
     EXPECT_FALSE(m_scanner.scan(path, false).inDatabase);
     const DiscScanResult added = m_scanner.scan(path, true);
     EXPECT_EQ(added.ok, 1);
     EXPECT_NE(added.discId, 0);
     EXPECT_EQ(m_scanner.scan(path, false).discId, added.discId);
+
+    const QByteArray stored = storedPackage(database);
+    EXPECT_EQ(QCryptographicHash::hash(stored, QCryptographicHash::Sha256), added.blurayPackageSha256);
+    const PackageFiles package(stored);
+    std::size_t compared = 0;
+    for (const char* directory : {"CLIPINF", "PLAYLIST"}) {
+        for (const auto& entry : std::filesystem::directory_iterator(root / "BDMV" / directory)) {
+            std::ifstream file(entry.path(), std::ios::binary);
+            const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+            EXPECT_EQ(package.files().at(QByteArray::fromStdString(entry.path().filename())),
+                      QByteArray::fromStdString(bytes));
+            ++compared;
+        }
+    }
+    EXPECT_EQ(package.files().size(), compared);
+    EXPECT_EQ(compared, 6U);
+    EXPECT_EQ(package.streamSizes(), (QList<qint64>{6000 * 192, 6000 * 192, 3000 * 192}));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "app/log.h"
 #include "scan/disc_scanner.h"
+#include "tests/scan/stored_package.h"
 #include "tests/support/captured_log.h"
 #include "tests/support/local_service.h"
 #include "tests/support/sample_dvd.h"
@@ -7,7 +8,6 @@
 #include "tests/support/scripted_server.h"
 
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include <algorithm>
 #include <memory>
@@ -241,21 +241,6 @@ TEST_F(DiscScannerTest, EveryFormOfADiscIsOneDiscToTheService)
     m_path = testsupport::sampleDvd().write(DiscForm::Iso, m_folder);
     scanSample(false);
     EXPECT_EQ(m_result.dvdPackage, fromDirectory);
-}
-
-// The package of the service's one disc, which it keeps as the zlib stream it came in.
-QByteArray storedPackage(const std::string& databasePath)
-{
-    sqlite3* opened = nullptr;
-    sqlite3_open_v2(databasePath.c_str(), &opened, SQLITE_OPEN_READONLY, nullptr);
-    const std::unique_ptr<sqlite3, decltype(&sqlite3_close)> database(opened, sqlite3_close);
-    sqlite3_stmt* prepared = nullptr;
-    sqlite3_prepare_v2(opened, "SELECT package FROM discs", -1, &prepared, nullptr);
-    const std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)> statement(prepared, sqlite3_finalize);
-    if (sqlite3_step(prepared) != SQLITE_ROW) { return {}; }
-    const QByteArray stream(static_cast<const char*>(sqlite3_column_blob(prepared, 0)),
-                            sqlite3_column_bytes(prepared, 0));
-    return qUncompress(QByteArray::fromHex("00010000") + stream);  // a hint of the size, then the stream
 }
 
 TEST_F(DiscScannerTest, ARealServiceKeepsTheVeryPackageAndFindsTheDiscAgain)

@@ -39,6 +39,14 @@ namespace {
 
 const QString kError = QStringLiteral("Tessera Error");
 
+// How long the window may take over a disc of decoys. Unoptimized and instrumented builds are slower, and have to be
+// done in sensible time all the same.
+#ifdef NDEBUG
+constexpr qint64 kLimitMs = 200;
+#else
+constexpr qint64 kLimitMs = 2000;
+#endif
+
 QStringList rowTexts(const QTreeWidget& tree)
 {
     QStringList texts;
@@ -404,15 +412,13 @@ void OpenDiscTest::aDiscOfDecoysFillsTheWindowAtOnce()
     result.ok = 1;
     result.discType = DiscType::Bluray;
     BlurayTitleInfo title;
-    title.videoStreams.resize(1);
-    title.audioTracks.resize(4);
-    title.subtitleTracks.resize(8);
-    for (AudioTrackInfo& track : title.audioTracks) {
-        track.language = QStringLiteral("eng");
-    }
-    for (SubtitleTrackInfo& track : title.subtitleTracks) {
-        track.language = QStringLiteral("deu");
-    }
+    title.videoStreams = {{QStringLiteral("H.264"), 1920, 1080, QStringLiteral("1080p"),
+                           QStringLiteral("23.976 Hz"), 1, 0x1011}};
+    title.audioTracks =
+        QList<AudioTrackInfo>(4, {QStringLiteral("eng"), QStringLiteral("DTS-HD Master"),
+                                  QStringLiteral("Multi-channel"), QStringLiteral("48 kHz"), 0x1100});
+    title.subtitleTracks = QList<SubtitleTrackInfo>(
+        8, {QStringLiteral("deu"), QStringLiteral("Presentation graphics"), QString(), 0x1200});
     for (quint32 i = 0; i < 1500; ++i) {
         title.playlistId = i;
         title.segmentMap = QStringList(100, QStringLiteral("00001"));
@@ -431,9 +437,8 @@ void OpenDiscTest::aDiscOfDecoysFillsTheWindowAtOnce()
     QCOMPARE(tree->topLevelItemCount(), 1500);
     QVERIFY(page.findChild<QTextEdit*>()->toPlainText().startsWith(QStringLiteral("Playlist ID: 1499\n")));
     qInfo("1,500 titles: filled in %lld ms, the last one shown in %lld ms", filledMs, selectedMs);
-    // The goal is 200 ms on an idle machine with an optimized build; sanitizers and a busy one are slower.
-    QVERIFY2(filledMs < 2000, "filling is slow");
-    QVERIFY2(selectedMs < 1000, "selecting is slow");
+    QVERIFY2(filledMs < kLimitMs, "filling is slow");
+    QVERIFY2(selectedMs < kLimitMs, "selecting is slow");
 }
 
 void OpenDiscTest::aCloseRequestDuringAScanSkipsTheQuestion()
