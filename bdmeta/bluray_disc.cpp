@@ -32,7 +32,8 @@ constexpr std::size_t kIdMinimumSize = 60;
 constexpr std::size_t kTitleCountOffset = 28;
 
 // What one disc's navigation files may take in memory. A disc of decoys has some tens of megabytes; a sparse
-// file can claim any size at no cost, so what goes beyond this counts as memory that could not be had.
+// file can claim any size at no cost, so what goes beyond this counts as memory that could not be had. In an image
+// the files together are also held to the image's own size: many names may share one extent.
 constexpr std::uint64_t kMaxNavigationBytes = 256ULL << 20U;
 
 std::string hexText(std::span<const std::uint8_t> bytes)
@@ -128,10 +129,17 @@ public:
 private:
     enum class Step { Opening, Listing, Playlists, Clips };
 
+    [[nodiscard]] std::uint64_t navigationLimit() const
+    {
+        return m_source.mode == discio::BluraySourceMode::Directory
+                   ? kMaxNavigationBytes
+                   : std::min(kMaxNavigationBytes, m_source.image.sizeBytes);
+    }
+
     // A navigation file whole, within what all of them may take.
     bool readFile(const char* path, std::vector<std::uint8_t>& bytes)
     {
-        if (readWholeFile(m_source, path, bytes, kMaxNavigationBytes - m_readBytes) != 0) { return false; }
+        if (readWholeFile(m_source, path, bytes, navigationLimit() - m_readBytes) != 0) { return false; }
         m_readBytes += bytes.size();
         return true;
     }

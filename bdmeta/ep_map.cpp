@@ -104,6 +104,7 @@ void EpMap::parseStreams()
         // The same tables again answer nothing that they did not answer before.
         if (reader.ok() && std::ranges::find(met, header) != met.end()) { continue; }
         met.push_back(header);
+        if (!m_budget->spend(header.coarseCount)) { return; }
         const EpTable table(map, header);
         m_isCutShort = !reader.ok() || !table.isWhole();
         if (!m_isCutShort && table.entryCount() > 0) { addStream(table, indexableEntries); }
@@ -126,7 +127,9 @@ bool findEntryPacket(EpMap& map, std::uint32_t time, bool isStart, std::uint8_t 
     const auto stc = std::ranges::lower_bound(map.m_stcStarts, stcId, {}, &EpMap::StcStart::stcId);
     if (stc == map.m_stcStarts.end() || stc->stcId != stcId) { return false; }
     for (const EpMap::Stream& stream : map.m_streams) {
-        if (!map.m_budget->spend(stream.index ? 1 : stream.table.walkLength())) { return false; }
+        if (!map.m_budget->spend(stream.index ? kIndexLookupCost : stream.table.walkLength())) {
+            return false;
+        }
         const auto found = !stream.index ? walkFor(stream.table, time, isStart, stc->packet)
                            : isStart     ? stream.index->latestUpTo(time, stc->packet)
                                          : stream.index->earliestAfter(time, stc->packet);

@@ -15,6 +15,9 @@
 
 namespace bdmeta {
 
+// What a lookup in an index takes from the budget below; decoding a table takes its coarse entries.
+inline constexpr std::uint64_t kIndexLookupCost = 64;
+
 // What the lookups of a derivation may spend on walks, in entries. Entry points are indexed as far as a file
 // can hold them: each fine entry owned once. What coarse entries own in excess of that, on a disc made to
 // exhaust its reader, is not indexed, since it can be thousands of times the file's size, but walked at each

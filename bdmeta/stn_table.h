@@ -29,8 +29,9 @@ struct ParsedStreamTable {
 [[nodiscard]] std::optional<ParsedStreamTable> parseStreamTable(std::span<const std::uint8_t> bytes);
 
 // Tables may overlap, so a small file can claim any number of streams. No disc comes near this many; a disc
-// that does counts as one that memory cannot be had for (half a gigabyte).
-inline constexpr std::size_t kMaxDiscStreams = 8U << 20U;
+// that does counts as one that memory cannot be had for (a quarter of a
+// gigabyte).
+inline constexpr std::size_t kMaxDiscStreams = 4U << 20U;
 
 // The stream tables of one disc. What a table says depends on its own bytes alone, so one that equals a table
 // met shortly before is shared instead of parsed again.

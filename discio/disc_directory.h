@@ -3,9 +3,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace discio {
@@ -21,7 +21,8 @@ struct DiscEntry {
 
 class DiscDirectory {
 public:
-    // Appends an entry. One that is not findable is listed alone.
+    // Appends an entry. One that is not findable is listed alone. One whose name holds a "/", which separates the
+    // names of a path, is neither.
     void add(DiscEntry entry, bool isFindable = true);
 
     // In the order they were added.
@@ -35,7 +36,8 @@ public:
 
 private:
     std::vector<DiscEntry> m_entries;
-    std::unordered_map<std::string, std::size_t> m_firstByFoldedName;
+    // Ordered, not hashed: the names are the disc's, and could be chosen to hash alike.
+    std::map<std::string, std::size_t> m_firstByFoldedName;
 };
 
 }  // namespace discio

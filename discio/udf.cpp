@@ -87,7 +87,8 @@ VolumeDescriptors readSequence(const DiscImage& image, std::uint64_t start, std:
 {
     VolumeDescriptors found;
     std::vector<std::uint8_t> window(kSequenceWindow);
-    const std::uint64_t end = std::min({start + sizeBytes, image.sizeBytes, kImageOffsetLimit});
+    const std::uint64_t end =
+        std::min({start + std::min(sizeBytes, kUdfSequenceLimit), image.sizeBytes, kImageOffsetLimit});
     for (std::uint64_t position = start; position < end;) {
         const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(end - position, window.size()));
         const std::size_t got = readImage(image, position, std::span(window).first(wanted));

@@ -49,6 +49,10 @@ inline constexpr std::uint32_t kUdfDescriptorAreaLimit = 1U << 20U;  // of one f
 // over each other in the image.
 inline constexpr std::uint64_t kUdfDirectoryLimit = 16U << 20U;
 
+// Deliberate: no more of the volume descriptor sequence is searched. Discs have 16 sectors of it; an anchor can claim
+// two million.
+inline constexpr std::uint64_t kUdfSequenceLimit = 1U << 20U;
+
 // A logical block of a partition: where an ICB or an extent is.
 struct UdfAddress {
     std::uint32_t block = 0;

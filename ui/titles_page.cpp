@@ -21,6 +21,12 @@ constexpr int kIndexRole = Qt::UserRole + 1;
 
 enum class StreamKind { Video, Audio, Subtitle };
 
+// A tool tip cannot be told to be plain text: one that could be taken for markup is escaped as such.
+QString plainToolTip(const QString& text)
+{
+    return Qt::mightBeRichText(text) ? QStringLiteral("<span>%1</span>").arg(text.toHtmlEscaped()) : text;
+}
+
 template <typename Stream>
 void addStreamRows(QTreeWidgetItem* titleRow, const QString& type, StreamKind kind,
                    const QList<Stream>& streams)
@@ -101,8 +107,8 @@ void TitlesPage::showTitles(const DiscScanResult& result)
     }
     for (const BlurayTitleInfo& title : result.blurayTitles) {
         QTreeWidgetItem* row = titleRow(title, rows.size());
-        row->setToolTip(kTypeColumn, title.label);
-        row->setToolTip(kDescriptionColumn, title.label);
+        row->setToolTip(kTypeColumn, plainToolTip(title.label));
+        row->setToolTip(kDescriptionColumn, row->toolTip(kTypeColumn));
         rows.append(row);
     }
     m_tree->addTopLevelItems(rows);

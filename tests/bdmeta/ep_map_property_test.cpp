@@ -144,7 +144,7 @@ TEST(EpMapProperty, LargeMapsWithoutOrder)
             stc.spnStcStart = random.below(65U << 17U);
         }
         const bdmeta::BlurayClip clip = clipOfBytes(spec.build());
-        bdmeta::WalkBudget budget(400);  // none for walks: one for each lookup
+        bdmeta::WalkBudget budget(stream.coarse.size() + 400 * bdmeta::kIndexLookupCost);  // none for walks
         bdmeta::EpMap map(clip, budget);
         for (int i = 0; i < 400; ++i) {
             const std::uint32_t time = random.below(9U << 19U);

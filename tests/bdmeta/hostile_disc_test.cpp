@@ -46,7 +46,7 @@ TEST(HostileDisc, WalksAreCountedAndNotIndexed)
     ClpiSpec spec;
     spec.epStreams = {zigzag(100, 300)};
     const bdmeta::BlurayClip clip = clipOf(spec);
-    bdmeta::WalkBudget budget(2 * (100 + 50 * 300) + 1);
+    bdmeta::WalkBudget budget(100 + 2 * (100 + 50 * 300) + 1);
     bdmeta::EpMap map(clip, budget);
     std::uint32_t packet = 0;
     EXPECT_TRUE(findEntryPacket(map, 0, false, 0, packet));
@@ -91,7 +91,7 @@ TEST(HostileDisc, StreamsOverTheSameTablesCostNothing)
     bdmeta::BlurayClip clip;
     clip.rawData = bytes;
     clip.sourcePacketCount = 5;
-    bdmeta::WalkBudget budget(1);  // one index, asked once
+    bdmeta::WalkBudget budget(2 + bdmeta::kIndexLookupCost);  // one index, asked once
     bdmeta::EpMap map(clip, budget);
     std::uint32_t packet = 0;
     EXPECT_TRUE(findEntryPacket(map, UINT32_MAX, false, 0, packet));

@@ -31,6 +31,7 @@ private Q_SLOTS:
     void theWindowNamesTheDisc();
     void selectingARowShowsItsDetails();
     void aBlurayShowsItsTitlesAndDetails();
+    void aNameThatLooksLikeMarkupIsShownAsItIs();
     void aDiscOfDecoysFillsTheWindowAtOnce();
     void aCloseRequestDuringAScanSkipsTheQuestion();
 };
@@ -404,6 +405,19 @@ void OpenDiscTest::aBlurayShowsItsTitlesAndDetails()
     for (const char* later : {"configurationsAction", "monitorAction"}) {
         QVERIFY(!fixture.isEnabled(later));
     }
+}
+
+void OpenDiscTest::aNameThatLooksLikeMarkupIsShownAsItIs()
+{
+    WindowFixture fixture(QStringLiteral("key"));
+    QVERIFY(fixture.startWithKey());
+    fixture.server.playFor("/api/tessera/bluray/find/", {.body = R"({"Disc ID": 17})"});
+    fixture.openDirectory(testsupport::sampleBluray()
+                              .add("BDMV/PLAYLIST/<b>AB.mpls", testsupport::MplsSpec().build())
+                              .write(DiscForm::Directory, fixture.folder));
+    // A tool tip is the one text that cannot be told to be plain.
+    QCOMPARE(fixture.tree()->topLevelItem(3)->toolTip(0),
+             QStringLiteral("<span>#4 &lt;b&gt;AB (1 angles)</span>"));
 }
 
 void OpenDiscTest::aDiscOfDecoysFillsTheWindowAtOnce()
