@@ -1,9 +1,9 @@
 // The manager's IFO (VIDEO_TS.IFO) and with it the whole disc.
 //
 //     0x00  "DVDVIDEO-VMG"        0x40  provider identifier, 32 bytes
-//     0xC4  sector of the title table (TT_SRPT): u16 titles, u32 end address at 4, then 12 bytes for each
-//     title:
-//           byte 0 bit 6 several or random PGCs, 1 angles, 2-3 chapters, 6 title set, 7 title within it
+//     0xC4  sector of the title table (TT_SRPT): u16 titles, u32 end address at 4, then 12 bytes
+//           for each title: byte 0 bit 6 several or random PGCs, 1 angles, 2-3 chapters, 6 title set,
+//           7 title within it
 #include "dvdmeta/dvd_disc.h"
 
 #include "discio/dvd_source.h"

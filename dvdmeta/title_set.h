@@ -3,11 +3,11 @@
 //
 //     0x000  "DVDVIDEO-VTS"
 //     0x0C4  first sector of the title VOBs
-//     0x0C8  sector of the PTT search table    u16 titles, u32 end address at 4, then a u32 offset for each
-//     title;
-//                                              at the offset 4 bytes for each chapter: u16 PGC, u16 program
-//     0x0CC  sector of the PGC table           u16 PGCs, then 8 bytes each: u32 category, u32 offset of the
-//     PGC
+//     0x0C8  sector of the PTT search table    u16 titles, u32 end address at 4, then a u32 offset
+//                                              for each title; there 4 bytes for each chapter: u16 PGC,
+//                                              u16 program
+//     0x0CC  sector of the PGC table           u16 PGCs, then 8 bytes each: u32 category, u32 offset
+//                                              of the PGC
 //
 // Program chain (PGC), 236 bytes and its tables:
 //

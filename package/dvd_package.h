@@ -8,8 +8,8 @@
 //   "VTS "  varint count; for each title set: u8 number, u16 width, u16 height, u8 video coding mode,
 //           varint audio count, for each: language block (4), u8 coding mode, u8 channels minus one, u8 rate
 //           code; varint subpicture count, for each: language block (4), u8 coding mode
-//   "TITL"  varint count; for each title: u32 number, u32 chapters, u64 duration in ms, u64 angle-1 size in
-//   bytes
+//   "TITL"  varint count; for each title: u32 number, u32 chapters, u64 duration in ms,
+//           u64 angle-1 size in bytes
 //
 // A language block is 01, the two characters, 00; or four zero bytes where either character is zero.
 #pragma once

@@ -1,6 +1,7 @@
 #include "scan/disc_lookup.h"
 
 #include "app/log.h"
+#include "package/encoding.h"
 #include "service/disc_requests.h"
 
 namespace scan {
@@ -60,8 +61,7 @@ void lookUpDisc(DiscScanResult& result, const QString& apiKey, bool addIfMissing
         isDvd ? result.dvdPackage : result.blurayPackage,
         isDvd ? result.dvdPackageSha256 : result.blurayPackageSha256,
     };
-    constexpr qsizetype kSha256Size = 32;
-    if (package.sha256.size() != kSha256Size) {
+    if (package.sha256.size() != package::kSha256Size) {
         setFailure(result, {}, texts.findFailed);
         return;
     }

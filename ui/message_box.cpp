@@ -35,11 +35,6 @@ QMessageBox::StandardButton show(QMessageBox::Icon icon, QWidget* parent, const 
 
 }  // namespace
 
-void information(QWidget* parent, const QString& title, const QString& text)
-{
-    show(QMessageBox::Information, parent, title, text, QMessageBox::Ok, QMessageBox::Ok);
-}
-
 void warning(QWidget* parent, const QString& title, const QString& text)
 {
     show(QMessageBox::Warning, parent, title, text, QMessageBox::Ok, QMessageBox::Ok);
