@@ -4,6 +4,7 @@
 #include "bdmeta/bluray_disc.h"
 #include "dvdmeta/dvd_disc.h"
 #include "scan/bluray_flow.h"
+#include "scan/configuration_refresh.h"
 #include "scan/dvd_flow.h"
 #include "scan/error_result.h"
 #include "service/api_key_store.h"
@@ -106,6 +107,12 @@ DiscScanResult DiscScanner::scan(const QString& path, bool addIfMissing) const
     } catch (const std::bad_alloc&) {
         return ::scan::errorResult(kNoMemory);
     }
+}
+
+DiscScanResult DiscScanner::refreshConfigurations(const DiscScanResult& previous) const
+{
+    const logging::ScopedSwitch loggingSwitch(m_loggingEnabled);
+    return ::scan::refreshConfigurations(previous, m_apiKey);
 }
 
 service::AuthenticationOutcome DiscScanner::authenticate() const

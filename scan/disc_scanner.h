@@ -29,6 +29,10 @@ public:
     // to show, with titles and package where only the service failed.
     [[nodiscard]] DiscScanResult scan(const QString& path, bool addIfMissing) const;
 
+    // The result of an earlier scan with the configurations that the service has now; where that fails, the
+    // earlier ones stay, `ok` is 0 and `errorMessage` says why.
+    [[nodiscard]] DiscScanResult refreshConfigurations(const DiscScanResult& previous) const;
+
     // Asks the service whether it accepts the key.
     [[nodiscard]] service::AuthenticationOutcome authenticate() const;
 

@@ -48,6 +48,19 @@ DiscConfiguration readConfiguration(const JsonValue& value)
     return configuration;
 }
 
+// False when there are more than a reply may hold.
+bool readConfigurations(const JsonValue& array, QList<DiscConfiguration>& configurations)
+{
+    qsizetype entries = 0;
+    for (const JsonValue& element : array.elements()) {
+        if (!element.isObject()) { continue; }
+        configurations.append(readConfiguration(element));
+        entries += 1 + configurations.last().paths.size() + configurations.last().titles.size();
+        if (entries > kMaximumEntries) { return false; }
+    }
+    return true;
+}
+
 std::optional<ConfigurationReply> readReply(const QByteArray& text)
 {
     const std::optional<JsonDocument> document = JsonDocument::parse(text);
@@ -59,9 +72,7 @@ std::optional<ConfigurationReply> readReply(const QByteArray& text)
     if (!id) { return std::nullopt; }
 
     ConfigurationReply reply{.isFound = true, .discId = *id, .configurations = {}};
-    for (const JsonValue& element : root.member("Configurations").elements()) {
-        if (element.isObject()) { reply.configurations.append(readConfiguration(element)); }
-    }
+    if (!readConfigurations(root.member("Configurations"), reply.configurations)) { return std::nullopt; }
     return reply;
 }
 
@@ -74,6 +85,16 @@ std::optional<ConfigurationReply> parseConfigurationReply(const QByteArray& text
     } catch (const std::bad_alloc&) {
         return std::nullopt;
     }
+}
+
+std::optional<QList<DiscConfiguration>> parseConfigurationArray(const QByteArray& text)
+{
+    const std::optional<JsonDocument> document = JsonDocument::parse(text);
+    QList<DiscConfiguration> configurations;
+    if (!document || !document->root().isArray() || !readConfigurations(document->root(), configurations)) {
+        return std::nullopt;
+    }
+    return configurations;
 }
 
 }  // namespace service

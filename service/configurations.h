@@ -44,11 +44,19 @@ struct ConfigurationReply {
     QList<DiscConfiguration> configurations;
 };
 
-// Reads a find reply. Empty when the text is no JSON object or its "Disc ID" is neither absent, null nor an
-// integer (a JSON number without fraction within +-(2^53 - 1), or a decimal text). What is odd inside a
+// The most configurations, titles and paths that a reply may hold, all counted together: far more than anybody
+// would describe, and few enough to be kept and shown.
+inline constexpr qsizetype kMaximumEntries = 250'000;
+
+// Reads a find reply. Empty when the text is no JSON object, its "Disc ID" is neither absent, null nor an
+// integer (a JSON number without fraction within +-(2^53 - 1), or a decimal text), or it holds too many entries. What is odd inside a
 // configuration is passed over piece by piece: a missing field is empty or 0, a number outside 32 bits is
 // clamped and a fraction cut, a path that is no text keeps its place as an empty text, titles and
 // configurations that are no objects are skipped.
 [[nodiscard]] std::optional<ConfigurationReply> parseConfigurationReply(const QByteArray& text);
+
+// The same for a reply that is the array of configurations alone. Empty when the text is no JSON array or holds
+// too many entries. Throws std::bad_alloc.
+[[nodiscard]] std::optional<QList<DiscConfiguration>> parseConfigurationArray(const QByteArray& text);
 
 }  // namespace service

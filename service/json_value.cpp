@@ -49,6 +49,11 @@ bool JsonValue::isObject() const
     return cJSON_IsObject(m_node) != 0;
 }
 
+bool JsonValue::isArray() const
+{
+    return cJSON_IsArray(m_node) != 0;
+}
+
 bool JsonValue::isString() const
 {
     return cJSON_IsString(m_node) != 0;

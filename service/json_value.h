@@ -27,6 +27,7 @@ public:
     {}
 
     [[nodiscard]] bool isObject() const;
+    [[nodiscard]] bool isArray() const;
     [[nodiscard]] bool isString() const;
     [[nodiscard]] bool isAbsentOrNull() const;
 

@@ -134,3 +134,28 @@ TEST(Configurations, EveryPrefixOfAReplyIsRefused)
         EXPECT_FALSE(parseConfigurationReply(text.first(length))) << length;
     }
 }
+
+TEST(Configurations, AReplyOfTooManyEntriesIsRefused)
+{
+    const auto arrayOf = [](qsizetype count) {
+        QByteArray array = "[{}";
+        for (qsizetype i = 1; i < count; ++i) {
+            array += ",{}";
+        }
+        return array + "]";
+    };
+    const auto most = service::parseConfigurationArray(arrayOf(service::kMaximumEntries));
+    ASSERT_TRUE(most);
+    EXPECT_EQ(most->size(), service::kMaximumEntries);
+    EXPECT_FALSE(service::parseConfigurationArray(arrayOf(service::kMaximumEntries + 1)));
+    EXPECT_FALSE(parseConfigurations(arrayOf(service::kMaximumEntries + 1)));
+    for (const char* const member : {"titles", "paths"}) {
+        const auto replyOf = [&](qsizetype count) {
+            return QByteArray(R"([{"Data": "{\"%1\": %2}"}])")
+                .replace("%1", member)
+                .replace("%2", arrayOf(count));
+        };
+        EXPECT_TRUE(service::parseConfigurationArray(replyOf(service::kMaximumEntries - 1))) << member;
+        EXPECT_FALSE(service::parseConfigurationArray(replyOf(service::kMaximumEntries))) << member;
+    }
+}

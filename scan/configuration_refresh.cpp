@@ -1,0 +1,68 @@
+#include "scan/configuration_refresh.h"
+
+#include "app/log.h"
+#include "service/api_key_store.h"
+#include "service/configuration_request.h"
+
+#include <new>
+#include <utility>
+
+namespace scan {
+
+namespace {
+
+constexpr char kNotAdded[] = QT_TRANSLATE_NOOP("Messages", "This disc has not been added to Tessera.");
+constexpr char kUnsupportedType[] =
+    QT_TRANSLATE_NOOP("Messages", "The disc type is not supported by Tessera.");
+constexpr char kFailed[] = QT_TRANSLATE_NOOP("Messages", "Unable to refresh Tessera configurations.");
+
+service::ConfigurationsOutcome requestConfigurations(const DiscScanResult& disc, const QString& apiKey)
+{
+    const auto failure = [](const char* text) {
+        return service::ConfigurationsOutcome{
+            .ok = false, .configurations = {}, .errorText = QString::fromUtf8(text)};
+    };
+    if (!service::isConfiguredKey(apiKey)) { return failure(service::kApiKeyNotConfigured); }
+    if (!disc.inDatabase || disc.discId == 0) { return failure(kNotAdded); }
+    switch (disc.discType) {
+    case DiscType::Dvd:
+        return service::getConfigurations(service::DiscKind::Dvd, disc.discId, apiKey);
+    case DiscType::Bluray:
+        return service::getConfigurations(service::DiscKind::Bluray, disc.discId, apiKey);
+    case DiscType::None:
+        break;
+    }
+    return failure(kUnsupportedType);
+}
+
+DiscScanResult failedRefresh(const DiscScanResult& previous, const QString& text)
+{
+    DiscScanResult result = previous;
+    result.ok = 0;
+    result.errorMessage = text.isEmpty() ? QString::fromUtf8(kFailed) : text;
+    logging::log(logging::kTessera, logging::kError, result.errorMessage);
+    return result;
+}
+
+}  // namespace
+
+DiscScanResult refreshConfigurations(const DiscScanResult& previous, const QString& apiKey)
+{
+    logging::log(logging::kTessera, logging::kInfo, QStringLiteral("configuration refresh started"));
+    try {
+        service::ConfigurationsOutcome outcome = requestConfigurations(previous, apiKey);
+        if (!outcome.ok) { return failedRefresh(previous, outcome.errorText); }
+        DiscScanResult result = previous;
+        result.ok = 1;
+        result.errorMessage.clear();  // a note that came with an earlier reply is not said again
+        result.configurations = std::move(outcome.configurations);
+        logging::log(logging::kTessera, logging::kInfo,
+                     QStringLiteral("configuration refresh finished: %1 configuration(s)")
+                         .arg(result.configurations.size()));
+        return result;
+    } catch (const std::bad_alloc&) {  // a reply too large to log
+        return failedRefresh(previous, {});
+    }
+}
+
+}  // namespace scan

@@ -1,0 +1,48 @@
+#include "service/configuration_request.h"
+
+#include "service/http_client.h"
+
+#include <new>
+#include <utility>
+
+namespace service {
+
+namespace {
+
+constexpr char kInvalidResponse[] =
+    QT_TRANSLATE_NOOP("Messages", "Tessera returned an invalid configurations response.");
+
+constexpr char kDvdPath[] = "/api/tessera/dvd/configurations/get/?discId=%1";
+constexpr char kBlurayPath[] = "/api/tessera/bluray/configurations/get/?discId=%1";
+
+ConfigurationsOutcome failure(const QString& errorText)
+{
+    return {.ok = false, .configurations = {}, .errorText = errorText};
+}
+
+ConfigurationsOutcome requestConfigurations(DiscKind kind, qint64 discId, const QString& apiKey)
+{
+    if (apiKey.isEmpty()) { return failure(QString::fromLatin1(kMissingRequestData)); }
+    const HttpLibrary library;
+    HttpRequest request;
+    request.path = QString::fromLatin1(kind == DiscKind::Bluray ? kBlurayPath : kDvdPath).arg(discId);
+    request.headers = {apiKeyHeader(apiKey)};
+    const HttpOutcome reply = perform(request);
+    if (!reply.ok) { return failure(reply.errorText); }
+    std::optional<QList<DiscConfiguration>> configurations = parseConfigurationArray(reply.body);
+    if (!configurations) { return failure(QString::fromLatin1(kInvalidResponse)); }
+    return {.ok = true, .configurations = *std::move(configurations), .errorText = {}};
+}
+
+}  // namespace
+
+ConfigurationsOutcome getConfigurations(DiscKind kind, qint64 discId, const QString& apiKey)
+{
+    try {
+        return requestConfigurations(kind, discId, apiKey);
+    } catch (const std::bad_alloc&) {
+        return {};
+    }
+}
+
+}  // namespace service
