@@ -16,8 +16,8 @@ namespace {
 constexpr char kHelp[] =
     R"(Usage: tessera_local --database FILE (--key KEY=USER | --keys-file FILE)... [options]
 
-A Tessera service of your own: it keeps the title packages of discs, and tells those who ask
-whether a disc is known.
+A Tessera service of your own: it keeps the title packages of discs and what people write about their titles,
+and tells those who ask whether a disc is known.
 
   --database FILE      the SQLite file to keep everything in; made for its owner alone when absent
   --key KEY=USER       lets USER in with KEY; may be repeated. Other users of this computer can see the
@@ -35,8 +35,13 @@ KEY ends at the last "=", and holds printable ASCII characters except blank and 
 Each request is one line on standard error: method, path and status. SIGINT and SIGTERM end the service.
 Exit status: 0 ended by a signal, 1 the database or the port cannot be used, 2 wrong arguments.
 
-The wire. Every request carries the header "apiKey: KEY". Success is status 200; any other status comes with a
-text for people. One request per connection.
+The web pages, for a browser. They need no key: whoever reaches the service may use them. They answer to IP
+addresses, to localhost and to the name given with --host.
+  /tessera/bluray/new/?uid=N       /tessera/dvd/new/?uid=N
+       the form that adds a configuration to disc N; "local" with UID 1 counts as the one who added it
+
+The wire. Each of its requests carries the header "apiKey: KEY". Success is status 200; any other status
+comes with a text for people. One request per connection.
   POST /api/tessera/user/
        gives {"UID": number, "Username": text, "LatestVersion": text (only when it was given above)}
   POST /api/tessera/bluray/find/   POST /api/tessera/dvd/find/

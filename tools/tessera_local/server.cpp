@@ -1,14 +1,15 @@
 #include "tools/tessera_local/server.h"
 
 #include "tools/tessera_local/client_connection.h"
+#include "tools/tessera_local/configuration_page.h"
 #include "tools/tessera_local/replies.h"
+#include "tools/tessera_local/whole_number.h"
 
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cstdio>
 #include <optional>
 #include <span>
@@ -46,10 +47,16 @@ std::string basePath(DiscKind kind)
     return std::string("/api/tessera/") + kindName(kind);
 }
 
-// The one method of a path of the wire; nothing for any other path.
-std::optional<std::string> methodOf(const std::string& path)
+bool isPage(const std::string& path)
+{
+    return path == formPath(DiscKind::Dvd) || path == formPath(DiscKind::Bluray);
+}
+
+// The methods of a path, as the header Allow lists them; nothing for a path where nothing is.
+std::optional<std::string> methodsOf(const std::string& path)
 {
     if (path == kUserPath) { return "POST"; }
+    if (isPage(path)) { return "GET, POST"; }
     for (const DiscKind kind : {DiscKind::Dvd, DiscKind::Bluray}) {
         if (path == basePath(kind) + "/find/" || path == basePath(kind) + "/add/") { return "POST"; }
         if (path == basePath(kind) + "/configurations/get/") { return "GET"; }
@@ -60,16 +67,6 @@ std::optional<std::string> methodOf(const std::string& path)
 std::span<const std::uint8_t> bytesOf(const std::string& text)
 {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
-}
-
-// The whole of `text` as a number, else nothing.
-template <typename Number>
-std::optional<Number> wholeNumber(const std::string& text)
-{
-    Number number = 0;
-    const char* end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, number);
-    return result.ec == std::errc() && result.ptr == end ? std::optional(number) : std::nullopt;
 }
 
 // Equal in a time that does not tell how much of the key was right.
@@ -138,6 +135,7 @@ Server::~Server()
 
 int Server::bind(const std::string& host, int port)
 {
+    m_host = host;
     const int bound = port == 0 ? bind_to_any_port(host) : bind_to_port(host, port) ? port : -1;
     // The library lets five clients queue; a sixth would be kept waiting for a whole second.
     if (bound > 0) { ::listen(svr_sock_, kBacklog); }
@@ -188,18 +186,18 @@ const User* Server::userOf(const httplib::Request& request) const
 // Judges path, method and key, before anything of a body is read.
 bool Server::isRefused(const httplib::Request& request, httplib::Response& response) const
 {
-    const std::optional<std::string> method = methodOf(request.path);
-    if (!method) {
+    const std::optional<std::string> methods = methodsOf(request.path);
+    if (!methods) {
         refuse(response, 404, "There is nothing at this address.");
-    } else if (*method != request.method) {
-        response.set_header("Allow", *method);
-        refuse(response, 405, "This address takes " + *method + " requests only.");
+    } else if (methods->find(request.method) == std::string::npos) {  // the library knows all methods by name
+        response.set_header("Allow", *methods);
+        refuse(response, 405, "This address takes " + *methods + " requests only.");
+    } else if (isPage(request.path) || userOf(request) != nullptr) {
+        return false;  // a page is judged by rules of its own: a browser has no key
     } else if (request.get_header_value("apiKey").empty()) {
         refuse(response, 401, "An API key is needed.");
-    } else if (userOf(request) == nullptr) {
-        refuse(response, 403, "This API key is not known.");
     } else {
-        return false;
+        refuse(response, 403, "This API key is not known.");
     }
     return true;
 }
@@ -271,6 +269,7 @@ void Server::addRoutes()
     });
     for (const DiscKind kind : {DiscKind::Dvd, DiscKind::Bluray}) {
         addPackageRoutes(kind, basePath(kind));
+        addPageRoutes(kind);
         Get(basePath(kind) + "/configurations/get/",
             [this, kind](const Request& request, Response& response) {
                 answerConfigurations(kind, request, response);

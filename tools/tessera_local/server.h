@@ -2,6 +2,7 @@
 // The wire itself is told by helpText() of options.h.
 #pragma once
 
+#include "tools/tessera_local/configuration_form.h"
 #include "tools/tessera_local/options.h"
 #include "tools/tessera_local/package_upload.h"
 #include "tools/tessera_local/store.h"
@@ -10,6 +11,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,7 +32,8 @@ public:
     Server(Store& store, std::vector<User> users, std::string latestVersion, const Limits& limits = {});
     ~Server() override;
 
-    // Takes the port, or any free one for 0, and gives its number; -1 when that is impossible.
+    // Takes the port, or any free one for 0, and gives its number; -1 when that is impossible. The web pages
+    // answer to the name `host`, to "localhost" and to IP addresses.
     int bind(const std::string& host, int port);
 
     // Serves until stop() is called (true) or listening fails (false). Needs a successful bind().
@@ -56,10 +59,21 @@ private:
     void addPackageRoutes(DiscKind kind, const std::string& base);
     void addHandlers();
 
+    // The web pages; in page_routes.cpp.
+    std::optional<std::int64_t> discOfPage(DiscKind kind, const httplib::Request& request,
+                                           httplib::Response& response);
+    void showForm(DiscKind kind, const httplib::Request& request, httplib::Response& response);
+    void takeForm(DiscKind kind, const httplib::Request& request, httplib::Response& response,
+                  const httplib::ContentReader& reader);
+    void saveForm(const ConfigurationForm& form, DiscKind kind, std::int64_t discId,
+                  httplib::Response& response);
+    void addPageRoutes(DiscKind kind);
+
     Store& m_store;
     std::vector<User> m_users;
     std::string m_latestVersion;
     Limits m_limits;
+    std::string m_host;    // that bind() was given
     int m_stopDescriptor;  // readable once stop() was called
 };
 

@@ -32,6 +32,9 @@ struct Configuration {
     std::string data;
 };
 
+// How much text the configurations of one disc may hold together: a find reply carries them all.
+inline constexpr std::int64_t kMaximumConfigurationCharacters = std::int64_t{4} << 20;
+
 // The database cannot be opened, read or written; what() says why, for people.
 class StoreError : public std::runtime_error {
 public:
@@ -56,6 +59,10 @@ public:
 
     // The disc's configurations in the order they were added.
     std::vector<Configuration> configurations(std::int64_t discId);
+
+    // Adds a configuration of a known disc and gives its uid (that of `configuration` is not looked at);
+    // nothing when the disc's would hold more than kMaximumConfigurationCharacters.
+    std::optional<std::int64_t> addConfiguration(const Configuration& configuration);
 
 private:
     struct Close {
