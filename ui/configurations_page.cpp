@@ -1,97 +1,43 @@
 #include "ui/configurations_page.h"
 
-#include "ui/disabled_button.h"
-
-#include <QHBoxLayout>
-#include <QHeaderView>
-#include <QLabel>
-#include <QPushButton>
-#include <QSplitter>
-#include <QTextEdit>
-#include <QTreeWidget>
-#include <QVBoxLayout>
+#include "ui/configuration_detail_page.h"
+#include "ui/configuration_list_page.h"
 
 ConfigurationsPage::ConfigurationsPage(QWidget* parent)
     : QStackedWidget(parent)
+    , m_listPage(new ConfigurationListPage)
+    , m_detailPage(new ConfigurationDetailPage)
 {
     setObjectName(QStringLiteral("configurationsPage"));
-    addWidget(createListPage());
-    addWidget(createDetailPage());
+    addWidget(m_listPage);
+    addWidget(m_detailPage);
+    connect(m_listPage, &ConfigurationListPage::refreshRequested, this,
+            &ConfigurationsPage::refreshRequested);
+    connect(m_listPage, &ConfigurationListPage::viewRequested, this, &ConfigurationsPage::showConfiguration);
+    connect(m_detailPage, &ConfigurationDetailPage::listRequested, this, &ConfigurationsPage::showList);
 }
 
-QWidget* ConfigurationsPage::createListPage()
+void ConfigurationsPage::showDisc(const DiscScanResult& disc)
 {
-    auto* page = new QWidget;
-    page->setObjectName(QStringLiteral("configurationListPage"));
-
-    auto* discLabel = new QLabel;
-    discLabel->setObjectName(QStringLiteral("configurationDiscLabel"));
-    discLabel->setTextFormat(Qt::PlainText);
-    auto* linkLabel = new QLabel;
-    linkLabel->setObjectName(QStringLiteral("newConfigurationLink"));
-    linkLabel->setAccessibleName(tr("New Configuration"));
-    linkLabel->setTextFormat(Qt::RichText);
-    linkLabel->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::LinksAccessibleByMouse |
-                                       Qt::LinksAccessibleByKeyboard);
-    linkLabel->setOpenExternalLinks(true);
-    auto* viewButton = disabledButton(tr("View"), QStringLiteral("viewConfigurationButton"));
-    viewButton->setToolTip(tr("View the selected configuration"));
-    auto* refreshButton = disabledButton(tr("Refresh"), QStringLiteral("refreshConfigurationsButton"));
-    refreshButton->setToolTip(tr("Reload configurations from Tessera after updating them on the website"));
-
-    auto* list = new QTreeWidget;
-    list->setObjectName(QStringLiteral("configurationList"));
-    list->setAccessibleName(tr("Configurations of the disc"));
-    list->setHeaderLabels({tr("Name"), tr("Language"), tr("Added By")});
-    list->setRootIsDecorated(false);
-    list->setSortingEnabled(true);
-    list->header()->setStretchLastSection(false);
-    list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
-    list->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
-    list->header()->setSectionResizeMode(2, QHeaderView::ResizeToContents);
-
-    auto* top = new QHBoxLayout;
-    top->addWidget(discLabel);
-    top->addWidget(linkLabel, 1);
-    top->addWidget(viewButton);
-    top->addWidget(refreshButton);
-    auto* layout = new QVBoxLayout(page);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addLayout(top);
-    layout->addWidget(list);
-    return page;
+    m_disc = disc;
+    m_listPage->showDisc(disc);
+    setCurrentWidget(m_listPage);
 }
 
-QWidget* ConfigurationsPage::createDetailPage()
+void ConfigurationsPage::setRefreshEnabled(bool enabled)
 {
-    auto* page = new QWidget;
-    page->setObjectName(QStringLiteral("configurationDetailPage"));
+    m_listPage->setRefreshEnabled(enabled);
+}
 
-    auto* tree = new QTreeWidget;
-    tree->setObjectName(QStringLiteral("configurationTree"));
-    tree->setAccessibleName(tr("Titles of the configuration"));
-    tree->setHeaderLabels({tr("File"), tr("Title Number")});
-    tree->setRootIsDecorated(true);
-    tree->header()->setStretchLastSection(false);
-    tree->header()->setSectionResizeMode(0, QHeaderView::Stretch);
-    tree->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
-    auto* details = new QTextEdit;
-    details->setObjectName(QStringLiteral("configurationDetails"));
-    details->setAccessibleName(tr("Details of the selected title"));
-    details->setReadOnly(true);
-    details->setTabChangesFocus(true);
+void ConfigurationsPage::showList()
+{
+    setCurrentWidget(m_listPage);
+    m_listPage->setFocus();
+}
 
-    auto* splitter = new QSplitter(Qt::Horizontal);
-    splitter->setObjectName(QStringLiteral("configurationSplitter"));
-    splitter->addWidget(tree);
-    splitter->addWidget(details);
-    splitter->setChildrenCollapsible(false);
-    splitter->setStretchFactor(0, 1);
-    splitter->setStretchFactor(1, 2);
-
-    auto* layout = new QVBoxLayout(page);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(disabledButton(tr("Configuration List"), QStringLiteral("configurationListButton")));
-    layout->addWidget(splitter);
-    return page;
+void ConfigurationsPage::showConfiguration(qsizetype index)
+{
+    if (index < 0 || index >= m_disc.configurations.size()) { return; }
+    setCurrentWidget(m_detailPage);
+    m_detailPage->showConfiguration(m_disc, index);
 }

@@ -1,8 +1,12 @@
-// The configurations that users have contributed for the open disc: a list, and a detail page for one of
-// them. The page stands with its texts; nothing fills it yet, so its controls are disabled.
+// The configurations that users have contributed for the open disc: their list, and a page for one of them.
 #pragma once
 
+#include "scan/disc_scan_result.h"
+
 #include <QStackedWidget>
+
+class ConfigurationDetailPage;
+class ConfigurationListPage;
 
 class ConfigurationsPage : public QStackedWidget {
     Q_OBJECT
@@ -10,7 +14,19 @@ class ConfigurationsPage : public QStackedWidget {
 public:
     explicit ConfigurationsPage(QWidget* parent = nullptr);
 
+    // Shows the list of the disc's configurations: another disc's, or the same one's after a refresh.
+    void showDisc(const DiscScanResult& disc);
+
+    void setRefreshEnabled(bool enabled);
+
+Q_SIGNALS:
+    void refreshRequested();
+
 private:
-    QWidget* createListPage();
-    QWidget* createDetailPage();
+    void showList();
+    void showConfiguration(qsizetype index);
+
+    DiscScanResult m_disc;
+    ConfigurationListPage* m_listPage;
+    ConfigurationDetailPage* m_detailPage;
 };

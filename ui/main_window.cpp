@@ -65,8 +65,7 @@ void MainWindow::createMenus()
 
     QMenu* view = menuBar()->addMenu(tr("View"));
     m_titlesAction = menuAction(view, tr("Titles"), QStringLiteral("titlesAction"));
-    m_configurationsAction =
-        laterMenuAction(view, tr("Configurations"), QStringLiteral("configurationsAction"));
+    m_configurationsAction = menuAction(view, tr("Configurations"), QStringLiteral("configurationsAction"));
     m_monitorAction = laterMenuAction(view, tr("Blu-ray Access Monitor"), QStringLiteral("monitorAction"));
     for (QAction* action : {m_titlesAction, m_configurationsAction, m_monitorAction}) {
         action->setCheckable(true);
@@ -74,14 +73,18 @@ void MainWindow::createMenus()
 
     QMenu* help = menuBar()->addMenu(tr("Help"));
     QAction* key = menuAction(help, tr("API Key"), QStringLiteral("apiKeyAction"));
-    laterMenuAction(help, tr("Configuration Library"), QStringLiteral("configurationLibraryAction"));
-    laterMenuAction(help, tr("About"), QStringLiteral("aboutAction"));
+    QAction* library =
+        menuAction(help, tr("Configuration Library"), QStringLiteral("configurationLibraryAction"));
+    QAction* about = menuAction(help, tr("About"), QStringLiteral("aboutAction"));
 
     connect(m_openIsoAction, &QAction::triggered, this, &MainWindow::openDiscIso);
     connect(m_openDirectoryAction, &QAction::triggered, this, &MainWindow::openDiscDirectory);
     connect(quit, &QAction::triggered, this, &MainWindow::quitApplication);
     connect(m_titlesAction, &QAction::triggered, this, &MainWindow::showTitlesView);
+    connect(m_configurationsAction, &QAction::triggered, this, &MainWindow::showConfigurationsView);
     connect(key, &QAction::triggered, this, &MainWindow::showApiKeyDialogSlot);
+    connect(library, &QAction::triggered, this, &MainWindow::showConfigurationLibraryDialog);
+    connect(about, &QAction::triggered, this, &MainWindow::showAboutDialog);
 }
 
 void MainWindow::createPages()
@@ -98,6 +101,8 @@ void MainWindow::createPages()
     m_pages->addWidget(m_monitorPage);
     setCentralWidget(m_pages);
     connect(m_placeholderPage, &PlaceholderPage::keyDialogRequested, this, &MainWindow::showApiKeyDialogSlot);
+    connect(m_configurationsPage, &ConfigurationsPage::refreshRequested, this,
+            &MainWindow::refreshConfigurations);
 }
 
 void MainWindow::applyEnableRule()
@@ -106,6 +111,8 @@ void MainWindow::applyEnableRule()
     m_openIsoAction->setEnabled(key);
     m_openDirectoryAction->setEnabled(key);
     m_titlesAction->setEnabled(key && m_discLoaded);
+    m_configurationsAction->setEnabled(key && m_discLoaded);
+    m_configurationsPage->setRefreshEnabled(key && m_discLoaded && m_result.ok != 0 && m_result.inDatabase);
     m_placeholderPage->setHasKey(key);
     showPage(m_page);
 }
@@ -136,6 +143,11 @@ void MainWindow::showPage(Page page)
 void MainWindow::showTitlesView()
 {
     showPage(Page::Titles);
+}
+
+void MainWindow::showConfigurationsView()
+{
+    showPage(Page::Configurations);
 }
 
 void MainWindow::quitApplication()

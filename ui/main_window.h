@@ -33,12 +33,21 @@ public:
     // not, the key that was in force before comes back and a box says why. Whether the key was accepted.
     bool authenticateAndSaveApiKey(const QString& key);
 
+    // Makes the result of scanning `path` the current one and shows it: title, pages, and a box with its error or
+    // its message.
+    void populate(const QString& path, const DiscScanResult& result);
+
 public Q_SLOTS:
     void openDiscIso();
     void openDiscDirectory();
     void quitApplication();
     void showTitlesView();
+    void showConfigurationsView();
     void showApiKeyDialogSlot();
+    void showConfigurationLibraryDialog();
+    void openConfigurationLibraryDocumentation();
+    void showAboutDialog();
+    void refreshConfigurations();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -60,11 +69,15 @@ private:
     void loadStoredKey();
     void startUp();
     void setKey(const QString& key, bool accepted);
+    void showUpdateNotice(const QString& latestVersion);
 
     // main_window_disc.cpp
     void openDisc(const QString& path);
-    void populate(const QString& path, const DiscScanResult& result);
+    void showServiceMessage(const DiscScanResult& result);
     [[nodiscard]] DiscScanResult scanDiscWithProgress(const QString& path, bool addIfMissing);
+
+    // main_window_configurations.cpp
+    [[nodiscard]] DiscScanResult reloadConfigurationsWithProgress(const DiscScanResult& current);
 
     // Runs `work` on a worker thread behind the busy dialog and returns what it returned. `work` must own all
     // it needs and must not throw.

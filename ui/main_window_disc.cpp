@@ -1,5 +1,6 @@
 // Opening a disc, by menu, by drop or at start, and showing what the scan found.
 #include "app/identity.h"
+#include "ui/configurations_page.h"
 #include "ui/main_window.h"
 #include "ui/message_box.h"
 #include "ui/titles_page.h"
@@ -111,15 +112,21 @@ void MainWindow::populate(const QString& path, const DiscScanResult& result)
         name.replace(QLatin1StringView("[*]"), QLatin1StringView("[*][*]"));
         setWindowTitle(QStringLiteral("%1 - %2").arg(QString::fromUtf8(identity::kName), name));
     }
-    if (!m_closeRequested && !result.errorMessage.isEmpty()) {
-        if (result.ok == 0) {
-            messagebox::critical(this, tr("Tessera Error"), messagebox::translated(result.errorMessage));
-        } else {
-            messagebox::warning(this, tr("Tessera Message"), messagebox::translated(result.errorMessage));
-        }
-    }
+    m_configurationsPage->showDisc(result);
+    showServiceMessage(result);
     m_titlesPage->showTitles(result);
     showPage(m_discLoaded ? Page::Titles : Page::Placeholder);
+}
+
+void MainWindow::showServiceMessage(const DiscScanResult& result)
+{
+    if (m_closeRequested || result.errorMessage.isEmpty()) { return; }
+    const QString message = messagebox::translated(result.errorMessage);
+    if (result.ok == 0) {
+        messagebox::critical(this, tr("Tessera Error"), message);
+    } else {
+        messagebox::warning(this, tr("Tessera Message"), message);
+    }
 }
 
 DiscScanResult MainWindow::scanDiscWithProgress(const QString& path, bool addIfMissing)

@@ -1,4 +1,5 @@
 // The window's dealings with the API key: what happens at start, the key dialog, checking and storing.
+#include "app/identity.h"
 #include "service/api_key_store.h"
 #include "service/authentication.h"
 #include "service/service_address.h"
@@ -7,6 +8,24 @@
 
 #include <QInputDialog>
 #include <QLineEdit>
+#include <QVersionNumber>
+
+#include <algorithm>
+
+namespace {
+
+// Whether `candidate` is a version number, digits and dots and nothing else, and a higher one than `current`. Zeros
+// at the end do not count.
+bool isNewerVersion(const QString& candidate, const QString& current)
+{
+    const auto isPart = [](QChar c) { return c == QLatin1Char('.') || (c >= u'0' && c <= u'9'); };
+    qsizetype end = 0;
+    const QVersionNumber version = QVersionNumber::fromString(candidate, &end);
+    return std::all_of(candidate.begin(), candidate.end(), isPart) && end == candidate.size() &&
+           version.normalized() > QVersionNumber::fromString(current).normalized();
+}
+
+}  // namespace
 
 void MainWindow::loadStoredKey()
 {
@@ -73,6 +92,7 @@ bool MainWindow::authenticateAndSaveApiKey(const QString& key)
         messagebox::critical(this, failureTitle, messagebox::translated(outcome.errorText));
         return false;
     }
+    showUpdateNotice(outcome.user.latestVersion);
     QString saveError;
     if (!service::saveApiKey(newKey, &saveError)) {
         setKey(formerKey, wasAccepted);
@@ -81,6 +101,16 @@ bool MainWindow::authenticateAndSaveApiKey(const QString& key)
     }
     setKey(newKey, true);
     return true;
+}
+
+void MainWindow::showUpdateNotice(const QString& latestVersion)
+{
+    const QString running = QString::fromUtf8(identity::kVersion);
+    if (m_closeRequested || !isNewerVersion(latestVersion, running)) { return; }
+    messagebox::information(this, tr("Platterscope Update Available"),
+                            tr("A new version of Platterscope is available for download.\n\nCurrent version: "
+                               "%1\nAvailable version: %2")
+                                .arg(running, latestVersion));
 }
 
 void MainWindow::setKey(const QString& key, bool accepted)

@@ -1,25 +1,13 @@
 #include "ui/message_box.h"
 
+#include "ui/plain_text.h"
+
 #include <QCoreApplication>
 #include <QMessageBox>
 
 namespace messagebox {
 
 namespace {
-
-QString bounded(const QString& text)
-{
-    qsizetype end = qMin(text.size(), kTextLimit);
-    qsizetype lineEnd = -1;
-    for (qsizetype line = 0; line < kLineLimit; ++line) {
-        lineEnd = text.indexOf(QLatin1Char('\n'), lineEnd + 1);
-        if (lineEnd < 0 || lineEnd >= end) { break; }
-    }
-    if (lineEnd >= 0) { end = qMin(end, lineEnd); }
-    if (end == text.size()) { return text; }
-    if (end > 0 && text.at(end - 1).isHighSurrogate()) { --end; }
-    return text.first(end) + QChar(0x2026);
-}
 
 QMessageBox::StandardButton show(QMessageBox::Icon icon, QWidget* parent, const QString& title,
                                  const QString& text, QMessageBox::StandardButtons buttons,
@@ -28,12 +16,17 @@ QMessageBox::StandardButton show(QMessageBox::Icon icon, QWidget* parent, const 
     QMessageBox box(icon, title, QString(), buttons, parent);
     box.setObjectName(QStringLiteral("messageBox"));
     box.setTextFormat(Qt::PlainText);
-    box.setText(bounded(text));
+    box.setText(plaintext::bounded(text, kTextLimit, kLineLimit));
     box.setDefaultButton(defaultButton);
     return static_cast<QMessageBox::StandardButton>(box.exec());
 }
 
 }  // namespace
+
+void information(QWidget* parent, const QString& title, const QString& text)
+{
+    show(QMessageBox::Information, parent, title, text, QMessageBox::Ok, QMessageBox::Ok);
+}
 
 void warning(QWidget* parent, const QString& title, const QString& text)
 {

@@ -13,6 +13,7 @@ namespace messagebox {
 inline constexpr qsizetype kTextLimit = 2000;
 inline constexpr qsizetype kLineLimit = 40;
 
+void information(QWidget* parent, const QString& title, const QString& text);
 void warning(QWidget* parent, const QString& title, const QString& text);
 void critical(QWidget* parent, const QString& title, const QString& text);
 

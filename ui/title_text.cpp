@@ -83,13 +83,16 @@ QString summary(const SubtitleTrackInfo& stream)
         {orUnknown(languageName(stream.language)), orUnknown(stream.format), stream.characterEncoding});
 }
 
-QString details(const DvdTitleInfo& title)
+namespace {
+
+// What both views say of a title, but for the lines they word differently.
+
+QString facts(const DvdTitleInfo& title)
 {
     const QString sizeLine = title.isSizeEstimated
                                  ? Texts::tr("Playback size (angle 1, estimated): %1 bytes\n")
                                  : Texts::tr("Playback size (angle 1): %1 bytes\n");
-    return Texts::tr("Title number: %1\n").arg(title.titleNumber) +
-           Texts::tr("Resolution: %1x%2\n").arg(title.videoWidth).arg(title.videoHeight) +
+    return Texts::tr("Resolution: %1x%2\n").arg(title.videoWidth).arg(title.videoHeight) +
            Texts::tr("Video codec: %1\n").arg(orUnknown(title.videoCodec)) +
            Texts::tr("Duration: %1\n").arg(duration(title.durationMs)) +
            sizeLine.arg(title.playbackSizeBytes) + Texts::tr("Chapters: %1\n").arg(title.chapterCount) +
@@ -98,7 +101,7 @@ QString details(const DvdTitleInfo& title)
            Texts::tr("Subtitle tracks: %1\n").arg(title.subtitleTracks.size());
 }
 
-QString details(const BlurayTitleInfo& title)
+QString facts(const BlurayTitleInfo& title)
 {
     const QString sizeLine = title.isSizeEstimated
                                  ? Texts::tr("Playback size (angle 1, estimated): %1 bytes\n")
@@ -117,9 +120,34 @@ QString details(const BlurayTitleInfo& title)
            Texts::tr("Primary audio tracks: %1\n").arg(title.primaryAudioCount) +
            Texts::tr("Primary subtitle tracks: %1\n").arg(title.primarySubtitleCount) +
            Texts::tr("IG (menu) streams: %1\n").arg(title.interactiveGraphicsCount) +
-           Texts::tr("Secondary video: %1\n").arg(title.secondaryVideoCount) +
-           Texts::tr("Segment map (clip IDs):\n") + title.segmentMap.join(QLatin1StringView(", ")) +
-           QLatin1Char('\n');
+           Texts::tr("Secondary video: %1\n").arg(title.secondaryVideoCount);
+}
+
+QString segments(const BlurayTitleInfo& title)
+{
+    return title.segmentMap.join(QLatin1StringView(", "));
+}
+
+}  // namespace
+
+QString details(const DvdTitleInfo& title)
+{
+    return Texts::tr("Title number: %1\n").arg(title.titleNumber) + facts(title);
+}
+
+QString details(const BlurayTitleInfo& title)
+{
+    return facts(title) + Texts::tr("Segment map (clip IDs):\n") + segments(title) + QLatin1Char('\n');
+}
+
+QString matchingDetails(const DvdTitleInfo& title)
+{
+    return Texts::tr("Title Number: %1\n").arg(title.titleNumber) + facts(title);
+}
+
+QString matchingDetails(const BlurayTitleInfo& title)
+{
+    return facts(title) + Texts::tr("Segment map (clip IDs): %1\n").arg(segments(title));
 }
 
 QString details(const VideoStreamInfo& stream)

@@ -26,4 +26,8 @@ namespace titletext {
 [[nodiscard]] QString details(const AudioTrackInfo& stream);
 [[nodiscard]] QString details(const SubtitleTrackInfo& stream);
 
+// The same of a title that a configuration names: two lines are worded otherwise there.
+[[nodiscard]] QString matchingDetails(const DvdTitleInfo& title);
+[[nodiscard]] QString matchingDetails(const BlurayTitleInfo& title);
+
 }  // namespace titletext

@@ -1,5 +1,6 @@
 #include "ui/titles_page.h"
 
+#include "ui/plain_text.h"
 #include "ui/title_text.h"
 
 #include <QHeaderView>
@@ -20,12 +21,6 @@ constexpr int kStreamKindRole = Qt::UserRole;
 constexpr int kIndexRole = Qt::UserRole + 1;
 
 enum class StreamKind { Video, Audio, Subtitle };
-
-// A tool tip cannot be told to be plain text: one that could be taken for markup is escaped as such.
-QString plainToolTip(const QString& text)
-{
-    return Qt::mightBeRichText(text) ? QStringLiteral("<span>%1</span>").arg(text.toHtmlEscaped()) : text;
-}
 
 template <typename Stream>
 void addStreamRows(QTreeWidgetItem* titleRow, const QString& type, StreamKind kind,
@@ -107,7 +102,7 @@ void TitlesPage::showTitles(const DiscScanResult& result)
     }
     for (const BlurayTitleInfo& title : result.blurayTitles) {
         QTreeWidgetItem* row = titleRow(title, rows.size());
-        row->setToolTip(kTypeColumn, plainToolTip(title.label));
+        row->setToolTip(kTypeColumn, plaintext::toolTip(title.label));
         row->setToolTip(kDescriptionColumn, row->toolTip(kTypeColumn));
         rows.append(row);
     }

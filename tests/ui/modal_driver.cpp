@@ -47,6 +47,22 @@ void ModalDriver::expectBox(const QString& title, const QString& text,
                           }});
 }
 
+void ModalDriver::expectHelpBox(const QString& title, const QString& text, const QString& buttonText)
+{
+    m_expected.push_back({title, [this, text, buttonText](QWidget* dialog) {
+                              const auto* box = qobject_cast<QMessageBox*>(dialog);
+                              if (box == nullptr || box->text() != text) {
+                                  m_problems.append(box == nullptr ? dialog->objectName() : box->text());
+                              }
+                              for (auto* button : dialog->findChildren<QAbstractButton*>()) {
+                                  if (button->text() != buttonText) { continue; }
+                                  QTest::mouseClick(button, Qt::LeftButton);
+                                  return;
+                              }
+                              QTest::keyClick(dialog->focusWidget(), Qt::Key_Return);
+                          }});
+}
+
 void ModalDriver::expectKeyDialog(const QString& typed, const std::function<void()>& before)
 {
     const QString title = QStringLiteral("Vantor API Key");

@@ -24,6 +24,9 @@ public:
     // The same, answered by a key.
     void expectBox(const QString& title, const QString& text, Qt::Key key);
 
+    // A box of rich text that offers a document; answered by the button of this text, or by Return for a null one.
+    void expectHelpBox(const QString& title, const QString& text, const QString& buttonText);
+
     // The key dialog: typed into and ended with Return; or, for a null text, cancelled with Escape.
     void expectKeyDialog(const QString& typed, const std::function<void()>& before = {});
 

@@ -27,6 +27,8 @@ private Q_SLOTS:
     void aStoredKeyIsCheckedAtStart();
     void aStoredKeyKeepsWorkingWithoutTheService();
     void aRejectedKeyLeavesTheFormerOneWorking();
+    void aNewerVersionIsAnnounced_data();
+    void aNewerVersionIsAnnounced();
     void aKeyThatCannotBeSentIsRefusedWithoutARequest();
     void aKeyThatCannotBeStoredIsNotAccepted();
     void thePlaceholderKeyIsNoKey();
@@ -286,6 +288,48 @@ void StartAndKeyTest::aRejectedKeyLeavesTheFormerOneWorking()
     fixture.openDirectory(testsupport::sampleDvd().write(testsupport::DiscForm::Directory, fixture.folder));
     QCOMPARE(fixture.driver.problems(), QStringList());
     QCOMPARE(fixture.server.requests().back().header("apiKey"), std::string("good"));
+}
+
+void StartAndKeyTest::aNewerVersionIsAnnounced_data()
+{
+    QTest::addColumn<QString>("version");
+    QTest::addColumn<bool>("isAnnounced");
+    const auto row = [](const char* version, bool isAnnounced) {
+        QTest::newRow(version) << QString::fromLatin1(version) << isAnnounced;
+    };
+    row("1.2.2", true);
+    row("1.10.0", true);  // a number, not a text: 10 is more than 2
+    row("1.3", true);
+    row("2", true);
+    row("1.2.1.1", true);
+    row("1.2.1", false);
+    row("1.2.1.0", false);
+    row("1.2", false);
+    row("1.1.99", false);
+    row("0", false);
+    for (const char* unparsable : {"", "new", "v1.3.0", "1.3.0-beta", " 1.3.0", "1..3", "9.99999999999"}) {
+        row(unparsable, false);
+    }
+}
+
+void StartAndKeyTest::aNewerVersionIsAnnounced()
+{
+    QFETCH(QString, version);
+    QFETCH(bool, isAnnounced);
+    WindowFixture fixture(QStringLiteral("good"));
+    QVERIFY(fixture.startWithKey());
+    fixture.server.play(
+        {.body = R"({"UID": 1, "Username": "ada", "LatestVersion": ")" + version.toStdString() + "\"}"});
+    if (isAnnounced) {
+        fixture.driver.expectBox(
+            QStringLiteral("Platterscope Update Available"),
+            QStringLiteral("A new version of Platterscope is available for download.\n\nCurrent version: "
+                           "1.2.1\nAvailable version: ") +
+                version);
+    }
+    QVERIFY(fixture.window->authenticateAndSaveApiKey(QStringLiteral("other")));
+    QCOMPARE(fixture.driver.problems(), QStringList());
+    QCOMPARE(storedKey(), QStringLiteral("other"));
 }
 
 void StartAndKeyTest::aKeyThatCannotBeSentIsRefusedWithoutARequest()

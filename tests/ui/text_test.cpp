@@ -1,5 +1,6 @@
 // The texts that need no window: durations, languages, roles.
 #include "ui/language_name.h"
+#include "ui/plain_text.h"
 #include "ui/title_text.h"
 
 #include <QTest>
@@ -11,6 +12,7 @@ private Q_SLOTS:
     void durationsAreWholeSecondsWithoutPluralForms();
     void languagesAreNamedInWordsWhereTheyAreKnown();
     void whatIsNotSaidIsUnknown();
+    void textsOfOthersAreCutToTheirPlace();
 };
 
 void TextTest::durationsAreWholeSecondsWithoutPluralForms()
@@ -57,6 +59,20 @@ void TextTest::whatIsNotSaidIsUnknown()
     title.playbackSizeBytes = 1'234'567;
     QVERIFY(titletext::details(title).contains(
         QStringLiteral("\nPlayback size (angle 1, estimated): 1234567 bytes\n")));
+}
+
+void TextTest::textsOfOthersAreCutToTheirPlace()
+{
+    const QString text = QStringLiteral("a\nb\nc");
+    const QString more = QChar(0x2026);
+    QCOMPARE(plaintext::bounded(text, 5, 3), text);
+    QCOMPARE(plaintext::bounded(text, 5, 2), QStringLiteral("a\nb") + more);
+    QCOMPARE(plaintext::bounded(text, 3, 3), QStringLiteral("a\nb") + more);
+    QCOMPARE(plaintext::bounded(QStringLiteral("a\U0001F4BF"), 2, 1),
+             QStringLiteral("a") + more);  // no half character
+    QCOMPARE(plaintext::oneLine(QStringLiteral(" a\n\tb\u2028c "), 9), QStringLiteral("a b c"));
+    QCOMPARE(plaintext::oneLine(QStringLiteral("\n \n"), 9), QString());
+    QCOMPARE(plaintext::toolTip(QStringLiteral("<b>")), QStringLiteral("<span>&lt;b&gt;</span>"));
 }
 
 QTEST_MAIN(TextTest)

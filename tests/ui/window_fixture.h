@@ -69,6 +69,7 @@ struct WindowFixture {
 
     [[nodiscard]] bool isEnabled(const char* action) const { return part<QAction>(action)->isEnabled(); }
     void trigger(const char* action) const { part<QAction>(action)->trigger(); }
+    void click(const char* button) const { QTest::mouseClick(part<QPushButton>(button), Qt::LeftButton); }
     [[nodiscard]] QTreeWidget* tree() const { return part<QTreeWidget>("titlesTree"); }
     [[nodiscard]] QString details() const { return part<QTextEdit>("titleDetails")->toPlainText(); }
     [[nodiscard]] QString page() const

@@ -1,0 +1,32 @@
+// One configuration: its titles, and what it and the disc say of the title selected.
+#pragma once
+
+#include "scan/disc_scan_result.h"
+
+#include <QWidget>
+
+class QTextEdit;
+class QTreeWidget;
+class QTreeWidgetItem;
+
+class ConfigurationDetailPage : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit ConfigurationDetailPage(QWidget* parent = nullptr);
+
+    // Shows the configuration in this place of the disc's list, with its first title selected.
+    void showConfiguration(const DiscScanResult& disc, qsizetype index);
+
+Q_SIGNALS:
+    void listRequested();
+
+private:
+    void createTree();
+    void showDetails(const QTreeWidgetItem* row);
+
+    DiscScanResult m_disc;
+    service::DiscConfiguration m_configuration;
+    QTreeWidget* m_tree;
+    QTextEdit* m_details;
+};

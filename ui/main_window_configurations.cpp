@@ -1,0 +1,30 @@
+// Reloading the configurations of the open disc.
+#include "ui/configurations_page.h"
+#include "ui/main_window.h"
+#include "ui/message_box.h"
+
+void MainWindow::refreshConfigurations()
+{
+    if (!hasKey()) {
+        showApiKeyDialogSlot();
+        return;
+    }
+    const DiscScanResult result = reloadConfigurationsWithProgress(m_result);
+    // Where the refresh failed, what there was stays as it was.
+    if (result.ok != 0) {
+        m_result = result;
+        m_configurationsPage->showDisc(result);
+        applyEnableRule();
+    }
+    showServiceMessage(result);
+}
+
+DiscScanResult MainWindow::reloadConfigurationsWithProgress(const DiscScanResult& current)
+{
+    return runWithBusyDialog(tr("Refreshing Configurations"), tr("Downloading configurations from Tessera"),
+                             [key = m_scanner->apiKey(), current] {
+                                 DiscScanner scanner;
+                                 scanner.setApiKey(key);
+                                 return scanner.refreshConfigurations(current);
+                             });
+}

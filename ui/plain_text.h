@@ -1,0 +1,18 @@
+// Texts that come from a disc or from the service, made fit to be shown: never taken for markup, and never so
+// long that laying them out would hold the window up or take more than its place.
+#pragma once
+
+#include <QString>
+
+namespace plaintext {
+
+// The text's first characters and lines, followed by an ellipsis where that is not all of it.
+[[nodiscard]] QString bounded(const QString& text, qsizetype characters, qsizetype lines);
+
+// At most so many characters on one line, with every run of white space become a blank.
+[[nodiscard]] QString oneLine(const QString& text, qsizetype characters);
+
+// A tool tip cannot be told to be plain text: one that could be taken for markup is escaped as such.
+[[nodiscard]] QString toolTip(const QString& text);
+
+}  // namespace plaintext
