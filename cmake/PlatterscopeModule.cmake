@@ -45,7 +45,7 @@ function(platterscope_test name)
   file(MAKE_DIRECTORY ${home} ${PROJECT_BINARY_DIR}/tests/runtime)
   file(CHMOD ${PROJECT_BINARY_DIR}/tests/runtime PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
   set(environment
-    QT_QPA_PLATFORM=offscreen TZ=UTC LC_ALL=C.UTF-8 HOME=${home}
+    QT_QPA_PLATFORM=offscreen TZ=UTC LC_ALL=C.UTF-8 HOME=${home} XDG_CONFIG_HOME=${home}/.config
     XDG_RUNTIME_DIR=${PROJECT_BINARY_DIR}/tests/runtime ${arg_ENVIRONMENT})
   if(arg_QTEST)
     target_link_libraries(${target} PRIVATE Qt6::Test)

@@ -2,7 +2,7 @@
 # Installs the Debian 12 packages that the project needs, and nothing when all are there.
 #
 #   tools/setup.sh                  what building, running and testing need (groups "build" and "test")
-#   tools/setup.sh GROUP...         only these groups: build, test, bench, dvd-authoring
+#   tools/setup.sh GROUP...         only these groups: build, test, browser, bench, dvd-authoring
 #
 # Run it as root or as a user who may use sudo.
 set -euo pipefail
@@ -29,6 +29,10 @@ test=(
     xvfb                    # a screen where there is none
     xdotool                 # presses keys on it
     imagemagick             # takes the screenshot and counts its colours
+)
+browser=(
+    chromium                # opens the local service's pages as their user does (tests/browser)
+    chromium-driver         # types and clicks in it for the tests
 )
 bench=(
     libbenchmark-dev        # measures (preset "bench")
@@ -62,9 +66,10 @@ for group in "$@"; do
     case $group in
         build) wanted+=("${build[@]}") ;;
         test) wanted+=("${test[@]}") ;;
+        browser) wanted+=("${browser[@]}") ;;
         bench) wanted+=("${bench[@]}") ;;
         dvd-authoring) wanted+=("${dvd_authoring[@]}") ;;
-        *) fail "no group '$group'; the groups are build, test, bench, dvd-authoring" ;;
+        *) fail "no group '$group'; the groups are build, test, browser, bench, dvd-authoring" ;;
     esac
 done
 

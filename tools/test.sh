@@ -11,8 +11,8 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-steps=(setup format structure release tests tidy asan authored window)
-authored=$PWD/build/authored    # the real discs of the last two steps
+steps=(setup format structure release tests tidy asan authored browser window)
+authored=$PWD/build/authored    # the real discs of the steps authored and window
 logs=$PWD/build/logs
 
 # git refuses a checkout that another user owns, as in a container; this one is ours to test.
@@ -36,13 +36,14 @@ step_structure() {    # who may include whom, platform macros, memory by hand
     tests/structure/self_test.sh
 }
 
-step_release() {    # the release build, warnings as errors; each public header alone
+step_release() {    # the release build, warnings as errors; each public header alone; notices name what is linked
     build release all all_verify_interface_header_sets
+    tests/structure/check_notices.sh docs/THIRD_PARTY_NOTICES.txt build/release/bin/{platterscope,tessera_local}
 }
 
 step_tests() {    # all tests on the release build
     build release all
-    run_ctest release --label-exclude '^authored$'
+    run_ctest release --label-exclude '^(authored|browser)$'
 }
 
 step_tidy() {    # clang-tidy 14 over what changed
@@ -52,7 +53,7 @@ step_tidy() {    # clang-tidy 14 over what changed
 
 step_asan() {    # all tests under the address and undefined behaviour sanitizers
     build asan-ubsan all
-    run_ctest asan-ubsan --label-exclude '^authored$'
+    run_ctest asan-ubsan --label-exclude '^(authored|browser)$'
 }
 
 step_authored() {    # tests on DVDs of an independent authoring tool, as folders and images
@@ -62,6 +63,16 @@ step_authored() {    # tests on DVDs of an independent authoring tool, as folder
         build "$preset" all
         PLATTERSCOPE_AUTHORED_DIR=$authored run_ctest "$preset" --label-regex '^authored$'
     done
+}
+
+step_browser() {    # disc, local service and a real browser, where one can be installed
+    if ! tools/setup.sh browser; then
+        echo "skipped: no browser can be installed here"
+        skipped=$((skipped + 1))
+        return
+    fi
+    build release all
+    run_ctest release --label-regex '^browser$'
 }
 
 step_window() {    # the program under a virtual display, with a person's keys, on an authored DVD

@@ -75,4 +75,16 @@ refuses check_platform.sh service/http.cpp '    delete reply;'
 refuses check_platform.sh service/http.cpp '    delete[] reply;'
 refuses check_platform.sh scan/scanner.cpp 'auto* model = new Model;'
 
+# The check of the notices is given notices and a program: sh, which needs the C library alone.
+check_notices() {
+    printf '%s\n' "$1" >"$tree/notices"
+    "$here/check_notices.sh" "$tree/notices" /bin/sh
+}
+said=$(check_notices 'libc.so: the C library') || fail "check_notices.sh refuses notices that are in order: $said"
+if said=$(check_notices 'libc.so, libplanted.so'); then fail "check_notices.sh accepts a library that nobody needs"; fi
+grep -q "notices:1: libplanted.so " <<<"$said" || fail "check_notices.sh does not name libplanted.so but says: $said"
+if said=$(check_notices 'libcurl'); then fail "check_notices.sh accepts a library that is not named"; fi
+grep -q "^/bin/sh: needs libc.so" <<<"$said" || fail "check_notices.sh does not name libc.so but says: $said"
+checked=$((checked + 2))
+
 echo "self_test: the checks refused $checked planted violations"

@@ -156,7 +156,7 @@ std::vector<FormProblem> problemsOf(const ConfigurationForm& form, DiscKind kind
         if (form.rows[i].isEmpty()) { continue; }
         for (const TitleColumn& column : titleColumns(kind)) {
             const QString label =
-                QStringLiteral("Title %1, %2").arg(QString::number(i + 1), QLatin1String(column.label));
+                QStringLiteral("Entry %1, %2").arg(QString::number(i + 1), QLatin1String(column.label));
             add(fieldName(i + 1, column), label, titleProblem(form.rows[i], column));
         }
     }

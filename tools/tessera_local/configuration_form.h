@@ -49,6 +49,7 @@ enum class FieldKind { Number, Type, Line, Lines };
 struct TitleColumn {
     const char* name;  // row N has the field "title_N_" + name
     const char* label;
+    const char* hint;  // may be empty
     QString TitleRow::*value;
     FieldKind kind;
     int low;   // of a number
@@ -60,14 +61,16 @@ constexpr std::array<TitleColumn, 7> titleColumns(DiscKind kind)
 {
     const bool isDvd = kind == DiscKind::Dvd;
     return {{
-        {"id", isDvd ? "Title number" : "Playlist ID", &TitleRow::id, FieldKind::Number, isDvd ? 1 : 0,
+        {"id", isDvd ? "Title number" : "Playlist ID", "", &TitleRow::id, FieldKind::Number, isDvd ? 1 : 0,
          isDvd ? 99 : 99'999},
-        {"type", "Type", &TitleRow::type, FieldKind::Type, 0, int{kTitleTypes.size()} - 1},
-        {"name", "Name", &TitleRow::name, FieldKind::Line, 0, 200},
-        {"file", "File", &TitleRow::file, FieldKind::Line, 0, 1000},
-        {"note", "Note", &TitleRow::note, FieldKind::Lines, 0, 100'000},
-        {"first_chapter", "First chapter", &TitleRow::firstChapter, FieldKind::Number, 1, 9'999},
-        {"last_chapter", "Last chapter", &TitleRow::lastChapter, FieldKind::Number, 1, 9'999},
+        {"type", "Type", "", &TitleRow::type, FieldKind::Type, 0, int{kTitleTypes.size()} - 1},
+        {"name", "Name", "", &TitleRow::name, FieldKind::Line, 0, 200},
+        {"file", "File", "Your name for the file that this title becomes, if it does.", &TitleRow::file,
+         FieldKind::Line, 0, 1000},
+        {"note", "Note", "", &TitleRow::note, FieldKind::Lines, 0, 100'000},
+        {"first_chapter", "First chapter", "", &TitleRow::firstChapter, FieldKind::Number, 1, 9'999},
+        {"last_chapter", "Last chapter", "Without chapters the whole title is meant.", &TitleRow::lastChapter,
+         FieldKind::Number, 1, 9'999},
     }};
 }
 

@@ -19,6 +19,7 @@ legend { font-weight: bold; }
 label { display: block; margin-top: 1rem; }
 input, select, textarea, button { font: inherit; box-sizing: border-box; max-width: 100%; }
 input, select, textarea { width: 100%; padding: 0.25rem; }
+select, #language_code, [inputmode=numeric] { width: 12rem; }
 button { margin: 0 1rem 1rem 0; padding: 0.5rem 1rem; }
 :focus { outline: 3px solid; outline-offset: 2px; }
 .hint, .problem { margin: 0; }
@@ -163,7 +164,7 @@ void writeForm(Html& html, const FormPage& page)
                   .isRequired = true},
                  page.problems);
     for (std::size_t number = 1; number <= page.form.rows.size(); ++number) {
-        html << "<fieldset>\n<legend>Title " << QString::number(number) << "</legend>\n";
+        html << "<fieldset>\n<legend>Entry " << QString::number(number) << "</legend>\n";
         for (const TitleColumn& column : titleColumns(page.kind)) {
             const bool isFocused = number == page.focusedRow && column.value == &TitleRow::id;
             writeControl(html,
@@ -172,6 +173,7 @@ void writeForm(Html& html, const FormPage& page)
                           .label = QLatin1String(column.label),
                           .value = page.form.rows[number - 1].*column.value,
                           .maximumLength = column.high,
+                          .hint = QLatin1String(column.hint),
                           .isFocused = isFocused},
                          page.problems);
         }
@@ -208,7 +210,7 @@ std::string htmlOf(const FormPage& page)
          << "</p>\n<p>A disc name and a language code are needed, and "
          << (page.kind == DiscKind::Dvd ? QStringLiteral("the title number")
                                         : QStringLiteral("the playlist ID"))
-         << " of each title. Titles left empty are passed over.</p>\n";
+         << " of each entry. Entries left empty are passed over.</p>\n";
     writeForm(html, page);
     endPage(html);
     return html.text();
