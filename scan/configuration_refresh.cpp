@@ -53,8 +53,8 @@ DiscScanResult refreshConfigurations(const DiscScanResult& previous, const QStri
         service::ConfigurationsOutcome outcome = requestConfigurations(previous, apiKey);
         if (!outcome.ok) { return failedRefresh(previous, outcome.errorText); }
         DiscScanResult result = previous;
+        if (result.ok == 0) { result.errorMessage.clear(); }  // a note stays, an error is over
         result.ok = 1;
-        result.errorMessage.clear();  // a note that came with an earlier reply is not said again
         result.configurations = std::move(outcome.configurations);
         logging::log(logging::kTessera, logging::kInfo,
                      QStringLiteral("configuration refresh finished: %1 configuration(s)")

@@ -29,8 +29,10 @@ ConfigurationsOutcome requestConfigurations(DiscKind kind, qint64 discId, const 
     request.headers = {apiKeyHeader(apiKey)};
     const HttpOutcome reply = perform(request);
     if (!reply.ok) { return failure(reply.errorText); }
-    std::optional<QList<DiscConfiguration>> configurations = parseConfigurationArray(reply.body);
-    if (!configurations) { return failure(QString::fromLatin1(kInvalidResponse)); }
+    const std::optional<JsonDocument> document = JsonDocument::parse(reply.body);
+    if (!document || !document->root().isArray()) { return failure(QString::fromLatin1(kInvalidResponse)); }
+    std::optional<QList<DiscConfiguration>> configurations = readConfigurations(document->root());
+    if (!configurations) { return {}; }
     return {.ok = true, .configurations = *std::move(configurations), .errorText = {}};
 }
 

@@ -12,7 +12,7 @@ namespace service {
 struct ConfigurationsOutcome {
     bool ok = false;
     QList<DiscConfiguration> configurations;  // when ok, in the service's order
-    QString errorText;                        // when not ok; empty only where memory ran out
+    QString errorText;                        // when not ok; empty where the array holds too much
 };
 
 // One blocking request.

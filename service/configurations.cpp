@@ -1,8 +1,7 @@
 #include "service/configurations.h"
 
-#include "service/json_value.h"
-
 #include <new>
+#include <utility>
 
 namespace service {
 
@@ -48,19 +47,6 @@ DiscConfiguration readConfiguration(const JsonValue& value)
     return configuration;
 }
 
-// False when there are more than a reply may hold.
-bool readConfigurations(const JsonValue& array, QList<DiscConfiguration>& configurations)
-{
-    qsizetype entries = 0;
-    for (const JsonValue& element : array.elements()) {
-        if (!element.isObject()) { continue; }
-        configurations.append(readConfiguration(element));
-        entries += 1 + configurations.last().paths.size() + configurations.last().titles.size();
-        if (entries > kMaximumEntries) { return false; }
-    }
-    return true;
-}
-
 std::optional<ConfigurationReply> readReply(const QByteArray& text)
 {
     const std::optional<JsonDocument> document = JsonDocument::parse(text);
@@ -71,9 +57,9 @@ std::optional<ConfigurationReply> readReply(const QByteArray& text)
     const std::optional<qint64> id = discId.integer();
     if (!id) { return std::nullopt; }
 
-    ConfigurationReply reply{.isFound = true, .discId = *id, .configurations = {}};
-    if (!readConfigurations(root.member("Configurations"), reply.configurations)) { return std::nullopt; }
-    return reply;
+    auto configurations = readConfigurations(root.member("Configurations"));
+    if (!configurations) { return std::nullopt; }
+    return ConfigurationReply{.isFound = true, .discId = *id, .configurations = *std::move(configurations)};
 }
 
 }  // namespace
@@ -87,12 +73,17 @@ std::optional<ConfigurationReply> parseConfigurationReply(const QByteArray& text
     }
 }
 
-std::optional<QList<DiscConfiguration>> parseConfigurationArray(const QByteArray& text)
+std::optional<QList<DiscConfiguration>> readConfigurations(const JsonValue& array)
 {
-    const std::optional<JsonDocument> document = JsonDocument::parse(text);
     QList<DiscConfiguration> configurations;
-    if (!document || !document->root().isArray() || !readConfigurations(document->root(), configurations)) {
-        return std::nullopt;
+    qsizetype entries = 0;
+    for (const JsonValue& element : array.elements()) {
+        if (!element.isObject()) { continue; }
+        configurations.append(readConfiguration(element));
+        entries += 1 + configurations.last().paths.size() + configurations.last().titles.size();
+        if (configurations.size() > kMaximumConfigurations || entries > kMaximumEntries) {
+            return std::nullopt;
+        }
     }
     return configurations;
 }

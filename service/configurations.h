@@ -8,6 +8,8 @@
 // "name": "...", "note": "...", "first_chapter": 1, "last_chapter": 12 } ] }.
 #pragma once
 
+#include "service/json_value.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QString>
@@ -44,19 +46,21 @@ struct ConfigurationReply {
     QList<DiscConfiguration> configurations;
 };
 
-// The most configurations, titles and paths that a reply may hold, all counted together: far more than anybody
-// would describe, and few enough to be kept and shown.
+// The most configurations a reply may hold, and the most configurations, titles and paths counted together: far
+// more than anybody would describe, and few enough to be kept and shown at once.
+inline constexpr qsizetype kMaximumConfigurations = 20'000;
 inline constexpr qsizetype kMaximumEntries = 250'000;
 
 // Reads a find reply. Empty when the text is no JSON object, its "Disc ID" is neither absent, null nor an
-// integer (a JSON number without fraction within +-(2^53 - 1), or a decimal text), or it holds too many entries. What is odd inside a
+// integer (a JSON number without fraction within +-(2^53 - 1), or a decimal
+// text), or it holds too many entries. What is odd inside a
 // configuration is passed over piece by piece: a missing field is empty or 0, a number outside 32 bits is
 // clamped and a fraction cut, a path that is no text keeps its place as an empty text, titles and
 // configurations that are no objects are skipped.
 [[nodiscard]] std::optional<ConfigurationReply> parseConfigurationReply(const QByteArray& text);
 
-// The same for a reply that is the array of configurations alone. Empty when the text is no JSON array or holds
-// too many entries. Throws std::bad_alloc.
-[[nodiscard]] std::optional<QList<DiscConfiguration>> parseConfigurationArray(const QByteArray& text);
+// Reads the array of configurations by itself, in the same way. Empty when there are too many entries. Throws
+// std::bad_alloc.
+[[nodiscard]] std::optional<QList<DiscConfiguration>> readConfigurations(const JsonValue& array);
 
 }  // namespace service

@@ -6,6 +6,7 @@
 
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QStyle>
@@ -76,6 +77,8 @@ void ConfigurationListPage::createHeader()
 {
     m_discLabel->setObjectName(QStringLiteral("configurationDiscLabel"));
     m_discLabel->setTextFormat(Qt::PlainText);
+    m_discLabel->setWordWrap(true);
+    m_discLabel->setMinimumWidth(1);  // an error text, however long its words, makes no window wider
     m_linkLabel->setObjectName(QStringLiteral("newConfigurationLink"));
     m_linkLabel->setTextFormat(Qt::RichText);
     m_linkLabel->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::LinksAccessibleByMouse |
@@ -100,10 +103,23 @@ void ConfigurationListPage::createList()
     m_list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     m_list->header()->setResizeContentsPrecision(kMeasuredRows);
     m_list->header()->setSectionResizeMode(kNameColumn, QHeaderView::Stretch);
-    // A double click, or Enter; on a desktop where one click opens things, one click.
-    connect(m_list, &QTreeWidget::itemActivated, this, &ConfigurationListPage::requestView);
+    // Not the toolkit's activation: on some desktops one click would do, and no row could be selected.
+    connect(m_list, &QTreeWidget::itemDoubleClicked, this, &ConfigurationListPage::requestView);
+    m_list->installEventFilter(this);
     connect(m_list, &QTreeWidget::currentItemChanged, this,
             [this](const QTreeWidgetItem* current) { m_viewButton->setEnabled(current != nullptr); });
+}
+
+bool ConfigurationListPage::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == m_list && event->type() == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        if (key == Qt::Key_Return || key == Qt::Key_Enter) {
+            requestView(m_list->currentItem());
+            return true;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 void ConfigurationListPage::showDisc(const DiscScanResult& disc)
@@ -125,6 +141,7 @@ void ConfigurationListPage::setRefreshEnabled(bool enabled)
 void ConfigurationListPage::showHeader()
 {
     m_discLabel->setText(configurationtext::header(m_disc));
+    m_discLabel->setToolTip(plaintext::toolTip(m_discLabel->text()));
     const QString url = m_disc.newDiscUrl.toHtmlEscaped();
     const QString text = url.isEmpty() ? tr("(No Tessera URL available)") : tr("New Configuration");
     m_linkLabel->setText(url.isEmpty() ? text : QStringLiteral("<a href=\"%1\">%2</a>").arg(url, text));

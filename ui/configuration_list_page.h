@@ -27,6 +27,10 @@ Q_SIGNALS:
     // `index` is the configuration's place in the result.
     void viewRequested(qsizetype index);
 
+protected:
+    // Enter on a row of the list.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     void createHeader();
     void createList();

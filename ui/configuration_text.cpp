@@ -72,7 +72,8 @@ QString pathLine(const ConfigurationTitle& title, const DiscConfiguration& confi
     const QString path =
         title.pathIndex ? plaintext::oneLine(configuration.paths.value(*title.pathIndex), kPathCharacters)
                         : QString();
-    return path.isEmpty() ? Texts::tr("(no path information)\n") : Texts::tr("File: %1\n").arg(path);
+    return path.trimmed().isEmpty() ? Texts::tr("(no path information)\n")
+                                    : Texts::tr("File: %1\n").arg(path);
 }
 
 QString noteLine(const ConfigurationTitle& title)
@@ -117,7 +118,7 @@ QString header(const DiscScanResult& disc)
 QString name(const DiscConfiguration& configuration)
 {
     const QString name = plaintext::oneLine(configuration.discName, kCellCharacters);
-    return name.isEmpty() ? Texts::tr("(unnamed disc)") : name;
+    return name.trimmed().isEmpty() ? Texts::tr("(unnamed disc)") : name;
 }
 
 QString language(const DiscConfiguration& configuration)
@@ -128,13 +129,13 @@ QString language(const DiscConfiguration& configuration)
 QString addedBy(const DiscConfiguration& configuration)
 {
     const QString user = plaintext::oneLine(configuration.addedByUsername, kCellCharacters);
-    return user.isEmpty() ? QString::number(configuration.addedByUid) : user;
+    return user.trimmed().isEmpty() ? QString::number(configuration.addedByUid) : user;
 }
 
 QString titleName(const ConfigurationTitle& title)
 {
     const QString name = plaintext::oneLine(title.name, kCellCharacters);
-    return name.isEmpty() ? Texts::tr("(unnamed title)") : name;
+    return name.trimmed().isEmpty() ? Texts::tr("(unnamed title)") : name;
 }
 
 QString details(const ConfigurationTitle& title, const DiscConfiguration& configuration,

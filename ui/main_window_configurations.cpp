@@ -10,13 +10,15 @@ void MainWindow::refreshConfigurations()
         return;
     }
     const DiscScanResult result = reloadConfigurationsWithProgress(m_result);
-    // Where the refresh failed, what there was stays as it was.
-    if (result.ok != 0) {
-        m_result = result;
-        m_configurationsPage->showDisc(result);
-        applyEnableRule();
+    if (result.ok == 0) {  // what there was stays as it was
+        showServiceMessage(result);
+        return;
     }
-    showServiceMessage(result);
+    const bool isNewMessage = result.errorMessage != m_result.errorMessage;
+    m_result = result;
+    m_configurationsPage->showDisc(result);
+    applyEnableRule();
+    if (isNewMessage) { showServiceMessage(result); }
 }
 
 DiscScanResult MainWindow::reloadConfigurationsWithProgress(const DiscScanResult& current)

@@ -2,27 +2,55 @@
 
 #include <QTextDocument>
 
-#include <limits>
+#include <algorithm>
 
 namespace plaintext {
 
-QString bounded(const QString& text, qsizetype characters, qsizetype lines)
+namespace {
+
+// Everything that the toolkit begins a new line at.
+bool isLineBreak(QChar c)
+{
+    return (c >= u'\n' && c <= u'\r') || c == QChar(0x85) || c == QChar::LineSeparator ||
+           c == QChar::ParagraphSeparator;
+}
+
+// The beginning of the text, which does not end in half a character.
+QString beginning(const QString& text, qsizetype characters)
 {
     qsizetype end = qMin(text.size(), characters);
+    if (end > 0 && end < text.size() && text.at(end - 1).isHighSurrogate()) { --end; }
+    return text.first(end);
+}
+
+}  // namespace
+
+QString bounded(const QString& text, qsizetype characters, qsizetype lines)
+{
+    QString shown = beginning(text, characters);
+    bool isWhole = shown.size() == text.size();
+    shown.replace(QLatin1StringView("\r\n"), QLatin1StringView("\n"));
+    std::replace_if(shown.begin(), shown.end(), isLineBreak, QLatin1Char('\n'));
     qsizetype lineEnd = -1;
     for (qsizetype line = 0; line < lines; ++line) {
-        lineEnd = text.indexOf(QLatin1Char('\n'), lineEnd + 1);
-        if (lineEnd < 0 || lineEnd >= end) { break; }
+        lineEnd = shown.indexOf(QLatin1Char('\n'), lineEnd + 1);
+        if (lineEnd < 0) { break; }
     }
-    if (lineEnd >= 0) { end = qMin(end, lineEnd); }
-    if (end == text.size()) { return text; }
-    if (end > 0 && text.at(end - 1).isHighSurrogate()) { --end; }
-    return text.first(end) + QChar(0x2026);
+    if (lineEnd >= 0) {
+        shown.truncate(lineEnd);
+        isWhole = false;
+    }
+    return isWhole ? shown : shown + QChar(0x2026);
 }
 
 QString oneLine(const QString& text, qsizetype characters)
 {
-    return bounded(text, characters, std::numeric_limits<qsizetype>::max()).simplified();
+    QString shown = beginning(text, characters);
+    const bool isWhole = shown.size() == text.size();
+    std::replace_if(
+        shown.begin(), shown.end(),
+        [](QChar c) { return isLineBreak(c) || c.category() == QChar::Other_Control; }, QLatin1Char(' '));
+    return isWhole ? shown : shown + QChar(0x2026);
 }
 
 QString toolTip(const QString& text)

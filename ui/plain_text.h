@@ -6,10 +6,11 @@
 
 namespace plaintext {
 
-// The text's first characters and lines, followed by an ellipsis where that is not all of it.
+// The text's first characters and lines, followed by an ellipsis where that is not all of it. Line breaks of every
+// kind become "\n".
 [[nodiscard]] QString bounded(const QString& text, qsizetype characters, qsizetype lines);
 
-// At most so many characters on one line, with every run of white space become a blank.
+// At most so many characters on one line: line breaks, tabs and other control characters become blanks.
 [[nodiscard]] QString oneLine(const QString& text, qsizetype characters);
 
 // A tool tip cannot be told to be plain text: one that could be taken for markup is escaped as such.

@@ -72,7 +72,7 @@ TEST_F(ConfigurationRefreshTest, ReplacesTheConfigurationsAndNothingElse)
         {.body = R"([{"UID": 5, "Disc ID": "17", "Data": "{\"disc_name\": \"New\"}"}, {"UID": 6}])"});
     EXPECT_EQ(refresh(), Lines{"tessera: info: configuration refresh finished: 2 configuration(s)"});
     EXPECT_EQ(m_result.ok, 1);
-    EXPECT_TRUE(m_result.errorMessage.isEmpty());
+    EXPECT_EQ(m_result.errorMessage, m_previous.errorMessage);
     ASSERT_EQ(m_result.configurations.size(), 2);
     EXPECT_EQ(m_result.configurations[0].discName, QStringLiteral("New"));
     EXPECT_EQ(m_result.discId, m_previous.discId);
@@ -118,6 +118,11 @@ TEST_F(ConfigurationRefreshTest, AFailedRequestOrReplyKeepsWhatWasThere)
         ScriptedReply reply;
         std::string message;
     };
+    std::string tooMany = "[{}";
+    for (qsizetype i = 0; i < service::kMaximumConfigurations; ++i) {
+        tooMany += ",{}";
+    }
+    tooMany += "]";
     const std::string invalid = "Tessera returned an invalid configurations response.";
     for (const Case& failing : {
              Case{{.status = 404, .body = "No such disc."}, "No such disc."},
@@ -129,6 +134,7 @@ TEST_F(ConfigurationRefreshTest, AFailedRequestOrReplyKeepsWhatWasThere)
              Case{{.body = "null"}, invalid},
              Case{{.body = "[{}"}, invalid},
              Case{{.body = "[] []"}, invalid},
+             Case{{.body = tooMany}, "Unable to refresh Tessera configurations."},
          }) {
         m_server.play(failing.reply);
         expectFailure(failing.message);

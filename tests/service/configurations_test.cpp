@@ -144,18 +144,17 @@ TEST(Configurations, AReplyOfTooManyEntriesIsRefused)
         }
         return array + "]";
     };
-    const auto most = service::parseConfigurationArray(arrayOf(service::kMaximumEntries));
+    const auto most = parseConfigurations(arrayOf(service::kMaximumConfigurations));
     ASSERT_TRUE(most);
-    EXPECT_EQ(most->size(), service::kMaximumEntries);
-    EXPECT_FALSE(service::parseConfigurationArray(arrayOf(service::kMaximumEntries + 1)));
-    EXPECT_FALSE(parseConfigurations(arrayOf(service::kMaximumEntries + 1)));
+    EXPECT_EQ(most->configurations.size(), service::kMaximumConfigurations);
+    EXPECT_FALSE(parseConfigurations(arrayOf(service::kMaximumConfigurations + 1)));
     for (const char* const member : {"titles", "paths"}) {
         const auto replyOf = [&](qsizetype count) {
-            return QByteArray(R"([{"Data": "{\"%1\": %2}"}])")
-                .replace("%1", member)
-                .replace("%2", arrayOf(count));
+            return parseConfigurations(QByteArray(R"([{"Data": "{\"%1\": %2}"}])")
+                                           .replace("%1", member)
+                                           .replace("%2", arrayOf(count)));
         };
-        EXPECT_TRUE(service::parseConfigurationArray(replyOf(service::kMaximumEntries - 1))) << member;
-        EXPECT_FALSE(service::parseConfigurationArray(replyOf(service::kMaximumEntries))) << member;
+        EXPECT_TRUE(replyOf(service::kMaximumEntries - 1)) << member;
+        EXPECT_FALSE(replyOf(service::kMaximumEntries)) << member;
     }
 }

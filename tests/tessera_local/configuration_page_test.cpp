@@ -137,21 +137,39 @@ TEST_F(ConfigurationPage, RefusesOtherSitesOtherNamesAndOtherDiscs)
 TEST_F(ConfigurationPage, TakesLongFormsUpToItsLimits)
 {
     const std::string row = std::string(kDisc) + "&title_1_id=1&title_1_note=";
-    EXPECT_EQ(submit(row + std::string(100'000, 'n'))->status, 303);
-    EXPECT_EQ(countOf(std::string(100'000, 'n'), keptOfDvd()), 1U);
-    EXPECT_EQ(statusOf(submit(row + std::string(100'001, 'n'))), 422);
+    EXPECT_EQ(submit(row + std::string(10'000, 'n'))->status, 303);
+    EXPECT_EQ(countOf(std::string(10'000, 'n'), keptOfDvd()), 1U);
+    EXPECT_EQ(statusOf(submit(row + std::string(10'001, 'n'))), 422);
     const std::string unknown = std::string(kDisc) + "&x=";
-    const std::size_t room = (std::size_t{1} << 20) - unknown.size();
-    EXPECT_EQ(submit(unknown + std::string(room, 'x'))->status, 303) << "exactly 1 MiB";
+    const std::size_t room = (std::size_t{4} << 20) - unknown.size();
+    EXPECT_EQ(submit(unknown + std::string(room, 'x'))->status, 303) << "exactly 4 MiB";
     EXPECT_EQ(statusOf(submit(unknown + std::string(room + 1, 'x'))), 413);
     EXPECT_EQ(statusOf(submit(std::string(kDisc) + "&title_201_id=1")), 413);
 
     const httplib::Result most = submit("title_198_id=198&action=more");
     EXPECT_EQ(countOf("<fieldset>", most->body), 200U);
     EXPECT_EQ(countOf(" disabled>Add More Titles", most->body), 1U);
-    firstRow(database(), "UPDATE configurations SET data = hex(zeroblob(2000000))");
-    EXPECT_EQ(statusOf(submit(kDisc)), 409) << "the disc has enough";
+}
+
+TEST_F(ConfigurationPage, AFormThatCannotBeKeptComesBackFilledIn)
+{
+    const auto expectFormOf = [](const httplib::Result& reply, int status) {
+        EXPECT_EQ(statusOf(reply), status);
+        EXPECT_EQ(countOf("<div id=\"problems\"", reply->body), 1U);
+        EXPECT_EQ(countOf(" value=\"typed\"", reply->body), 1U);
+    };
+    const std::string typed = std::string(kDisc) + "&title_1_id=1&title_1_name=typed";
+    EXPECT_EQ(submit(typed)->status, 303);
+    firstRow(database(), "UPDATE configurations SET data = hex(zeroblob(2097152))");
+    expectFormOf(submit(typed), 409);
+    firstRow(database(), "DELETE FROM configurations");
+    for (int i = 0; i < 500; ++i) {
+        ASSERT_EQ(submit(typed)->status, 303) << i;
+    }
+    expectFormOf(submit(typed), 409);
     EXPECT_EQ(submit(kDisc, "/tessera/bluray/new/?uid=2")->status, 303);
+    firstRow(database(), "DROP TABLE configurations");
+    expectFormOf(submit(typed), 503);
 }
 
 }  // namespace tessera_local

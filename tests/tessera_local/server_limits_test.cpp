@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <thread>
 
 namespace tessera_local {
@@ -22,6 +23,11 @@ protected:
             std::this_thread::yield();
         }
         return port;
+    }
+    void addDisc()
+    {
+        const std::array<std::uint8_t, 1> package{};
+        m_store.addDisc(DiscKind::Dvd, sha256Of(m_package), package);
     }
     void TearDown() override
     {
@@ -66,6 +72,21 @@ TEST_F(ServerLimits, SlowBodiesAreGivenUp)
     RawClient client(start(limits));
     ASSERT_TRUE(client.send(uploadHead(m_stream.size()) + m_stream.substr(1)));
     // The reply's time is over as well, but what need not wait is sent.
+    const std::string reply = client.receiveAll();
+    EXPECT_TRUE(reply.starts_with("HTTP/1.1 400 ")) << reply;
+}
+
+// A form needs no key, so it gets less time than an upload.
+TEST_F(ServerLimits, SlowFormsAreGivenUp)
+{
+    Limits limits;
+    limits.formTime = std::chrono::milliseconds(50);
+    const int port = start(limits);
+    addDisc();
+    RawClient client(port);
+    ASSERT_TRUE(
+        client.send("POST /tessera/dvd/new/?uid=1 HTTP/1.1\r\nHost: localhost\r\nOrigin: http://localhost\r\n"
+                    "Content-Type: application/x-www-form-urlencoded\r\nContent-Length: 100\r\n\r\ndisc"));
     const std::string reply = client.receiveAll();
     EXPECT_TRUE(reply.starts_with("HTTP/1.1 400 ")) << reply;
 }

@@ -70,8 +70,13 @@ void TextTest::textsOfOthersAreCutToTheirPlace()
     QCOMPARE(plaintext::bounded(text, 3, 3), QStringLiteral("a\nb") + more);
     QCOMPARE(plaintext::bounded(QStringLiteral("a\U0001F4BF"), 2, 1),
              QStringLiteral("a") + more);  // no half character
-    QCOMPARE(plaintext::oneLine(QStringLiteral(" a\n\tb\u2028c "), 9), QStringLiteral("a b c"));
-    QCOMPARE(plaintext::oneLine(QStringLiteral("\n \n"), 9), QString());
+    QCOMPARE(plaintext::oneLine(QStringLiteral(" a\n\tb\u2028\u00A0c "), 9),
+             QStringLiteral(" a  b \u00A0c "));
+    QCOMPARE(plaintext::oneLine(QStringLiteral("abcd"), 3), QStringLiteral("abc") + more);
+    for (const char16_t lineBreak : {u'\n', u'\r', u'\v', u'\f', u'\u0085', u'\u2028', u'\u2029'}) {
+        QCOMPARE(plaintext::bounded(QString(9, QChar(lineBreak)), 9, 2), QStringLiteral("\n") + more);
+    }
+    QCOMPARE(plaintext::bounded(QStringLiteral("a\r\nb"), 9, 2), QStringLiteral("a\nb"));
     QCOMPARE(plaintext::toolTip(QStringLiteral("<b>")), QStringLiteral("<span>&lt;b&gt;</span>"));
 }
 

@@ -67,7 +67,7 @@ constexpr std::array<TitleColumn, 7> titleColumns(DiscKind kind)
         {"name", "Name", "", &TitleRow::name, FieldKind::Line, 0, 200},
         {"file", "File", "Your name for the file that this title becomes, if it does.", &TitleRow::file,
          FieldKind::Line, 0, 1000},
-        {"note", "Note", "", &TitleRow::note, FieldKind::Lines, 0, 100'000},
+        {"note", "Note", "", &TitleRow::note, FieldKind::Lines, 0, 10'000},
         {"first_chapter", "First chapter", "", &TitleRow::firstChapter, FieldKind::Number, 1, 9'999},
         {"last_chapter", "Last chapter", "Without chapters the whole title is meant.", &TitleRow::lastChapter,
          FieldKind::Number, 1, 9'999},

@@ -132,11 +132,12 @@ void writeControl(Html& html, const Control& control, const std::vector<FormProb
     }
 }
 
-void writeProblems(Html& html, const std::vector<FormProblem>& problems)
+void writeProblems(Html& html, const std::vector<FormProblem>& problems, const QString& failure)
 {
-    if (problems.empty()) { return; }
+    if (problems.empty() && failure.isEmpty()) { return; }
     html << "<div id=\"problems\" role=\"alert\" tabindex=\"-1\" autofocus>\n"
             "<p>The configuration was not saved yet:</p>\n<ul>\n";
+    if (!failure.isEmpty()) { html << "<li>" << failure << "</li>\n"; }
     for (const FormProblem& problem : problems) {
         html << "<li><a href=\"#" << problem.field << "\">" << problem.label << ": " << problem.text
              << "</a></li>\n";
@@ -205,7 +206,7 @@ std::string htmlOf(const FormPage& page)
         html << "<p id=\"saved\" role=\"status\">"
                 "The configuration was saved. Press Refresh in Platterscope to see it.</p>\n";
     }
-    writeProblems(html, page.problems);
+    writeProblems(html, page.problems, page.failure);
     html << "<p>" << QLatin1String(kindTitle(page.kind)) << ", disc ID " << QString::number(page.discId)
          << "</p>\n<p>A disc name and a language code are needed, and "
          << (page.kind == DiscKind::Dvd ? QStringLiteral("the title number")

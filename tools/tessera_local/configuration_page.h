@@ -17,6 +17,7 @@ struct FormPage {
     std::int64_t discId = 0;
     ConfigurationForm form = {};             // the rows it has are shown
     std::vector<FormProblem> problems = {};  // of the form
+    QString failure = {};                    // why a form without problems could not be kept
     bool isSaved = false;                    // tells that a configuration was just saved
     std::size_t focusedRow = 0;              // the row to go on with, from 1; 0: none in particular
 };

@@ -12,12 +12,12 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cstdio>
 
 namespace tessera_local {
 
 namespace {
 
-constexpr std::size_t kMaximumFormBytes = std::size_t{1} << 20;
 constexpr char kFormType[] = "application/x-www-form-urlencoded";
 constexpr char kAddedByUsername[] = "local";
 constexpr std::int64_t kAddedByUid = 1;
@@ -106,17 +106,18 @@ std::optional<Refusal> checkSubmission(const httplib::Request& request)
     return std::nullopt;
 }
 
-// Receives the body of a form; what to answer instead when it is too long or does not come.
-std::optional<Refusal> receiveForm(const httplib::ContentReader& reader, std::string& body)
+// Receives the body of a form of at most `maximumBytes`; what to answer instead when it is longer or does not come.
+std::optional<Refusal> receiveForm(const httplib::ContentReader& reader, std::uint64_t maximumBytes,
+                                   std::string& body)
 {
     bool isTooLong = false;
     const auto append = [&](const char* bytes, std::size_t size) {
-        isTooLong = size > kMaximumFormBytes - body.size();
+        isTooLong = size > maximumBytes - body.size();
         if (!isTooLong) { body.append(bytes, size); }
         return !isTooLong;
     };
     if (reader(append)) { return std::nullopt; }
-    return isTooLong ? Refusal{413, "The form is too long: 1 MiB is the most."}
+    return isTooLong ? Refusal{413, "The form is too long: leave some of the notes out."}
                      : Refusal{400, "The form was cut short or took too long."};
 }
 
@@ -159,7 +160,9 @@ void Server::takeForm(DiscKind kind, const httplib::Request& request, httplib::R
     const std::optional<std::int64_t> discId = discOfPage(kind, request, response);
     if (!discId) { return; }
     std::string body;
-    if (const auto refusal = receiveForm(reader, body)) { return refusePage(response, *refusal); }
+    if (const auto refusal = receiveForm(reader, m_limits.formBytes, body)) {
+        return refusePage(response, *refusal);
+    }
     std::optional<ConfigurationForm> form = parseConfigurationForm(body);
     if (!form) {
         const std::string most = std::to_string(kMaximumRows);
@@ -173,23 +176,29 @@ void Server::takeForm(DiscKind kind, const httplib::Request& request, httplib::R
     }
     page.problems = problemsOf(page.form, kind);
     if (!page.problems.empty()) { return answerPage(response, 422, htmlOf(page)); }
-    saveForm(page.form, kind, *discId, response);
+    saveForm(std::move(page), response);
 }
 
-void Server::saveForm(const ConfigurationForm& form, DiscKind kind, std::int64_t discId,
-                      httplib::Response& response)
+// A form that cannot be kept comes back filled in: what was typed must not be lost.
+void Server::saveForm(FormPage page, httplib::Response& response)
 {
-    const auto uid = m_store.addConfiguration({.discId = discId,
-                                               .languageCode = form.languageCode.toStdString(),
-                                               .addedByUsername = kAddedByUsername,
-                                               .addedByUid = kAddedByUid,
-                                               .data = configurationData(form)});
-    if (!uid) {
-        return refusePage(response, {409, "The configurations of this disc are as long as this service keeps "
-                                          "them. This one was not saved."});
+    std::optional<std::int64_t> uid;
+    int status = 409;
+    page.failure = QStringLiteral("This disc has as many configurations as this service keeps.");
+    try {
+        uid = m_store.addConfiguration({.discId = page.discId,
+                                        .languageCode = page.form.languageCode.toStdString(),
+                                        .addedByUsername = kAddedByUsername,
+                                        .addedByUid = kAddedByUid,
+                                        .data = configurationData(page.form)});
+    } catch (const StoreError& error) {
+        std::fprintf(stderr, "tessera_local: error: %s\n", error.what());
+        status = 503;
+        page.failure = QStringLiteral("The service cannot write to its database now. Try again in a while.");
     }
+    if (!uid) { return answerPage(response, status, htmlOf(page)); }
     setPageHeaders(response);
-    response.set_redirect(formAddress(kind, discId) + "&saved=" + std::to_string(*uid), 303);
+    response.set_redirect(formAddress(page.kind, page.discId) + "&saved=" + std::to_string(*uid), 303);
 }
 
 void Server::addPageRoutes(DiscKind kind)

@@ -161,7 +161,11 @@ bool Server::process_and_close_socket(socket_t socket)
 {
     ClientConnection connection(socket, m_stopDescriptor, m_limits.headerBytes, m_limits.headerTime);
     const auto afterHeaders = [&](httplib::Request& request) {
-        connection.allow(m_limits.bodyBytes, m_limits.bodyTime);
+        if (isPage(request.path)) {
+            connection.allow(m_limits.formBytes + 1, m_limits.formTime);  // one more shows it is too long
+        } else {
+            connection.allow(m_limits.bodyBytes, m_limits.bodyTime);
+        }
         const std::string encoding = request.get_header_value(kContentEncoding);
         request.headers.erase(kContentEncoding);
         request.headers.emplace(kSetAsideEncoding, encoding);

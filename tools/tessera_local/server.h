@@ -2,7 +2,7 @@
 // The wire itself is told by helpText() of options.h.
 #pragma once
 
-#include "tools/tessera_local/configuration_form.h"
+#include "tools/tessera_local/configuration_page.h"
 #include "tools/tessera_local/options.h"
 #include "tools/tessera_local/package_upload.h"
 #include "tools/tessera_local/store.h"
@@ -24,6 +24,9 @@ struct Limits {
     std::uint64_t bodyBytes = std::uint64_t{256} << 20;  // deflated; SQLite holds at most 10^9 in one value
     std::chrono::milliseconds bodyTime{60'000};          // to receive the body and send the reply
     std::uint64_t packageBytes = kMaximumPackageBytes;   // inflated
+    // Of a form, which anybody may send: no more time than for headers, or a few clients could hold all workers.
+    std::uint64_t formBytes = std::uint64_t{4} << 20;
+    std::chrono::milliseconds formTime{10'000};
 };
 
 class Server final : private httplib::Server {
@@ -65,8 +68,7 @@ private:
     void showForm(DiscKind kind, const httplib::Request& request, httplib::Response& response);
     void takeForm(DiscKind kind, const httplib::Request& request, httplib::Response& response,
                   const httplib::ContentReader& reader);
-    void saveForm(const ConfigurationForm& form, DiscKind kind, std::int64_t discId,
-                  httplib::Response& response);
+    void saveForm(FormPage page, httplib::Response& response);
     void addPageRoutes(DiscKind kind);
 
     Store& m_store;

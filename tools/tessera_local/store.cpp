@@ -216,13 +216,15 @@ std::optional<std::int64_t> Store::addConfiguration(const Configuration& added)
                      " (disc_id, language_code, added_by_username, added_by_uid, data)"
                      " SELECT ?1, ?2, ?3, ?4, ?5 WHERE length(?5) + coalesce("
                      "(SELECT sum(length(data)) FROM configurations WHERE disc_id = ?1), 0) <= ?6"
+                     " AND (SELECT count(*) FROM configurations WHERE disc_id = ?1) < ?7"
                      " RETURNING uid");
     insert.bind(1, added.discId)
         .bind(2, std::string_view(added.languageCode))
         .bind(3, std::string_view(added.addedByUsername))
         .bind(4, added.addedByUid)
         .bind(5, std::string_view(added.data))
-        .bind(6, kMaximumConfigurationCharacters);
+        .bind(6, kMaximumConfigurationCharacters)
+        .bind(7, kMaximumConfigurations);
     if (!insert.step()) { return std::nullopt; }
     const std::int64_t uid = insert.number(0);
     insert.step();  // to its end, where the row is really kept

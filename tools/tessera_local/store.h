@@ -32,7 +32,9 @@ struct Configuration {
     std::string data;
 };
 
-// How much text the configurations of one disc may hold together: a find reply carries them all.
+// How many configurations one disc may have, and how much text they may hold together: a find reply carries them
+// all, and a client must be able to take it.
+inline constexpr std::int64_t kMaximumConfigurations = 500;
 inline constexpr std::int64_t kMaximumConfigurationCharacters = std::int64_t{4} << 20;
 
 // The database cannot be opened, read or written; what() says why, for people.
@@ -61,7 +63,7 @@ public:
     std::vector<Configuration> configurations(std::int64_t discId);
 
     // Adds a configuration of a known disc and gives its uid (that of `configuration` is not looked at);
-    // nothing when the disc's would hold more than kMaximumConfigurationCharacters.
+    // nothing when the disc's would become more than the above.
     std::optional<std::int64_t> addConfiguration(const Configuration& configuration);
 
 private:
