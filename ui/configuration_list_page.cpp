@@ -2,7 +2,6 @@
 
 #include "ui/configuration_text.h"
 #include "ui/disabled_button.h"
-#include "ui/plain_text.h"
 
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -77,8 +76,6 @@ void ConfigurationListPage::createHeader()
 {
     m_discLabel->setObjectName(QStringLiteral("configurationDiscLabel"));
     m_discLabel->setTextFormat(Qt::PlainText);
-    m_discLabel->setWordWrap(true);
-    m_discLabel->setMinimumWidth(1);  // an error text, however long its words, makes no window wider
     m_linkLabel->setObjectName(QStringLiteral("newConfigurationLink"));
     m_linkLabel->setTextFormat(Qt::RichText);
     m_linkLabel->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::LinksAccessibleByMouse |
@@ -141,7 +138,6 @@ void ConfigurationListPage::setRefreshEnabled(bool enabled)
 void ConfigurationListPage::showHeader()
 {
     m_discLabel->setText(configurationtext::header(m_disc));
-    m_discLabel->setToolTip(plaintext::toolTip(m_discLabel->text()));
     const QString url = m_disc.newDiscUrl.toHtmlEscaped();
     const QString text = url.isEmpty() ? tr("(No Tessera URL available)") : tr("New Configuration");
     m_linkLabel->setText(url.isEmpty() ? text : QStringLiteral("<a href=\"%1\">%2</a>").arg(url, text));
