@@ -15,6 +15,9 @@ target_compile_definitions(platterscope_options INTERFACE
   QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_CAST_FROM_BYTEARRAY QT_NO_URL_CAST_FROM_STRING
   QT_NO_KEYWORDS QT_NO_FOREACH QT_NO_NARROWING_CONVERSIONS_IN_CONNECT QT_STRICT_ITERATORS
   QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+if(WIN32)
+  target_compile_definitions(platterscope_options INTERFACE NOMINMAX UNICODE WIN32_LEAN_AND_MEAN)
+endif()
 
 # platterscope_module(name [MOC] SOURCES file... HEADERS file... LINK target...)
 # The library platterscope_<name> of the current folder. HEADERS are its public headers, each of which must

@@ -1,6 +1,7 @@
 // Opening, measuring and reading files of the host system with 64-bit offsets, by the system's own means
 // (file_stream_posix.cpp, file_stream_windows.cpp). Files are opened without blocking and must be regular: a
-// FIFO or a device in place of a disc file must not hang the reader.
+// FIFO or a device in place of a disc file must not hang the reader. Paths are in the system's 8-bit encoding
+// (Windows: the process's code page, as in a directory's listing).
 #pragma once
 
 #include <cstdint>

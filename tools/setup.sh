@@ -2,7 +2,7 @@
 # Installs the Debian 12 packages that the project needs, and nothing when all are there.
 #
 #   tools/setup.sh                  what building, running and testing need (groups "build" and "test")
-#   tools/setup.sh GROUP...         only these groups: build, test, browser, bench, dvd-authoring
+#   tools/setup.sh GROUP...         only these groups: build, test, browser, windows, bench, dvd-authoring
 #
 # Run it as root or as a user who may use sudo.
 set -euo pipefail
@@ -33,6 +33,12 @@ test=(
 browser=(
     chromium                # opens the local service's pages as their user does (tests/browser)
     chromium-driver         # types and clicks in it for the tests
+)
+windows=(
+    g++-mingw-w64-x86-64-posix    # compiles for Windows (preset "windows-backends")
+    wine64                  # runs what it made
+    wine                    # the command of that name, and its server's
+    googletest              # GoogleTest as sources, to be compiled for Windows too
 )
 bench=(
     libbenchmark-dev        # measures (preset "bench")
@@ -67,9 +73,10 @@ for group in "$@"; do
         build) wanted+=("${build[@]}") ;;
         test) wanted+=("${test[@]}") ;;
         browser) wanted+=("${browser[@]}") ;;
+        windows) wanted+=("${windows[@]}") ;;
         bench) wanted+=("${bench[@]}") ;;
         dvd-authoring) wanted+=("${dvd_authoring[@]}") ;;
-        *) fail "no group '$group'; the groups are build, test, browser, bench, dvd-authoring" ;;
+        *) fail "no group '$group'; the groups are build, test, browser, windows, bench, dvd-authoring" ;;
     esac
 done
 

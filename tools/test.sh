@@ -11,7 +11,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-steps=(setup format structure release tests tidy asan authored browser window)
+steps=(setup format structure release tests tidy asan tsan authored browser windows window)
 authored=$PWD/build/authored    # the real discs of the steps authored and window
 logs=$PWD/build/logs
 
@@ -56,6 +56,11 @@ step_asan() {    # all tests under the address and undefined behaviour sanitizer
     run_ctest asan-ubsan --label-exclude '^(authored|browser)$'
 }
 
+step_tsan() {    # what has threads and no Qt under the thread sanitizer; Debian's Qt is not made for it
+    build tsan all
+    run_ctest tsan
+}
+
 step_authored() {    # tests on DVDs of an independent authoring tool, as folders and images
     author_discs
     local preset
@@ -73,6 +78,20 @@ step_browser() {    # disc, local service and a real browser, where one can be i
     fi
     build release all
     run_ctest release --label-regex '^browser$'
+}
+
+step_windows() {    # what calls Windows itself, compiled for it and run by wine, where both can be installed
+    if ! tools/setup.sh windows; then
+        echo "skipped: the compiler for Windows and wine cannot be installed here"
+        skipped=$((skipped + 1))
+        return
+    fi
+    build windows-backends all
+    local status=0
+    run_ctest windows-backends || status=$?
+    tools/wine.sh --end
+    [[ $status -eq 0 ]] || return "$status"
+    tools/check_windows_syntax.sh
 }
 
 step_window() {    # the program under a virtual display, with a person's keys, on an authored DVD

@@ -1,6 +1,7 @@
 #include "ui/main_window.h"
 
 #include "app/identity.h"
+#include "monitor/inotify_watcher.h"
 #include "ui/configurations_page.h"
 #include "ui/monitor_page.h"
 #include "ui/placeholder_page.h"
@@ -25,18 +26,11 @@ QAction* menuAction(QMenu* menu, const QString& text, const QString& objectName)
     return action;
 }
 
-// An action whose behaviour is still to come: it stands in its place, disabled.
-QAction* laterMenuAction(QMenu* menu, const QString& text, const QString& objectName)
-{
-    QAction* action = menuAction(menu, text, objectName);
-    action->setEnabled(false);
-    return action;
-}
-
 }  // namespace
 
 MainWindow::MainWindow(QWidget* parent)
     : QMainWindow(parent)
+    , m_watcher(new InotifyWatcher(this))
     , m_scanner(new DiscScanner(this))
 {
     setObjectName(QStringLiteral("mainWindow"));
@@ -48,6 +42,8 @@ MainWindow::MainWindow(QWidget* parent)
     loadStoredKey();
     applyEnableRule();
     QTimer::singleShot(0, this, &MainWindow::startUp);
+    connectMonitor();
+    setMonitoring(false, tr("Idle"));
 }
 
 bool MainWindow::hasKey() const
@@ -66,7 +62,7 @@ void MainWindow::createMenus()
     QMenu* view = menuBar()->addMenu(tr("View"));
     m_titlesAction = menuAction(view, tr("Titles"), QStringLiteral("titlesAction"));
     m_configurationsAction = menuAction(view, tr("Configurations"), QStringLiteral("configurationsAction"));
-    m_monitorAction = laterMenuAction(view, tr("Blu-ray Access Monitor"), QStringLiteral("monitorAction"));
+    m_monitorAction = menuAction(view, tr("Blu-ray Access Monitor"), QStringLiteral("monitorAction"));
     for (QAction* action : {m_titlesAction, m_configurationsAction, m_monitorAction}) {
         action->setCheckable(true);
     }
@@ -82,6 +78,7 @@ void MainWindow::createMenus()
     connect(quit, &QAction::triggered, this, &MainWindow::quitApplication);
     connect(m_titlesAction, &QAction::triggered, this, &MainWindow::showTitlesView);
     connect(m_configurationsAction, &QAction::triggered, this, &MainWindow::showConfigurationsView);
+    connect(m_monitorAction, &QAction::triggered, this, &MainWindow::showMonitorView);
     connect(key, &QAction::triggered, this, &MainWindow::showApiKeyDialogSlot);
     connect(library, &QAction::triggered, this, &MainWindow::showConfigurationLibraryDialog);
     connect(about, &QAction::triggered, this, &MainWindow::showAboutDialog);
@@ -113,6 +110,7 @@ void MainWindow::applyEnableRule()
     m_titlesAction->setEnabled(key && m_discLoaded);
     m_configurationsAction->setEnabled(key && m_discLoaded);
     m_configurationsPage->setRefreshEnabled(key && m_discLoaded && m_result.ok != 0 && m_result.inDatabase);
+    applyMonitorRule();
     m_placeholderPage->setHasKey(key);
     showPage(m_page);
 }
@@ -150,6 +148,11 @@ void MainWindow::showConfigurationsView()
     showPage(Page::Configurations);
 }
 
+void MainWindow::showMonitorView()
+{
+    showPage(Page::Monitor);
+}
+
 void MainWindow::quitApplication()
 {
     if (close()) { QApplication::quit(); }
@@ -162,6 +165,7 @@ void MainWindow::closeEvent(QCloseEvent* event)
         event->ignore();
         return;
     }
+    stopMonitoring();
     event->accept();
 }
 

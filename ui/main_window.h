@@ -7,6 +7,7 @@
 #include "scan/disc_scanner.h"
 
 #include <QMainWindow>
+#include <QSet>
 #include <QString>
 
 #include <optional>
@@ -14,9 +15,11 @@
 #include <utility>
 
 class ConfigurationsPage;
+class InotifyWatcher;
 class MonitorPage;
 class PlaceholderPage;
 class QAction;
+class QListWidgetItem;
 class QStackedWidget;
 class TitlesPage;
 
@@ -43,11 +46,23 @@ public Q_SLOTS:
     void quitApplication();
     void showTitlesView();
     void showConfigurationsView();
+    void showMonitorView();
     void showApiKeyDialogSlot();
     void showConfigurationLibraryDialog();
     void openConfigurationLibraryDocumentation();
     void showAboutDialog();
     void refreshConfigurations();
+
+    void startMonitoring();
+    void stopMonitoring();
+    void clearAllMonitorLogs();
+    void onMplsEvent(const QString& path, const QString& eventType);
+    void onM2tsEvent(const QString& path, const QString& eventType);
+    void onOpenMplsFilesChanged(const QSet<QString>& openFiles);
+    void onOpenFilesChanged(const QSet<QString>& openFiles);
+    void onErrorOccurred(const QString& message);
+    void copyEventLogItemToClipboard(QListWidgetItem* item);
+    void copyOpenFileItemToClipboard(QListWidgetItem* item);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -79,6 +94,12 @@ private:
     // main_window_configurations.cpp
     [[nodiscard]] DiscScanResult reloadConfigurationsWithProgress(const DiscScanResult& current);
 
+    // main_window_monitor.cpp
+    void connectMonitor();
+    [[nodiscard]] bool isMonitorAvailable() const;
+    void setMonitoring(bool monitoring, const QString& status);
+    void applyMonitorRule();
+
     // Runs `work` on a worker thread behind the busy dialog and returns what it returned. `work` must own all
     // it needs and must not throw.
     template <typename Work>
@@ -94,6 +115,7 @@ private:
     void beginWork() { m_working = true; }
     void endWork();
 
+    InotifyWatcher* m_watcher;
     DiscScanner* m_scanner;  // holds the key; each worker makes a scanner of its own
     QString m_discPath;
     QString m_discToOpenAtStart;
@@ -101,6 +123,7 @@ private:
     DiscScanResult m_result;
     bool m_discLoaded = false;
     bool m_apiKeyAccepted = false;
+    bool m_monitoring = false;
     bool m_working = false;
     bool m_closeRequested = false;    // while work ran; carried out when it has ended
     Page m_page = Page::Placeholder;  // the page to show while there is a key

@@ -87,6 +87,7 @@ void MainWindow::dropEvent(QDropEvent* event)
 
 void MainWindow::openDisc(const QString& path)
 {
+    stopMonitoring();  // first: the watch is for what others read, not for what the scan does
     DiscScanResult result = scanDiscWithProgress(path, false);
     const bool isUnknown = result.ok != 0 && !result.inDatabase;
     if (isUnknown && !m_closeRequested &&
@@ -101,6 +102,7 @@ void MainWindow::openDisc(const QString& path)
 
 void MainWindow::populate(const QString& path, const DiscScanResult& result)
 {
+    stopMonitoring();
     m_discPath = path;
     m_result = result;
     m_discLoaded = result.discType != DiscType::None;

@@ -2,6 +2,7 @@
 
 #include "ui/disabled_button.h"
 
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QListWidget>
@@ -12,54 +13,135 @@
 
 namespace {
 
-// A label over two tabs, one list for playlists and one for segments.
-QVBoxLayout* fileLists(const QString& heading, const QString& objectNamePrefix)
+QListWidget* addList(QTabWidget* tabs, const QString& title, const QString& objectName)
+{
+    auto* list = new QListWidget;
+    list->setObjectName(objectName);
+    list->setAccessibleName(tabs->accessibleName() + QStringLiteral(": ") + title);
+    list->setUniformItemSizes(true);
+    tabs->addTab(list, title);
+    return list;
+}
+
+// A label over a tab for playlists and one for segments.
+QTabWidget* addTabs(QHBoxLayout* columns, int stretch, const QString& heading,
+                    const QString& objectNamePrefix)
 {
     auto* tabs = new QTabWidget;
     tabs->setObjectName(objectNamePrefix + QStringLiteral("Tabs"));
     tabs->setAccessibleName(heading);
     tabs->tabBar()->setObjectName(objectNamePrefix + QStringLiteral("TabBar"));
     tabs->tabBar()->setAccessibleName(heading);
-    const auto addList = [&](const QString& title, const QString& objectName) {
-        auto* list = new QListWidget;
-        list->setObjectName(objectNamePrefix + objectName);
-        list->setAccessibleName(heading + QStringLiteral(": ") + title);
-        tabs->addTab(list, title);
-    };
-    addList(MonitorPage::tr("Playlists (.mpls)"), QStringLiteral("PlaylistList"));
-    addList(MonitorPage::tr("Segments (.m2ts)"), QStringLiteral("SegmentList"));
-    tabs->setCurrentIndex(0);
-
     auto* column = new QVBoxLayout;
     column->addWidget(new QLabel(heading));
     column->addWidget(tabs);
-    return column;
+    columns->addLayout(column, stretch);
+    return tabs;
 }
 
 }  // namespace
 
 MonitorPage::MonitorPage(QWidget* parent)
     : QWidget(parent)
+    , m_status(new QLabel)
+    , m_startButton(disabledButton(tr("Start"), QStringLiteral("startMonitoringButton")))
+    , m_stopButton(disabledButton(tr("Stop"), QStringLiteral("stopMonitoringButton")))
+    , m_clearButton(disabledButton(tr("Clear All"), QStringLiteral("clearMonitorButton")))
 {
     setObjectName(QStringLiteral("monitorPage"));
-
     auto* header = new QHBoxLayout;
     header->addWidget(new QLabel(tr("Blu-ray Access Monitor")));
     header->addStretch();
-    header->addWidget(disabledButton(tr("Start"), QStringLiteral("startMonitoringButton")));
-    header->addWidget(disabledButton(tr("Stop"), QStringLiteral("stopMonitoringButton")));
-    header->addWidget(disabledButton(tr("Clear All"), QStringLiteral("clearMonitorButton")));
-
-    auto* columns = new QHBoxLayout;
-    columns->addLayout(fileLists(tr("Open/Close Events"), QStringLiteral("event")), 2);
-    columns->addLayout(fileLists(tr("Currently Open Files"), QStringLiteral("openFile")), 1);
-
-    auto* status = new QLabel(tr("Idle"));
-    status->setObjectName(QStringLiteral("monitorStatusLabel"));
-    status->setTextFormat(Qt::PlainText);
+    header->addWidget(m_startButton);
+    header->addWidget(m_stopButton);
+    header->addWidget(m_clearButton);
+    connect(m_startButton, &QPushButton::clicked, this, &MonitorPage::startRequested);
+    connect(m_stopButton, &QPushButton::clicked, this, &MonitorPage::stopRequested);
+    connect(m_clearButton, &QPushButton::clicked, this, &MonitorPage::clearRequested);
 
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(header);
-    layout->addLayout(columns);
-    layout->addWidget(status);
+    createLists();
+    layout->addWidget(m_status);
+    m_status->setObjectName(QStringLiteral("monitorStatusLabel"));
+    m_status->setTextFormat(Qt::PlainText);
+    m_status->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);  // a long path widens no window
+}
+
+void MonitorPage::createLists()
+{
+    auto* columns = new QHBoxLayout;
+    auto* events = addTabs(columns, 2, tr("Open/Close Events"), QStringLiteral("event"));
+    auto* openFiles = addTabs(columns, 1, tr("Currently Open Files"), QStringLiteral("openFile"));
+    const auto fill = [this](QTabWidget* tabs, const QString& prefix, auto member, auto chosen) {
+        const auto add = [&](Lists& lists, const QString& title, const QString& name) {
+            QListWidget* list = addList(tabs, title, prefix + name);
+            lists.*member = list;
+            connect(list, &QListWidget::itemClicked, this, chosen);
+            connect(list, &QListWidget::itemActivated, this, chosen);
+        };
+        add(m_playlists, tr("Playlists (.mpls)"), QStringLiteral("PlaylistList"));
+        add(m_segments, tr("Segments (.m2ts)"), QStringLiteral("SegmentList"));
+        tabs->setCurrentIndex(0);
+    };
+    fill(events, QStringLiteral("event"), &Lists::events, &MonitorPage::eventChosen);
+    fill(openFiles, QStringLiteral("openFile"), &Lists::openFiles, &MonitorPage::openFileChosen);
+    static_cast<QVBoxLayout*>(layout())->addLayout(columns);
+}
+
+void MonitorPage::addEvent(Files files, const QString& line)
+{
+    lists(files).events->addItem(line);
+    updateLater(lists(files));
+}
+
+void MonitorPage::showOpenFiles(Files files, const QSet<QString>& paths)
+{
+    lists(files).openPaths = paths;
+    updateLater(lists(files));
+}
+
+void MonitorPage::clearLists()
+{
+    for (Lists* each : {&m_playlists, &m_segments}) {
+        each->events->clear();
+        each->openFiles->clear();
+        each->openPaths.clear();
+    }
+}
+
+void MonitorPage::setStatus(const QString& status)
+{
+    m_status->setText(status);
+}
+
+void MonitorPage::setControls(bool canStart, bool canStop, bool canClear)
+{
+    m_startButton->setEnabled(canStart);
+    m_stopButton->setEnabled(canStop);
+    m_clearButton->setEnabled(canClear);
+}
+
+MonitorPage::Lists& MonitorPage::lists(Files files)
+{
+    return files == Files::Playlists ? m_playlists : m_segments;
+}
+
+void MonitorPage::updateLater(Lists& outdated)
+{
+    if (std::exchange(outdated.isOutdated, true)) { return; }
+    QMetaObject::invokeMethod(
+        this, [this, &outdated] { update(outdated); }, Qt::QueuedConnection);
+}
+
+void MonitorPage::update(Lists& outdated)
+{
+    outdated.isOutdated = false;
+    outdated.events->scrollToBottom();
+    QStringList names;
+    for (const QString& path : std::as_const(outdated.openPaths)) {
+        names.append(QFileInfo(path).fileName());
+    }
+    outdated.openFiles->clear();
+    outdated.openFiles->addItems(names);
 }

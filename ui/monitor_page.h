@@ -1,12 +1,61 @@
-// The Blu-ray Access Monitor: which playlists and segments a player opens and closes, and which are open now.
-// The page stands with its texts; nothing watches yet, so its buttons are disabled.
+// The page that shows which files of a Blu-ray disc a player opens: what happened so far, and what is open now.
 #pragma once
 
+#include <QSet>
 #include <QWidget>
+
+class QLabel;
+class QListWidget;
+class QListWidgetItem;
+class QPushButton;
 
 class MonitorPage : public QWidget {
     Q_OBJECT
 
 public:
+    enum class Files { Playlists, Segments };
+
     explicit MonitorPage(QWidget* parent = nullptr);
+
+    // Appends a line to the list of events and keeps the end of it in view.
+    void addEvent(Files files, const QString& line);
+
+    // One row for each path, with its file name alone.
+    void showOpenFiles(Files files, const QSet<QString>& paths);
+
+    // Empties all four lists.
+    void clearLists();
+
+    void setStatus(const QString& status);
+    void setControls(bool canStart, bool canStop, bool canClear);
+
+Q_SIGNALS:
+    void startRequested();
+    void stopRequested();
+    void clearRequested();
+    // A row was clicked, or Enter was pressed on it.
+    void eventChosen(QListWidgetItem* item);
+    void openFileChosen(QListWidgetItem* item);
+
+private:
+    // The two lists of one kind of files. Both are brought up to date once for all that happened in between:
+    // scrolling for each of a thousand rows took eight seconds.
+    struct Lists {
+        QListWidget* events = nullptr;
+        QListWidget* openFiles = nullptr;
+        QSet<QString> openPaths;
+        bool isOutdated = false;
+    };
+
+    void createLists();
+    [[nodiscard]] Lists& lists(Files files);
+    void updateLater(Lists& outdated);
+    void update(Lists& outdated);
+
+    Lists m_playlists;
+    Lists m_segments;
+    QLabel* m_status;
+    QPushButton* m_startButton;
+    QPushButton* m_stopButton;
+    QPushButton* m_clearButton;
 };

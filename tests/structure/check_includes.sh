@@ -16,6 +16,7 @@ declare -A allowed=(
     [app/log]=""
     [ui]="scan monitor service app/busy_task app/log"
     [monitor]=""
+    [etw_helper]="monitor"
     [scan]="service package bdmeta dvdmeta discio app/log"
     [service]="app/log"
     [package]="bdmeta dvdmeta discio"
@@ -26,7 +27,7 @@ declare -A allowed=(
     [tests]="any"
     [bench]="any"
 )
-without_qt=" discio bdmeta dvdmeta "
+without_qt=" discio bdmeta dvdmeta etw_helper "
 native_file='_(posix|linux|windows)\.cpp$'
 
 # The room of a source file or of an included path.

@@ -3,6 +3,7 @@
 //   make_screenshots FOLDER [dark]
 //
 // QT_SCALE_FACTOR and QT_QPA_PLATFORM do what they always do.
+#include "tests/support/player.h"
 #include "tests/support/sample_bluray.h"
 #include "tests/ui/window_fixture.h"
 
@@ -125,12 +126,22 @@ void takePages(Photographer& photographer)
     fixture.trigger("configurationLibraryAction");
     fixture.trigger("apiKeyAction");
 
+    fixture.trigger("monitorAction");
+    fixture.click("startMonitoringButton");
+    QTest::qWait(300);  // until the whole disc is watched
+    testsupport::Player player;
+    player.openAndClose(disc + "/BDMV/PLAYLIST/00000.mpls");
+    player.open(3, disc + "/BDMV/PLAYLIST/00800.mpls");
+    player.openAndClose(disc + "/BDMV/PLAYLIST/00801.mpls");
+    QTest::qWait(300);
+    photographer.take(window, QStringLiteral("page-7-monitor"));
+
     fixture.server.playFor(
         "/api/tessera/bluray/find/",
         {.status = 503, .body = "The service is down for maintenance.\nPlease try again in an hour."});
     window->populate(QString::fromStdString(disc), scanner.scan(QString::fromStdString(disc), false));
     fixture.trigger("configurationsAction");
-    photographer.take(window, QStringLiteral("page-7-error"));
+    photographer.take(window, QStringLiteral("page-8-error"));
 }
 
 }  // namespace

@@ -153,5 +153,6 @@ void ModalDriver::handle(QWidget* dialog)
     }
     const Expectation expectation = m_expected.front();
     m_expected.pop_front();
+    Q_EMIT boxShown();
     expectation.answer(dialog);
 }

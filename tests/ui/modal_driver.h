@@ -45,6 +45,10 @@ public:
     // "title: label" of each busy dialog so far.
     [[nodiscard]] const QStringList& busyDialogs() const { return m_busyDialogs; }
 
+Q_SIGNALS:
+    // An expected dialog stands, and is about to be answered.
+    void boxShown();
+
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 

@@ -1,0 +1,276 @@
+#include "monitor/directory_watch.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <limits.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+#include <new>
+#include <string_view>
+#include <system_error>
+#include <thread>
+#include <unordered_map>
+#include <utility>
+
+namespace monitor {
+
+namespace {
+
+constexpr std::uint32_t kMask =
+    IN_OPEN | IN_CLOSE | IN_CREATE | IN_MOVE | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR | IN_DONT_FOLLOW;
+
+// Some 2,000 events; one of them takes no more than its header and a file name.
+constexpr std::size_t kBufferBytes = 64 * 1024;
+static_assert(kBufferBytes >= sizeof(inotify_event) + NAME_MAX + 1);
+
+WatchFailure failure(WatchFailure::Kind kind)
+{
+    return {.kind = kind, .errorNumber = 0, .text = {}};
+}
+
+struct DirectoryCloser {
+    void operator()(DIR* directory) const { ::closedir(directory); }
+};
+
+// The names in a directory that are directories or may be; links are none.
+std::vector<std::string> subdirectories(const std::string& path)
+{
+    std::vector<std::string> names;
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (descriptor < 0) { return names; }
+    const std::unique_ptr<DIR, DirectoryCloser> directory(::fdopendir(descriptor));
+    if (!directory) {
+        ::close(descriptor);
+        return names;
+    }
+    while (const dirent* entry = ::readdir(directory.get())) {
+        const std::string_view name = entry->d_name;
+        if ((entry->d_type == DT_DIR || entry->d_type == DT_UNKNOWN) && name != "." && name != "..") {
+            names.emplace_back(name);
+        }
+    }
+    return names;
+}
+
+std::string joined(const std::string& directory, std::string_view name)
+{
+    return (directory == "/" ? std::string() : directory) + '/' + std::string(name);
+}
+
+}  // namespace
+
+// The tables belong to the watch's thread as soon as it runs.
+class DirectoryWatch::Native {
+public:
+    Native(int inotify, int wakeUp, WatchSink sink)
+        : m_inotify(inotify)
+        , m_wakeUp(wakeUp)
+        , m_sink(std::move(sink))
+    {}
+
+    ~Native()
+    {
+        m_isStopping = true;
+        ::eventfd_write(m_wakeUp, 1);
+        if (m_thread.joinable()) { m_thread.join(); }
+        ::close(m_inotify);
+        ::close(m_wakeUp);
+    }
+
+    Native(const Native&) = delete;
+    Native& operator=(const Native&) = delete;
+
+    std::optional<WatchFailure> begin(const std::string& root)
+    {
+        m_root = ::inotify_add_watch(m_inotify, root.c_str(), kMask);
+        if (m_root < 0) {
+            return failure(errno == ENOSPC ? WatchFailure::Kind::TooManyWatches
+                                           : WatchFailure::Kind::CannotWatch);
+        }
+        m_directories.emplace(m_root, root);
+        addSubdirectories(root);
+        m_thread = std::thread(&Native::run, this);
+        return std::nullopt;
+    }
+
+private:
+    void run();
+    void watchTree();
+    void watchDirectory(const std::string& path);
+    void addSubdirectories(const std::string& path);
+    void forgetTree(const std::string& path);
+    void readEvents();
+    void handle(const inotify_event& event, std::string_view name);
+    void handleDirectory(std::uint32_t mask, const std::string& path);
+    void handleFile(std::uint32_t mask, std::string path);
+    void deliver();
+    void fail(WatchFailure::Kind kind) { m_failure = m_failure ? m_failure : failure(kind); }
+    [[nodiscard]] bool goesOn() const { return !m_failure && !m_isStopping; }
+
+    const int m_inotify;
+    const int m_wakeUp;  // an eventfd: written to end the wait
+    const WatchSink m_sink;
+    int m_root = -1;
+    std::unordered_map<int, std::string> m_directories;  // by watch descriptor
+    std::unordered_map<std::string, int> m_opens;        // how often each file is open
+    std::vector<std::string> m_unwatched;  // directories that were seen and wait for their watch
+    std::vector<AccessEvent> m_events;     // that were read and not delivered yet
+    std::optional<WatchFailure> m_failure;
+    std::atomic<bool> m_isStopping = false;
+    std::thread m_thread;
+};
+
+void DirectoryWatch::Native::run()
+{
+    try {
+        while (goesOn()) {
+            watchTree();
+            deliver();
+            std::array<pollfd, 2> polled{{{m_inotify, POLLIN, 0}, {m_wakeUp, POLLIN, 0}}};
+            if (goesOn() && ::poll(polled.data(), polled.size(), -1) > 0) { readEvents(); }
+        }
+        deliver();
+    } catch (const std::bad_alloc&) {
+        fail(WatchFailure::Kind::EventsLost);
+    }
+    if (m_failure && !m_isStopping) { m_sink.onFailure(*m_failure); }
+}
+
+// Each new watch makes events of its own, from listing its directory: they are read in between, or they alone
+// would fill the kernel's queue.
+void DirectoryWatch::Native::watchTree()
+{
+    while (goesOn() && !m_unwatched.empty()) {
+        const std::string path = std::move(m_unwatched.back());
+        m_unwatched.pop_back();
+        watchDirectory(path);
+        readEvents();
+    }
+}
+
+void DirectoryWatch::Native::watchDirectory(const std::string& path)
+{
+    const int watch = ::inotify_add_watch(m_inotify, path.c_str(), kMask);
+    if (watch < 0) {
+        // A directory that is gone again or that the user may not read has nothing to report.
+        if (errno == ENOSPC || errno == ENOMEM) { fail(WatchFailure::Kind::TooManyWatches); }
+        return;
+    }
+    // Seen under another name before: its directories are watched.
+    if (m_directories.emplace(watch, path).second) { addSubdirectories(path); }
+}
+
+void DirectoryWatch::Native::addSubdirectories(const std::string& path)
+{
+    for (const std::string& name : subdirectories(path)) {
+        m_unwatched.push_back(joined(path, name));
+    }
+}
+
+// What left the tree is not its business any more.
+void DirectoryWatch::Native::forgetTree(const std::string& path)
+{
+    const std::string below = path + '/';
+    std::erase_if(m_directories, [&](const auto& directory) {
+        const bool isBelow = directory.second == path || directory.second.starts_with(below);
+        if (isBelow) { ::inotify_rm_watch(m_inotify, directory.first); }
+        return isBelow;
+    });
+}
+
+void DirectoryWatch::Native::readEvents()
+{
+    alignas(inotify_event) std::array<char, kBufferBytes> buffer;
+    const ssize_t size = ::read(m_inotify, buffer.data(), buffer.size());  // does not block
+    ssize_t position = 0;
+    while (position < size) {
+        inotify_event event{};
+        std::memcpy(&event, buffer.data() + position, sizeof event);
+        const char* name = buffer.data() + position + sizeof event;  // padded with NULs
+        handle(event, std::string_view(name, ::strnlen(name, event.len)));
+        position += static_cast<ssize_t>(sizeof event + event.len);
+    }
+}
+
+void DirectoryWatch::Native::handle(const inotify_event& event, std::string_view name)
+{
+    if ((event.mask & IN_Q_OVERFLOW) != 0) { return fail(WatchFailure::Kind::EventsLost); }
+    const auto directory = m_directories.find(event.wd);
+    if (directory == m_directories.end()) { return; }
+    if ((event.mask & (IN_IGNORED | IN_UNMOUNT | IN_DELETE_SELF | IN_MOVE_SELF)) != 0) {
+        if (event.wd == m_root) { fail(WatchFailure::Kind::RootGone); }
+        if ((event.mask & IN_IGNORED) != 0) { m_directories.erase(directory); }
+        return;
+    }
+    if (name.empty()) { return; }  // the directory itself
+    const std::string path = joined(directory->second, name);
+    if ((event.mask & IN_ISDIR) != 0) {
+        handleDirectory(event.mask, path);
+    } else {
+        handleFile(event.mask, path);
+    }
+}
+
+void DirectoryWatch::Native::handleDirectory(std::uint32_t mask, const std::string& path)
+{
+    if ((mask & IN_MOVED_FROM) != 0) { forgetTree(path); }
+    if ((mask & (IN_CREATE | IN_MOVED_TO)) != 0) { m_unwatched.push_back(path); }
+}
+
+void DirectoryWatch::Native::handleFile(std::uint32_t mask, std::string path)
+{
+    if ((mask & IN_OPEN) != 0) {
+        ++m_opens[path];
+        m_events.push_back({AccessEvent::Kind::Open, std::move(path), true});
+    } else if ((mask & IN_CLOSE) != 0) {
+        const auto opens = m_opens.find(path);  // not there: opened before the watch began
+        const bool isStillOpen = opens != m_opens.end() && --opens->second > 0;
+        if (opens != m_opens.end() && !isStillOpen) { m_opens.erase(opens); }
+        m_events.push_back({AccessEvent::Kind::Close, std::move(path), isStillOpen});
+    }
+}
+
+void DirectoryWatch::Native::deliver()
+{
+    if (!m_events.empty() && !m_isStopping) { m_sink.onEvents(std::exchange(m_events, {})); }
+}
+
+DirectoryWatch::DirectoryWatch() = default;
+
+DirectoryWatch::~DirectoryWatch() = default;
+
+std::optional<WatchFailure> DirectoryWatch::start(const std::string& root, WatchSink sink)
+{
+    const int inotify = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    if (inotify < 0) {
+        return failure(errno == EMFILE ? WatchFailure::Kind::TooManyWatches
+                                       : WatchFailure::Kind::CannotWatch);
+    }
+    const int wakeUp = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (wakeUp < 0) {
+        ::close(inotify);
+        return failure(WatchFailure::Kind::CannotWatch);
+    }
+    try {
+        auto native = std::make_unique<Native>(inotify, wakeUp, std::move(sink));
+        std::optional<WatchFailure> problem = native->begin(root);
+        if (!problem) { m_native = std::move(native); }
+        return problem;
+    } catch (const std::system_error&) {  // no thread
+        return failure(WatchFailure::Kind::CannotWatch);
+    }
+}
+
+void DirectoryWatch::stop()
+{
+    m_native.reset();
+}
+
+}  // namespace monitor

@@ -1,0 +1,170 @@
+#include "monitor/helper_watch.h"
+
+#include "monitor/helper_message.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+namespace monitor {
+
+namespace {
+
+using Kind = WatchFailure::Kind;
+
+constexpr std::chrono::milliseconds kHelperEndLimit{5000};
+constexpr std::chrono::milliseconds kCancelInterval{10};
+
+// What the bytes read so far hold in whole messages.
+struct Messages {
+    std::size_t bytes = 0;
+    std::vector<AccessEvent> events;
+    std::optional<WatchFailure> failure;  // what follows it is of no interest
+};
+
+void takeMessage(std::uint32_t kind, std::string payload, Messages& messages)
+{
+    switch (static_cast<MessageKind>(kind)) {
+    case MessageKind::Nothing:
+        return;
+    case MessageKind::Opened:
+        messages.events.push_back({AccessEvent::Kind::Open, std::move(payload), false});
+        return;
+    case MessageKind::Closed:
+        messages.events.push_back({AccessEvent::Kind::Close, std::move(payload), false});
+        return;
+    case MessageKind::Failed:
+        messages.failure = WatchFailure{Kind::HelperFailed, 0, std::move(payload)};
+        return;
+    }
+    messages.failure = WatchFailure{Kind::UnknownMessage, 0, {}};
+}
+
+// A message is judged by its length as soon as its header is there, and by its kind when it is whole.
+Messages takeMessages(std::span<const std::uint8_t> bytes)
+{
+    Messages messages;
+    while (!messages.failure && bytes.size() >= kMessageHeaderBytes) {
+        const MessageHeader header = parseMessageHeader(bytes.first<kMessageHeaderBytes>());
+        if (header.payloadBytes > kMaximumPayloadBytes) {
+            messages.failure = WatchFailure{Kind::InvalidMessage, 0, {}};
+            break;
+        }
+        if (header.payloadBytes > bytes.size() - kMessageHeaderBytes) { break; }
+        const auto payload = bytes.subspan(kMessageHeaderBytes, header.payloadBytes);
+        takeMessage(header.kind, std::string(payload.begin(), payload.end()), messages);
+        messages.bytes += kMessageHeaderBytes + payload.size();
+        bytes = bytes.subspan(kMessageHeaderBytes + payload.size());
+    }
+    return messages;
+}
+
+}  // namespace
+
+HelperWatch::HelperWatch(std::string executable, const std::string& uuid)
+    : m_executable(std::move(executable))
+    , m_names(helperNames(uuid))
+{}
+
+HelperWatch::~HelperWatch()
+{
+    HelperWatch::stop();
+}
+
+std::optional<WatchFailure> HelperWatch::start(const std::string& root, WatchSink sink)
+{
+    m_sink = std::move(sink);
+    std::optional<WatchFailure> failure = launchHelper(root);
+    if (!failure) { failure = startReader(); }
+    if (failure) {
+        m_channel.signalStop();
+        release();
+    }
+    return failure;
+}
+
+void HelperWatch::stop()
+{
+    if (!m_reader.joinable()) { return; }
+    m_isRunning = false;
+    m_channel.signalStop();
+    const std::future<void> readerEnd = m_readerEnd.get_future();
+    do {
+        m_channel.cancelIo();
+    } while (readerEnd.wait_for(kCancelInterval) != std::future_status::ready);
+    m_reader.join();
+    release();
+}
+
+std::optional<WatchFailure> HelperWatch::launchHelper(const std::string& root)
+{
+    if (const std::uint32_t error = m_channel.createPipe(m_names.pipe); error != 0) {
+        return WatchFailure{Kind::PipeNotCreated, error, {}};
+    }
+    if (const std::uint32_t error = m_channel.createStopEvent(m_names.stopEvent); error != 0) {
+        return WatchFailure{Kind::StopEventNotCreated, error, {}};
+    }
+    if (!fileExists(m_executable)) { return WatchFailure{Kind::HelperMissing, 0, {}}; }
+    const std::string parameters = helperParameters(m_names, root, currentProcessId());
+    if (const std::uint32_t error = m_channel.launch(m_executable, parameters); error != 0) {
+        return WatchFailure{Kind::LaunchFailed, error, {}};
+    }
+    return std::nullopt;
+}
+
+std::optional<WatchFailure> HelperWatch::startReader()
+{
+    m_isRunning = true;
+    try {
+        m_reader = std::thread(&HelperWatch::runReader, this);
+    } catch (const std::system_error& error) {
+        m_isRunning = false;
+        return WatchFailure{Kind::LaunchFailed, static_cast<std::uint32_t>(error.code().value()), {}};
+    }
+    return std::nullopt;
+}
+
+void HelperWatch::runReader()
+{
+    const WatchFailure failure = readMessages();
+    if (m_isRunning.exchange(false)) { m_sink.onFailure(failure); }
+    m_readerEnd.set_value();
+}
+
+// Gives why it ended; whether that is worth a word is the caller's. Whatever one read has brought goes up at
+// once, so that an event waits neither for the next one nor for the rest of a message behind it.
+WatchFailure HelperWatch::readMessages()
+{
+    if (const std::uint32_t error = m_channel.waitForConnection(); error != 0) {
+        return {Kind::NotConnected, error, {}};
+    }
+    std::vector<std::uint8_t> buffer(kMessageHeaderBytes +
+                                     kMaximumPayloadBytes);  // always more than the rest
+    std::size_t filledBytes = 0;
+    while (m_isRunning) {
+        const std::size_t readBytes = m_channel.read(std::span(buffer).subspan(filledBytes));
+        if (readBytes == 0) { break; }
+        filledBytes += readBytes;
+        Messages messages = takeMessages(std::span(buffer).first(filledBytes));
+        if (!messages.events.empty() && m_isRunning) { m_sink.onEvents(std::move(messages.events)); }
+        if (messages.failure) { return *std::move(messages.failure); }
+        const auto rest = std::span(buffer).first(filledBytes).subspan(messages.bytes);
+        std::copy(rest.begin(), rest.end(), buffer.begin());
+        filledBytes = rest.size();
+    }
+    return {Kind::HelperStopped, 0, {}};
+}
+
+void HelperWatch::release()
+{
+    m_channel.closePipe();
+    m_channel.releaseProcess(kHelperEndLimit);
+    m_channel.closeStopEvent();
+}
+
+}  // namespace monitor
