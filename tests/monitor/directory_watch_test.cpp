@@ -274,18 +274,29 @@ TEST_F(DirectoryWatchTest, WhatCannotBeWatchedIsRefused)
               std::nullopt);  // and a watch that hears nothing ends at once
 }
 
-// Runs once more in a user namespace of its own, which may have a limit of its
-// own.
-TEST_F(DirectoryWatchTest, TheSystemsLimitEndsTheWatch)
-{
-    if (std::getenv("PLATTERSCOPE_FEW_WATCHES") == nullptr) {
-        if (std::system("unshare -Ur true") != 0) { GTEST_SKIP() << "no user namespace here"; }
+// What follows needs a user namespace of its own, in which the test runs once more.
+class InNamespace : public DirectoryWatchTest {
+protected:
+    static bool isInside() { return std::getenv("PLATTERSCOPE_NAMESPACE") != nullptr; }
+
+    // Runs this test inside, after `commands` of the shell. False where there are no such namespaces.
+    static bool runInside(const std::string& commands)
+    {
+        if (std::system("unshare -Urm true") != 0) { return false; }
         const std::string self = fs::read_symlink("/proc/self/exe");
-        const std::string command = "unshare -Ur sh -c 'echo 3 >/proc/sys/user/max_inotify_watches &&"
-                                    " PLATTERSCOPE_FEW_WATCHES=1 exec \"$0\""
-                                    " --gtest_filter=*.TheSystemsLimitEndsTheWatch' '" +
+        const std::string name = testing::UnitTest::GetInstance()->current_test_info()->name();
+        const std::string command = "unshare -Urm sh -c '" + commands +
+                                    " PLATTERSCOPE_NAMESPACE=1 exec \"$0\" --gtest_filter=*." + name + "' '" +
                                     self + "'";
         EXPECT_EQ(std::system(command.c_str()), 0);
+        return true;
+    }
+};
+
+TEST_F(InNamespace, TheSystemsLimitEndsTheWatch)
+{
+    if (!isInside()) {
+        if (!runInside("echo 3 >/proc/sys/user/max_inotify_watches &&")) { GTEST_SKIP(); }
         return;
     }
     ASSERT_FALSE(m_watch.start(m_root, m_reports.sink()));
@@ -294,6 +305,25 @@ TEST_F(DirectoryWatchTest, TheSystemsLimitEndsTheWatch)
     const auto failure = second.start(m_root / "BDMV/STREAM", {});
     ASSERT_TRUE(failure);
     EXPECT_EQ(failure->kind, WatchFailure::Kind::TooManyWatches);
+}
+
+TEST_F(InNamespace, AnUnmountedDiscEndsTheWatch)
+{
+    if (!isInside()) {
+        if (!runInside("")) { GTEST_SKIP(); }
+        return;
+    }
+    const std::string root = m_root;
+    m_player.run("mount -t tmpfs none '" + root + "' && mkdir '" + root + "/BDMV'");
+    for (const std::string& watched : {root + "/BDMV", root}) {
+        Reports reports;
+        DirectoryWatch watch;
+        ASSERT_FALSE(watch.start(watched, reports.sink()));
+        m_player.run("umount '" + root + "'");
+        EXPECT_EQ(reports.failure(), WatchFailure::Kind::RootGone) << watched;
+        m_player.run("mount -t tmpfs none '" + root + "'");
+    }
+    m_player.run("umount '" + root + "'");
 }
 
 TEST_F(DirectoryWatchTest, NothingIsLeftBehind)

@@ -306,7 +306,7 @@ void MonitorTest::closingTheWindowEndsIt()
 
 void MonitorTest::aHundredThousandOpensLeaveTheWindowFree()
 {
-    constexpr int kOpens = 50'000;  // each with its close
+    constexpr int kOpens = 50'000;      // each with its close
     constexpr int kOpensAtOnce = 2000;  // the kernel keeps 16,384 events
     const MonitorFixture fixture;
     fixture.startMonitor();
