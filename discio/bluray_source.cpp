@@ -62,7 +62,9 @@ int openImage(const std::string& path, BlurayDiscSource& source, const ErrorText
             source.isoRootExtent = iso->root;
             source.volumeId = trimmedVolumeId(iso->volumeId);
         }
-        if (auto udf = findUdfVolume(source.image)) {
+        auto udf = findUdfVolume(source.image);
+        if (!udf && !iso) { udf = findMappedUdfVolume(source.image); }
+        if (udf) {
             source.mode = BluraySourceMode::Udf;
             source.udf = std::move(*udf);
         }

@@ -2,7 +2,7 @@
 # Installs the Debian 12 packages that the project needs, and nothing when all are there.
 #
 #   tools/setup.sh                  what building, running and testing need (groups "build" and "test")
-#   tools/setup.sh GROUP...         only these groups: build, test, browser, windows, bench, dvd-authoring
+#   tools/setup.sh GROUP...         only these groups: build, test, browser, windows, bench, fuzz, dvd-authoring
 #
 # Run it as root or as a user who may use sudo.
 set -euo pipefail
@@ -43,12 +43,17 @@ windows=(
 bench=(
     libbenchmark-dev        # measures (preset "bench")
 )
+fuzz=(
+    clang                   # compiles the fuzz targets (preset "fuzz")
+    libclang-rt-14-dev      # its fuzzer and sanitizers
+)
 dvd_authoring=(
     ffmpeg                  # makes pictures and sound
     dvdauthor               # makes VIDEO_TS of them; spumux adds subtitles
     fonts-dejavu-core       # the subtitles' letters
     genisoimage             # ISO/UDF bridge images
     xorriso                 # plain ISO-9660 images
+    7zip                    # reads the UDF 2.50 images that the tests make
 )
 
 fail() {
@@ -75,8 +80,9 @@ for group in "$@"; do
         browser) wanted+=("${browser[@]}") ;;
         windows) wanted+=("${windows[@]}") ;;
         bench) wanted+=("${bench[@]}") ;;
+        fuzz) wanted+=("${fuzz[@]}") ;;
         dvd-authoring) wanted+=("${dvd_authoring[@]}") ;;
-        *) fail "no group '$group'; the groups are build, test, browser, windows, bench, dvd-authoring" ;;
+        *) fail "no group '$group'; the groups are build, test, browser, windows, bench, fuzz, dvd-authoring" ;;
     esac
 done
 

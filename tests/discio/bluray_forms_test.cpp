@@ -23,7 +23,8 @@ protected:
 
 std::string formName(const testing::TestParamInfo<DiscForm>& info)
 {
-    constexpr std::array<const char*, 4> kNames = {"Directory", "Iso", "Udf", "Hybrid"};
+    constexpr std::array<const char*, 6> kNames = {"Directory", "Iso",    "Udf",
+                                                   "Hybrid",    "Udf250", "Udf250Mirror"};
     return kNames.at(static_cast<std::size_t>(info.param));
 }
 INSTANTIATE_TEST_SUITE_P(Forms, BlurayForms, testing::ValuesIn(kAllBlurayForms), formName);
@@ -114,7 +115,7 @@ TEST_P(BlurayForms, ModeAndVolumeId)
 {
     openTree(sampleTree());
     constexpr std::array kModes = {BluraySourceMode::Directory, BluraySourceMode::Iso, BluraySourceMode::Udf,
-                                   BluraySourceMode::Udf};
+                                   BluraySourceMode::Udf,       BluraySourceMode::Udf, BluraySourceMode::Udf};
     const auto form = static_cast<std::size_t>(GetParam());
     EXPECT_EQ(m_source.mode, kModes.at(form));
     EXPECT_EQ(m_source.volumeId,

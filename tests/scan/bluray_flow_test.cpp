@@ -194,11 +194,16 @@ TEST_F(BlurayScanTest, EveryFormIsOneDiscToTheService)
 {
     m_server.playFor("/api/tessera/bluray/find/", {.body = R"({"Disc ID": "17"})"});
     QByteArray sha256;
+    QByteArray package;
     for (const DiscForm form : testsupport::kAllBlurayForms) {
         const std::string path = testsupport::sampleBluray().write(form, m_folder);
         const CapturedLog log;
         const DiscScanResult result = m_scanner.scan(QString::fromStdString(path), true);
-        if (sha256.isEmpty()) { sha256 = result.blurayPackageSha256; }
+        if (sha256.isEmpty()) {
+            sha256 = result.blurayPackageSha256;
+            package = result.blurayPackage;
+        }
+        EXPECT_EQ(result.blurayPackage, package);
         EXPECT_EQ(log.lines(),
                   (Lines{"platterscope: info: scan started: " + path, "bdmeta: info: started parsing",
                          "bdmeta: info: finished parsing: 3 playlists, 3 clips",

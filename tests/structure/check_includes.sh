@@ -26,6 +26,7 @@ declare -A allowed=(
     [tools]=""
     [tests]="any"
     [bench]="any"
+    [fuzz]="any"
 )
 without_qt=" discio bdmeta dvdmeta etw_helper "
 native_file='_(posix|linux|windows)\.cpp$'

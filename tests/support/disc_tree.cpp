@@ -58,6 +58,14 @@ std::string DiscTree::write(DiscForm form, const TemporaryFolder& folder) const
     case DiscForm::Hybrid:
         hybrid().writeTo(path);
         break;
+    case DiscForm::Udf250:
+        udf250().image.writeTo(path);
+        break;
+    case DiscForm::Udf250Mirror: {
+        Udf250Image disc = udf250();
+        disc.wipe(disc.metadataFileSector).image.writeTo(path);
+        break;
+    }
     }
     return path;
 }

@@ -4,6 +4,7 @@
 
 #include "tests/support/iso_builder.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/udf250_builder.h"
 #include "tests/support/udf_builder.h"
 
 #include <array>
@@ -12,12 +13,13 @@
 
 namespace testsupport {
 
-enum class DiscForm { Directory, Iso, Udf, Hybrid };
+// Udf is UDF 1.02. Udf250Mirror is UDF 2.50 of which the metadata file cannot be read, but its mirror.
+enum class DiscForm { Directory, Iso, Udf, Hybrid, Udf250, Udf250Mirror };
 
 // The forms of a DVD and of a Blu-ray disc.
 inline constexpr std::array kAllDiscForms = {DiscForm::Directory, DiscForm::Iso};
-inline constexpr std::array kAllBlurayForms = {DiscForm::Directory, DiscForm::Iso, DiscForm::Udf,
-                                               DiscForm::Hybrid};
+inline constexpr std::array kAllBlurayForms = {DiscForm::Directory, DiscForm::Iso,    DiscForm::Udf,
+                                               DiscForm::Hybrid,    DiscForm::Udf250, DiscForm::Udf250Mirror};
 
 class DiscTree {
 public:
@@ -31,6 +33,8 @@ public:
     [[nodiscard]] SparseImage iso(const IsoSpec& spec = {}) const { return buildIso(m_files, spec); }
 
     [[nodiscard]] SparseImage udf(const UdfSpec& spec = {}) const { return buildUdf(m_files, spec).image; }
+
+    [[nodiscard]] Udf250Image udf250(const Udf250Spec& spec = {}) const { return buildUdf250(m_files, spec); }
 
     // One image with both file systems over the same data.
     [[nodiscard]] SparseImage hybrid(IsoSpec isoSpec = {}, const UdfSpec& udfSpec = {}) const;

@@ -1,5 +1,7 @@
 #include "tests/support/udf_builder.h"
 
+#include "tests/support/udf_tree.h"
+
 #include <algorithm>
 
 namespace testsupport {
@@ -13,79 +15,53 @@ Bytes descriptor(std::uint16_t tag, std::size_t size = kUdfSector)
 {
     Bytes bytes(size);
     putLe(bytes, 0, tag, 2);
-    putLe(bytes, 4, 2, 2);
+    putLe(bytes, 2, 2, 2);
     putLe(bytes, 10, size - 16, 2);
     return bytes;
 }
-
-struct Node {
-    std::string path;
-    bool isDirectory = false;
-    Bytes bytes;
-    std::uint32_t entryBlock = 0;
-    std::vector<UdfAllocationDescriptor> extents = {};
-};
 
 class UdfLayout {
 public:
     UdfLayout(const std::vector<TreeFile>& files, const UdfSpec& spec)
         : m_spec(spec)
-    {
-        m_nodes.push_back({"", true, {}});
-        for (const TreeFile& file : files) {
-            for (std::size_t slash = file.path.find('/'); slash != std::string::npos;
-                 slash = file.path.find('/', slash + 1)) {
-                addNode({file.path.substr(0, slash), true, {}});
-            }
-            addNode({file.path, false, file.bytes});
-        }
-    }
+        , m_tree(files)
+    {}
 
     UdfImage build()
     {
-        for (Node& node : m_nodes) {  // the directories' sizes; their contents follow from the places
+        for (UdfNode& node :
+             m_tree.nodes()) {  // the directories' sizes; their contents follow from the places
             if (node.isDirectory) { node.bytes = directoryBytes(node); }
         }
-        for (Node& node : m_nodes) {
+        for (UdfNode& node : m_tree.nodes()) {
             node.entryBlock = m_nextBlock;
             m_nextBlock +=
                 static_cast<std::uint32_t>(roundedUp(fileEntryOf(node).size(), kUdfSector) / kUdfSector);
         }
-        for (Node& node : m_nodes) {
+        for (UdfNode& node : m_tree.nodes()) {
             if (node.isDirectory) { node.bytes = directoryBytes(node); }
             placeData(node);
         }
         putVolume();
-        for (const Node& node : m_nodes) {
+        for (const UdfNode& node : m_tree.nodes()) {
             putBlocks(node.entryBlock, fileEntryOf(node));
         }
         return std::move(m_result);
     }
 
 private:
-    void addNode(Node node)
-    {
-        if (!m_indexByPath.emplace(node.path, m_nodes.size()).second) { return; }
-        const std::size_t slash = node.path.rfind('/');
-        m_children[slash == std::string::npos ? "" : node.path.substr(0, slash)].push_back(m_nodes.size());
-        m_nodes.push_back(std::move(node));
-    }
-
-    [[nodiscard]] UdfNodeOverride overrideOf(const Node& node) const
+    [[nodiscard]] UdfNodeOverride overrideOf(const UdfNode& node) const
     {
         const auto found = m_spec.nodes.find(node.path);
         return found == m_spec.nodes.end() ? UdfNodeOverride{} : found->second;
     }
 
-    [[nodiscard]] Bytes directoryBytes(const Node& directory) const
+    [[nodiscard]] Bytes directoryBytes(const UdfNode& directory) const
     {
         Bytes bytes = udfFileIdentifier({.partition = m_spec.partition, .characteristics = 0x0A});
-        const auto children = m_children.find(directory.path);
-        if (children == m_children.end()) { return bytes; }
-        for (const std::size_t index : children->second) {
-            const Node& child = m_nodes[index];
-            UdfFileIdentifierSpec identifier{child.path.substr(child.path.rfind('/') + 1), child.entryBlock,
-                                             m_spec.partition};
+        for (const std::size_t index : directory.children) {
+            const UdfNode& child = m_tree.nodes()[index];
+            UdfFileIdentifierSpec identifier{child.name(), child.entryBlock, m_spec.partition};
             identifier.characteristics = child.isDirectory ? 0x02 : 0;
             identifier.compressionId = overrideOf(child).compressionId.value_or(8);
             putBytes(bytes, bytes.size(), udfFileIdentifier(identifier));
@@ -93,7 +69,7 @@ private:
         return bytes;
     }
 
-    void placeData(Node& node)
+    void placeData(UdfNode& node)
     {
         if (m_spec.descriptorKind == 3) { return; }
         std::uint32_t next = overrideOf(node).block.value_or(m_nextBlock);
@@ -111,7 +87,7 @@ private:
         if (!overrideOf(node).block) { m_nextBlock = std::max(next, m_nextBlock + 1); }
     }
 
-    [[nodiscard]] Bytes fileEntryOf(const Node& node) const
+    [[nodiscard]] Bytes fileEntryOf(const UdfNode& node) const
     {
         const UdfNodeOverride lie = overrideOf(node);
         UdfFileEntrySpec entry;
@@ -147,7 +123,7 @@ private:
         m_result.image.put(kAnchorSector * kUdfSector, anchor);
 
         Bytes fileSet = descriptor(m_spec.fileSetTag);
-        putLe(fileSet, 404, m_nodes[0].entryBlock, 4);
+        putLe(fileSet, 404, m_tree.nodes()[0].entryBlock, 4);
         putLe(fileSet, 408, m_spec.partition, 2);
         putBlocks(0, fileSet);
     }
@@ -161,9 +137,7 @@ private:
     }
 
     const UdfSpec& m_spec;
-    std::vector<Node> m_nodes;
-    std::map<std::string, std::size_t> m_indexByPath;
-    std::map<std::string, std::vector<std::size_t>> m_children;  // by the directory's path
+    UdfTree m_tree;
     std::uint32_t m_nextBlock = 1;
     UdfImage m_result;
 };
@@ -208,8 +182,10 @@ Bytes udfFileIdentifier(const UdfFileIdentifierSpec& spec)
     const std::size_t size = roundedUp(38 + spec.implementationUseSize + identifier.size(), 4);
     Bytes bytes = descriptor(spec.tag, size);
     putLe(bytes, 10, spec.crcLength.value_or(size - 16), 2);
+    putLe(bytes, 16, 1, 2);  // file version
     putU8(bytes, 18, spec.characteristics);
     putU8(bytes, 19, spec.identifierLength.value_or(static_cast<std::uint8_t>(identifier.size())));
+    putLe(bytes, 20, kUdfSector, 4);  // the ICB's length
     putLe(bytes, 24, spec.block, 4);
     putLe(bytes, 28, spec.partition, 2);
     putLe(bytes, 36, spec.implementationUseSize, 2);

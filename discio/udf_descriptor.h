@@ -1,0 +1,42 @@
+// What the readers of UDF descriptors share: sectors, tags and the fields between them.
+#pragma once
+
+#include "discio/byte_reader.h"
+#include "discio/disc_image.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace discio {
+
+inline constexpr std::size_t kUdfSectorSize = 2048;
+
+using UdfSector = std::array<std::uint8_t, kUdfSectorSize>;
+
+// A field of `width` bytes, at most 4; 0 where the bytes end before it.
+[[nodiscard]] inline std::uint32_t udfField(std::span<const std::uint8_t> bytes, std::size_t offset,
+                                            std::size_t width)
+{
+    const auto field = ByteReader(bytes).slice(offset, width).bytes(width);
+    std::uint32_t value = 0;
+    for (std::size_t i = field.size(); i > 0; --i) {
+        value = (value << 8U) | field[i - 1];
+    }
+    return value;
+}
+
+// Whether the descriptor's tag has this identifier.
+[[nodiscard]] inline bool hasUdfTag(std::span<const std::uint8_t> descriptor, std::uint16_t identifier)
+{
+    return udfField(descriptor, 0, 2) == identifier;
+}
+
+// Whether all of the sector at this byte offset could be read.
+[[nodiscard]] inline bool readUdfSector(const DiscImage& image, std::uint64_t offset, UdfSector& sector)
+{
+    return readImage(image, offset, sector) == sector.size();
+}
+
+}  // namespace discio
