@@ -2,8 +2,7 @@
 // Every directory below the root is watched, also one that appears later; symbolic links are not followed. The
 // watch itself opens directories alone, which it does not report.
 //
-// The kernel makes one of equal events that follow each other while nobody reads them: two programs that open a
-// file in the same moment may be reported as one, and the file then counts as closed with the first of them.
+// Reported are playlists (.mpls) and streams (.m2ts) alone, with upper-case suffixes as well.
 #pragma once
 
 #include "monitor/access_watch.h"

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <limits.h>
 #include <poll.h>
+#include <strings.h>
 #include <sys/eventfd.h>
 #include <sys/inotify.h>
 #include <unistd.h>
@@ -12,6 +13,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <iterator>
 #include <new>
 #include <string_view>
 #include <system_error>
@@ -39,24 +41,67 @@ struct DirectoryCloser {
     void operator()(DIR* directory) const { ::closedir(directory); }
 };
 
-// The names in a directory that are directories or may be; links are none.
-std::vector<std::string> subdirectories(const std::string& path)
+// What a directory holds that is to be watched; links are passed over.
+struct Listing {
+    std::vector<std::string> directories;  // that are or may be
+    std::vector<std::string> files;        // that are or may be playlists or streams
+    int errorNumber = 0;                   // why it could not be listed, or not to its end
+};
+
+bool isDiscFile(std::string_view name)
 {
-    std::vector<std::string> names;
+    const auto endsWith = [name](const char* suffix) {
+        const std::size_t length = std::strlen(suffix);
+        return name.size() >= length &&
+               ::strncasecmp(name.data() + name.size() - length, suffix, length) == 0;
+    };
+    return endsWith(".mpls") || endsWith(".m2ts");
+}
+
+Listing listed(const std::string& path)
+{
+    Listing listing;
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (descriptor < 0) { return names; }
-    const std::unique_ptr<DIR, DirectoryCloser> directory(::fdopendir(descriptor));
+    const std::unique_ptr<DIR, DirectoryCloser> directory(descriptor < 0 ? nullptr : ::fdopendir(descriptor));
     if (!directory) {
-        ::close(descriptor);
-        return names;
+        listing.errorNumber = errno;
+        if (descriptor >= 0) { ::close(descriptor); }
+        return listing;
     }
-    while (const dirent* entry = ::readdir(directory.get())) {
+    for (;;) {
+        errno = 0;
+        const dirent* const entry = ::readdir(directory.get());
+        if (entry == nullptr) { break; }
         const std::string_view name = entry->d_name;
-        if ((entry->d_type == DT_DIR || entry->d_type == DT_UNKNOWN) && name != "." && name != "..") {
-            names.emplace_back(name);
+        if (name == "." || name == "..") { continue; }
+        if (entry->d_type == DT_DIR || entry->d_type == DT_UNKNOWN) {
+            listing.directories.emplace_back(name);
         }
+        if (entry->d_type != DT_DIR && isDiscFile(name)) { listing.files.emplace_back(name); }
     }
-    return names;
+    listing.errorNumber = errno;
+    return listing;
+}
+
+// Why a directory or file below the root that cannot be watched ends the watch; nothing where there is nothing to
+// hear: it is gone again, is something else by now, or may not be read.
+std::optional<WatchFailure::Kind> failureOf(int errorNumber)
+{
+    switch (errorNumber) {
+    case 0:
+    case ENOENT:
+    case ENOTDIR:
+    case ELOOP:
+    case EACCES:
+        return std::nullopt;
+    case ENOSPC:
+    case ENOMEM:
+    case EMFILE:
+    case ENFILE:
+        return WatchFailure::Kind::TooManyWatches;
+    default:
+        return WatchFailure::Kind::CannotWatch;
+    }
 }
 
 std::string joined(const std::string& directory, std::string_view name)
@@ -95,7 +140,7 @@ public:
                                            : WatchFailure::Kind::CannotWatch);
         }
         m_directories.emplace(m_root, root);
-        addSubdirectories(root);
+        watchContents(root);
         m_thread = std::thread(&Native::run, this);
         return std::nullopt;
     }
@@ -104,7 +149,9 @@ private:
     void run();
     void watchTree();
     void watchDirectory(const std::string& path);
-    void addSubdirectories(const std::string& path);
+    void watchContents(const std::string& path);
+    void watchFile(const std::string& path);
+    void countAsClosed(std::unordered_map<std::string, int>::iterator opens);
     void forgetTree(const std::string& path);
     void readEvents();
     void handle(const inotify_event& event, std::string_view name);
@@ -159,19 +206,32 @@ void DirectoryWatch::Native::watchDirectory(const std::string& path)
 {
     const int watch = ::inotify_add_watch(m_inotify, path.c_str(), kMask);
     if (watch < 0) {
-        // A directory that is gone again or that the user may not read has nothing to report.
-        if (errno == ENOSPC || errno == ENOMEM) { fail(WatchFailure::Kind::TooManyWatches); }
+        if (const auto kind = failureOf(errno)) { fail(*kind); }
         return;
     }
-    // Seen under another name before: its directories are watched.
-    if (m_directories.emplace(watch, path).second) { addSubdirectories(path); }
+    // Seen under another name before: what it holds is watched.
+    if (m_directories.emplace(watch, path).second) { watchContents(path); }
 }
 
-void DirectoryWatch::Native::addSubdirectories(const std::string& path)
+void DirectoryWatch::Native::watchContents(const std::string& path)
 {
-    for (const std::string& name : subdirectories(path)) {
+    const Listing listing = listed(path);
+    if (const auto kind = failureOf(listing.errorNumber)) { fail(*kind); }
+    for (const std::string& name : listing.directories) {
         m_unwatched.push_back(joined(path, name));
     }
+    for (const std::string& name : listing.files) {
+        watchFile(joined(path, name));
+    }
+}
+
+// The kernel makes one of equal events that follow each other while nobody reads them: a player that closes a file
+// twice would have closed it once. What the watch of the file itself says stands between the two, and is passed
+// over when it is read.
+void DirectoryWatch::Native::watchFile(const std::string& path)
+{
+    if (::inotify_add_watch(m_inotify, path.c_str(), IN_OPEN | IN_CLOSE | IN_DONT_FOLLOW) >= 0) { return; }
+    if (const auto kind = failureOf(errno)) { fail(*kind); }
 }
 
 // What left the tree is not its business any more.
@@ -183,6 +243,18 @@ void DirectoryWatch::Native::forgetTree(const std::string& path)
         if (isBelow) { ::inotify_rm_watch(m_inotify, directory.first); }
         return isBelow;
     });
+    for (auto opens = m_opens.begin(); opens != m_opens.end();) {
+        const auto next = std::next(opens);
+        if (opens->first.starts_with(below)) { countAsClosed(opens); }
+        opens = next;
+    }
+}
+
+// Under this name nobody will close it.
+void DirectoryWatch::Native::countAsClosed(std::unordered_map<std::string, int>::iterator opens)
+{
+    m_events.push_back({AccessEvent::Kind::Close, opens->first, false});
+    m_opens.erase(opens);
 }
 
 void DirectoryWatch::Native::readEvents()
@@ -226,14 +298,20 @@ void DirectoryWatch::Native::handleDirectory(std::uint32_t mask, const std::stri
 
 void DirectoryWatch::Native::handleFile(std::uint32_t mask, std::string path)
 {
+    if (!isDiscFile(path)) { return; }
+    const auto opens = m_opens.find(path);
     if ((mask & IN_OPEN) != 0) {
         ++m_opens[path];
         m_events.push_back({AccessEvent::Kind::Open, std::move(path), true});
     } else if ((mask & IN_CLOSE) != 0) {
-        const auto opens = m_opens.find(path);  // not there: opened before the watch began
+        // Not there: opened before the watch began.
         const bool isStillOpen = opens != m_opens.end() && --opens->second > 0;
         if (opens != m_opens.end() && !isStillOpen) { m_opens.erase(opens); }
         m_events.push_back({AccessEvent::Kind::Close, std::move(path), isStillOpen});
+    } else if ((mask & (IN_CREATE | IN_MOVED_TO)) != 0) {
+        watchFile(path);
+    } else if ((mask & IN_MOVED_FROM) != 0 && opens != m_opens.end()) {
+        countAsClosed(opens);
     }
 }
 

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <new>
 #include <span>
 #include <system_error>
 #include <utility>
@@ -131,7 +132,12 @@ std::optional<WatchFailure> HelperWatch::startReader()
 
 void HelperWatch::runReader()
 {
-    const WatchFailure failure = readMessages();
+    WatchFailure failure{Kind::HelperStopped, 0, {}};
+    try {
+        failure = readMessages();
+    } catch (const std::bad_alloc&) {
+        // As good as stopped: what it says can no longer be taken.
+    }
     if (m_isRunning.exchange(false)) { m_sink.onFailure(failure); }
     m_readerEnd.set_value();
 }

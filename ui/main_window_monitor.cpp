@@ -68,7 +68,7 @@ void MainWindow::startMonitoring()
         messagebox::warning(this, tr("No Path"), tr("Current disc path is empty."));
     } else {
         m_monitorPage->clearLists();
-        setMonitoring(true, tr("Monitoring: %1").arg(m_discPath));
+        setMonitoring(true, tr("Monitoring: %1").arg(plaintext::oneLine(m_discPath, messagebox::kTextLimit)));
         m_watcher->startWatching(m_discPath);
     }
 }

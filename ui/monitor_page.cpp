@@ -92,12 +92,14 @@ void MonitorPage::createLists()
 void MonitorPage::addEvent(Files files, const QString& line)
 {
     lists(files).events->addItem(line);
+    lists(files).hasNewEvents = true;
     updateLater(lists(files));
 }
 
 void MonitorPage::showOpenFiles(Files files, const QSet<QString>& paths)
 {
     lists(files).openPaths = paths;
+    lists(files).hasNewOpenPaths = true;
     updateLater(lists(files));
 }
 
@@ -129,15 +131,16 @@ MonitorPage::Lists& MonitorPage::lists(Files files)
 
 void MonitorPage::updateLater(Lists& outdated)
 {
-    if (std::exchange(outdated.isOutdated, true)) { return; }
+    if (std::exchange(outdated.isUpdatePending, true)) { return; }
     QMetaObject::invokeMethod(
         this, [this, &outdated] { update(outdated); }, Qt::QueuedConnection);
 }
 
 void MonitorPage::update(Lists& outdated)
 {
-    outdated.isOutdated = false;
-    outdated.events->scrollToBottom();
+    outdated.isUpdatePending = false;
+    if (std::exchange(outdated.hasNewEvents, false)) { outdated.events->scrollToBottom(); }
+    if (!std::exchange(outdated.hasNewOpenPaths, false)) { return; }
     QStringList names;
     for (const QString& path : std::as_const(outdated.openPaths)) {
         names.append(QFileInfo(path).fileName());

@@ -44,7 +44,9 @@ private:
         QListWidget* events = nullptr;
         QListWidget* openFiles = nullptr;
         QSet<QString> openPaths;
-        bool isOutdated = false;
+        bool hasNewEvents = false;
+        bool hasNewOpenPaths = false;
+        bool isUpdatePending = false;
     };
 
     void createLists();
