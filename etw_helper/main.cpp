@@ -5,6 +5,8 @@
 #include "monitor/helper_meeting_windows.h"
 
 #include <cstdio>
+#include <span>
+#include <string>
 
 namespace {
 

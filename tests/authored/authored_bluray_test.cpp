@@ -8,6 +8,7 @@
 #include <array>
 #include <cstdlib>
 #include <filesystem>
+#include <ostream>
 #include <string>
 
 using testsupport::Bytes;
@@ -20,6 +21,11 @@ struct Tool {
     const char* command;
     discio::BluraySourceMode mode;
 };
+
+void PrintTo(const Tool& tool, std::ostream* out)
+{
+    *out << tool.program;
+}
 
 constexpr std::array<Tool, 2> kTools = {{
     {"genisoimage", "genisoimage -quiet -iso-level 3 -udf", discio::BluraySourceMode::Udf},

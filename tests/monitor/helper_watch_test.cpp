@@ -2,6 +2,7 @@
 #include "tests/monitor/helper_watch_fixture.h"
 
 #include <future>
+#include <ostream>
 
 namespace {
 
@@ -31,6 +32,12 @@ struct FailureCase {
     const char* text = "";
     Lines lines = {};  // what is reported before
 };
+
+// How the case is called in lists of tests; the toolkit of tests would print its bytes.
+void PrintTo(const FailureCase& one, std::ostream* out)
+{
+    *out << one.name;
+}
 
 class HelperWatchFailure : public HelperWatchTest, public testing::WithParamInterface<FailureCase> {};
 
