@@ -1,10 +1,10 @@
 #include "monitor/directory_watch.h"
+#include "monitor/disc_file.h"
 
 #include <dirent.h>
 #include <fcntl.h>
 #include <limits.h>
 #include <poll.h>
-#include <strings.h>
 #include <sys/eventfd.h>
 #include <sys/inotify.h>
 #include <unistd.h>
@@ -48,16 +48,6 @@ struct Listing {
     int errorNumber = 0;                   // why it could not be listed, or not to its end
 };
 
-bool isDiscFile(std::string_view name)
-{
-    const auto endsWith = [name](const char* suffix) {
-        const std::size_t length = std::strlen(suffix);
-        return name.size() >= length &&
-               ::strncasecmp(name.data() + name.size() - length, suffix, length) == 0;
-    };
-    return endsWith(".mpls") || endsWith(".m2ts");
-}
-
 Listing listed(const std::string& path)
 {
     Listing listing;
@@ -77,7 +67,9 @@ Listing listed(const std::string& path)
         if (entry->d_type == DT_DIR || entry->d_type == DT_UNKNOWN) {
             listing.directories.emplace_back(name);
         }
-        if (entry->d_type != DT_DIR && isDiscFile(name)) { listing.files.emplace_back(name); }
+        if (entry->d_type != DT_DIR && discFileOf(name) != DiscFile::Other) {
+            listing.files.emplace_back(name);
+        }
     }
     listing.errorNumber = errno;
     return listing;
@@ -135,10 +127,7 @@ public:
     std::optional<WatchFailure> begin(const std::string& root)
     {
         m_root = ::inotify_add_watch(m_inotify, root.c_str(), kMask);
-        if (m_root < 0) {
-            return failure(errno == ENOSPC ? WatchFailure::Kind::TooManyWatches
-                                           : WatchFailure::Kind::CannotWatch);
-        }
+        if (m_root < 0) { return failure(failureOf(errno).value_or(WatchFailure::Kind::CannotWatch)); }
         m_directories.emplace(m_root, root);
         watchContents(root);
         m_thread = std::thread(&Native::run, this);
@@ -298,11 +287,11 @@ void DirectoryWatch::Native::handleDirectory(std::uint32_t mask, const std::stri
 
 void DirectoryWatch::Native::handleFile(std::uint32_t mask, std::string path)
 {
-    if (!isDiscFile(path)) { return; }
+    if (discFileOf(path) == DiscFile::Other) { return; }
     const auto opens = m_opens.find(path);
     if ((mask & IN_OPEN) != 0) {
         ++m_opens[path];
-        m_events.push_back({AccessEvent::Kind::Open, std::move(path), true});
+        m_events.push_back({AccessEvent::Kind::Open, std::move(path), false});
     } else if ((mask & IN_CLOSE) != 0) {
         // Not there: opened before the watch began.
         const bool isStillOpen = opens != m_opens.end() && --opens->second > 0;
@@ -327,10 +316,7 @@ DirectoryWatch::~DirectoryWatch() = default;
 std::optional<WatchFailure> DirectoryWatch::start(const std::string& root, WatchSink sink)
 {
     const int inotify = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-    if (inotify < 0) {
-        return failure(errno == EMFILE ? WatchFailure::Kind::TooManyWatches
-                                       : WatchFailure::Kind::CannotWatch);
-    }
+    if (inotify < 0) { return failure(failureOf(errno).value_or(WatchFailure::Kind::CannotWatch)); }
     const int wakeUp = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     if (wakeUp < 0) {
         ::close(inotify);

@@ -1,5 +1,6 @@
 #include "monitor/inotify_watcher.h"
 
+#include "monitor/disc_file.h"
 #include "monitor/platform_watch.h"
 
 #include <QCoreApplication>
@@ -134,6 +135,10 @@ monitor::WatchSink InotifyWatcher::makeSink()
     };
     return {.onEvents =
                 [inbox = m_inbox, announce](std::vector<AccessEvent> events) {
+                    std::erase_if(events, [](const AccessEvent& event) {
+                        return monitor::discFileOf(event.path) == monitor::DiscFile::Other;
+                    });
+                    if (events.empty()) { return; }
                     const std::lock_guard lock(inbox->mutex);
                     inbox->events.insert(inbox->events.end(), std::make_move_iterator(events.begin()),
                                          std::make_move_iterator(events.end()));
@@ -173,8 +178,7 @@ void InotifyWatcher::fetchReports()
 void InotifyWatcher::report(const AccessEvent& event)
 {
     const QString path = QString::fromStdString(event.path);
-    const bool isPlaylist = path.endsWith(QLatin1StringView(".mpls"), Qt::CaseInsensitive);
-    if (!isPlaylist && !path.endsWith(QLatin1StringView(".m2ts"), Qt::CaseInsensitive)) { return; }
+    const bool isPlaylist = monitor::discFileOf(event.path) == monitor::DiscFile::Playlist;
     const bool isOpen = event.kind == AccessEvent::Kind::Open;
     QSet<QString>& openFiles = isPlaylist ? m_openPlaylists : m_openStreams;
     const auto former = openFiles.size();

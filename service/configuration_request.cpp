@@ -1,6 +1,7 @@
 #include "service/configuration_request.h"
 
 #include "service/http_client.h"
+#include "service/json_value.h"
 
 #include <new>
 #include <utility>

@@ -1,5 +1,7 @@
 #include "service/configurations.h"
 
+#include "service/json_value.h"
+
 #include <new>
 #include <utility>
 

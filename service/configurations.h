@@ -8,8 +8,6 @@
 // "name": "...", "note": "...", "first_chapter": 1, "last_chapter": 12 } ] }.
 #pragma once
 
-#include "service/json_value.h"
-
 #include <QByteArray>
 #include <QList>
 #include <QString>
@@ -18,6 +16,8 @@
 #include <optional>
 
 namespace service {
+
+class JsonValue;
 
 struct ConfigurationTitle {
     int id = 0;

@@ -352,6 +352,18 @@ void ConfigurationsTest::aMessageOfTheServiceIsShown()
     fixture.window->populate(QStringLiteral("/disc"), result);
     QCOMPARE(fixture.part<QLabel>("configurationDiscLabel")->text(),
              QStringLiteral("Type: DVD\nDisc ID: (none)\nNote: Two lines of news."));
+
+    // It stays in the header after a refresh, and is not said again.
+    result.inDatabase = true;
+    result.discId = 17;
+    fixture.driver.expectBox(QStringLiteral("Tessera Message"), result.errorMessage);
+    fixture.window->populate(QStringLiteral("/disc"), result);
+    fixture.trigger("configurationsAction");
+    fixture.server.play({.body = "[]"});
+    fixture.click("refreshConfigurationsButton");
+    QCOMPARE(fixture.driver.busyDialogs().last(), kRefreshing);
+    QCOMPARE(fixture.part<QLabel>("configurationDiscLabel")->text(),
+             QStringLiteral("Type: DVD\nDisc ID: 17\nNote: Two lines of news."));
     QCOMPARE(fixture.driver.problems(), QStringList());
 }
 
