@@ -1,6 +1,7 @@
 #include "monitor/helper_watch.h"
 
 #include "monitor/helper_message.h"
+#include "monitor/received_messages.h"
 
 #include <algorithm>
 #include <chrono>
@@ -20,50 +21,6 @@ using Kind = WatchFailure::Kind;
 
 constexpr std::chrono::milliseconds kHelperEndLimit{5000};
 constexpr std::chrono::milliseconds kCancelInterval{10};
-
-// What the bytes read so far hold in whole messages.
-struct Messages {
-    std::size_t bytes = 0;
-    std::vector<AccessEvent> events;
-    std::optional<WatchFailure> failure;  // what follows it is of no interest
-};
-
-void takeMessage(std::uint32_t kind, std::string payload, Messages& messages)
-{
-    switch (static_cast<MessageKind>(kind)) {
-    case MessageKind::Nothing:
-        return;
-    case MessageKind::Opened:
-        messages.events.push_back({AccessEvent::Kind::Open, std::move(payload), false});
-        return;
-    case MessageKind::Closed:
-        messages.events.push_back({AccessEvent::Kind::Close, std::move(payload), false});
-        return;
-    case MessageKind::Failed:
-        messages.failure = WatchFailure{Kind::HelperFailed, 0, std::move(payload)};
-        return;
-    }
-    messages.failure = WatchFailure{Kind::UnknownMessage, 0, {}};
-}
-
-// A message is judged by its length as soon as its header is there, and by its kind when it is whole.
-Messages takeMessages(std::span<const std::uint8_t> bytes)
-{
-    Messages messages;
-    while (!messages.failure && bytes.size() >= kMessageHeaderBytes) {
-        const MessageHeader header = parseMessageHeader(bytes.first<kMessageHeaderBytes>());
-        if (header.payloadBytes > kMaximumPayloadBytes) {
-            messages.failure = WatchFailure{Kind::InvalidMessage, 0, {}};
-            break;
-        }
-        if (header.payloadBytes > bytes.size() - kMessageHeaderBytes) { break; }
-        const auto payload = bytes.subspan(kMessageHeaderBytes, header.payloadBytes);
-        takeMessage(header.kind, std::string(payload.begin(), payload.end()), messages);
-        messages.bytes += kMessageHeaderBytes + payload.size();
-        bytes = bytes.subspan(kMessageHeaderBytes + payload.size());
-    }
-    return messages;
-}
 
 }  // namespace
 
@@ -156,7 +113,7 @@ WatchFailure HelperWatch::readMessages()
         const std::size_t readBytes = m_channel.read(std::span(buffer).subspan(filledBytes));
         if (readBytes == 0) { break; }
         filledBytes += readBytes;
-        Messages messages = takeMessages(std::span(buffer).first(filledBytes));
+        ReceivedMessages messages = takeMessages(std::span(buffer).first(filledBytes));
         if (!messages.events.empty() && m_isRunning) { m_sink.onEvents(std::move(messages.events)); }
         if (messages.failure) { return *std::move(messages.failure); }
         const auto rest = std::span(buffer).first(filledBytes).subspan(messages.bytes);

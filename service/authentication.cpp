@@ -23,19 +23,6 @@ AuthenticationOutcome failure(const QString& errorText)
     return {.ok = false, .user = {}, .errorText = errorText};
 }
 
-// { "UID": 17, "Username": "ada", "LatestVersion": "1.3.0" }, the last one optional.
-std::optional<ServiceUser> parseUser(const QByteArray& body)
-{
-    const std::optional<JsonDocument> document = JsonDocument::parse(body);
-    if (!document) { return std::nullopt; }
-    const JsonValue root = document->root();
-    const std::optional<qint64> uid = root.member("UID").integer();
-    const QString username = root.member("Username").text();
-    if (!uid || username.isEmpty()) { return std::nullopt; }
-    return ServiceUser{
-        .uid = *uid, .username = username, .latestVersion = root.member("LatestVersion").text()};
-}
-
 AuthenticationOutcome requestUser(const QString& apiKey)
 {
     if (!isConfiguredKey(apiKey)) { return failure(QString::fromLatin1(kApiKeyNotConfigured)); }
@@ -48,12 +35,24 @@ AuthenticationOutcome requestUser(const QString& apiKey)
     request.headers = {apiKeyHeader(apiKey), "Content-Type: application/x-www-form-urlencoded"};
     const HttpOutcome reply = perform(request);
     if (!reply.ok) { return failure(reply.errorText); }
-    const std::optional<ServiceUser> user = parseUser(reply.body);
+    const std::optional<ServiceUser> user = parseUserReply(reply.body);
     if (!user) { return failure(QString::fromLatin1(kInvalidResponse)); }
     return {.ok = true, .user = *user, .errorText = {}};
 }
 
 }  // namespace
+
+std::optional<ServiceUser> parseUserReply(const QByteArray& text)
+{
+    const std::optional<JsonDocument> document = JsonDocument::parse(text);
+    if (!document) { return std::nullopt; }
+    const JsonValue root = document->root();
+    const std::optional<qint64> uid = root.member("UID").integer();
+    const QString username = root.member("Username").text();
+    if (!uid || username.isEmpty()) { return std::nullopt; }
+    return ServiceUser{
+        .uid = *uid, .username = username, .latestVersion = root.member("LatestVersion").text()};
+}
 
 AuthenticationOutcome authenticate(const QString& apiKey)
 {

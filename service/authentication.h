@@ -1,7 +1,10 @@
 // Asks the service whether it accepts a key, and learns the user's name and the newest program version.
 #pragma once
 
+#include <QByteArray>
 #include <QString>
+
+#include <optional>
 
 namespace service {
 
@@ -17,6 +20,10 @@ struct AuthenticationOutcome {
     ServiceUser user;
     QString errorText;
 };
+
+// Reads the service's reply, which is { "UID": 17, "Username": "ada", "LatestVersion": "1.3.0" }, the last one
+// optional. Empty where the text is nothing of the kind. Throws std::bad_alloc.
+[[nodiscard]] std::optional<ServiceUser> parseUserReply(const QByteArray& text);
 
 // One blocking request to "/api/tessera/user/". Logs its start and how it ended under "tessera".
 [[nodiscard]] AuthenticationOutcome authenticate(const QString& apiKey);

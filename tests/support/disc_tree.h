@@ -26,6 +26,7 @@ public:
     // Adds a file, or replaces it in its place: "VIDEO_TS/VIDEO_TS.IFO".
     DiscTree& add(const std::string& path, Bytes bytes);
     DiscTree& remove(const std::string& path);
+    [[nodiscard]] const std::vector<TreeFile>& files() const { return m_files; }
 
     // Writes the files below `root`, which is made where it is missing.
     void writeDirectory(const std::filesystem::path& root) const;
