@@ -5,11 +5,11 @@
 //     0  number of a cell, 2 bytes     2  what is in it, 512 bytes or what is left
 #pragma once
 
+#include "fuzz/scratch_file.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
-#include <fstream>
 #include <span>
 #include <string>
 #include <vector>
@@ -25,18 +25,15 @@ inline std::size_t le16At(std::span<const std::uint8_t> bytes, std::size_t offse
 
 inline void writeImage(std::span<const std::uint8_t> cells, const std::string& path)
 {
-    std::ofstream out(path, std::ios::binary);
+    const ScratchFile image(path);
     const std::size_t count = cells.size() < 2 ? 0 : le16At(cells, 0);
     for (std::size_t at = 2; at + 2 < cells.size(); at += 2 + kCellSize) {
         const std::size_t cell = le16At(cells, at);
         if (cell >= count) { continue; }
         const auto content = cells.subspan(at + 2).first(std::min(kCellSize, cells.size() - at - 2));
-        out.seekp(static_cast<std::streamoff>(cell * kCellSize));
-        out.write(reinterpret_cast<const char*>(content.data()),
-                  static_cast<std::streamsize>(content.size()));
+        image.write(cell * kCellSize, content);
     }
-    out.close();
-    std::filesystem::resize_file(path, count * kCellSize);
+    image.resize(count * kCellSize);
 }
 
 inline std::vector<std::uint8_t> cellsOf(std::span<const std::uint8_t> image)

@@ -11,7 +11,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-steps=(setup format structure release tests tidy asan tsan authored browser windows window)
+steps=(setup format structure release tests tidy asan tsan fuzz authored browser windows window)
 authored=$PWD/build/authored    # the real discs of the steps authored and window
 logs=$PWD/build/logs
 
@@ -41,9 +41,16 @@ step_release() {    # the release build, warnings as errors; each public header 
     tests/structure/check_notices.sh docs/THIRD_PARTY_NOTICES.txt build/release/bin/{platterscope,tessera_local}
 }
 
-step_tests() {    # all tests on the release build
+step_tests() {    # all tests on the release build; what became of the faults they tried is what the document says
+    local faults=$PWD/build/faults.tsv before=$skipped
     build release all
-    run_ctest release --label-exclude '^(authored|browser)$'
+    rm -f "$faults"
+    PLATTERSCOPE_FAULT_TABLE=$faults run_ctest release --label-exclude '^(authored|browser)$'
+    if [[ $skipped -eq $before ]]; then
+        tools/reliability.sh --check faults "$faults"
+    else
+        tools/reliability.sh --check-ran faults "$faults"    # some faults cannot be made on this machine
+    fi
 }
 
 step_tidy() {    # clang-tidy 14 over what changed
@@ -59,6 +66,11 @@ step_asan() {    # all tests under the address and undefined behaviour sanitizer
 step_tsan() {    # what has threads and no Qt under the thread sanitizer; Debian's Qt is not made for it
     build tsan all
     run_ctest tsan
+}
+
+step_fuzz() {    # every fuzz target over its seeds and for a few seconds more
+    tools/setup.sh fuzz
+    tools/fuzz.sh 4
 }
 
 step_authored() {    # tests on DVDs of an independent authoring tool, as folders and images

@@ -120,7 +120,7 @@ void VtsSpec::putAttributes(Bytes& ifo) const
         const AudioAttributesSpec& stream = audio[i];
         const std::size_t entry = 0x204 + i * 8;
         putU8(ifo, entry, static_cast<std::uint8_t>(stream.codingMode << 5U | stream.languageType << 2U));
-        putU8(ifo, entry + 1, static_cast<std::uint8_t>(stream.sampleRate << 4U | (stream.channels - 1U)));
+        putU8(ifo, entry + 1, static_cast<std::uint8_t>(stream.sampleRate * 16U + stream.channels - 1U));
         putText(ifo, entry + 2, stream.language);
     }
     putBe16(ifo, 0x254, subpictureCount.value_or(static_cast<std::uint8_t>(subpicture.size())));

@@ -1,0 +1,26 @@
+// One playlist file.
+#include "bdmeta/mpls.h"
+#include "fuzz/abort_unless.h"
+
+#include <cstddef>
+#include <cstdint>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    constexpr std::size_t kMaxStreams = 100'000;
+    bdmeta::StreamTables tables(kMaxStreams);
+    const auto playlist = bdmeta::parsePlaylistBytes({data, size}, tables);
+    fuzz::abortUnless(tables.streamCount() <= kMaxStreams);
+    if (!playlist) { return 0; }
+    std::uint64_t durationMs = 0;
+    for (const bdmeta::BlurayPlayItem& item : playlist->playItems) {
+        fuzz::abortUnless(!item.angles.empty() && item.angles.front().clipName == item.clipName);
+        fuzz::abortUnless(item.streams != nullptr);
+        durationMs += item.durationMs;
+        for (const bdmeta::BlurayStream& stream : *item.streams) {
+            fuzz::abortUnless(stream.codingName != nullptr && stream.videoFormatName != nullptr);
+        }
+    }
+    fuzz::abortUnless(durationMs == playlist->durationMs);
+    return 0;
+}

@@ -1,0 +1,88 @@
+#!/usr/bin/env bash
+# Fuzzes everything that reads bytes from a disc, the service or a helper: two targets at a time, from the seeds that
+# the builders of the tests write and from what earlier runs learnt (build/fuzz/corpus).
+#
+#   tools/fuzz.sh [SECONDS [TARGET...]]    each target for so long, 300 by default; all targets or these
+#   tools/fuzz.sh --list                   the targets
+#
+# An input that crashes a target, breaks one of its promises, takes 10 seconds or 1 GiB ends that target; it stays in
+# build/fuzz/findings, and becomes a named test when it is mended. What each target did goes to build/fuzz/results.tsv;
+# "tools/reliability.sh fuzzing build/fuzz/results.tsv" puts that into the document.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+mapfile -t all < <(sed -n 's/^platterscope_fuzz_target(\([a-z_]*\) .*/\1/p' fuzz/CMakeLists.txt)
+if [[ ${1:-} == --list ]]; then
+    printf '%s\n' "${all[@]}"
+    exit 0
+fi
+seconds=${1:-300}
+[[ $seconds =~ ^[1-9][0-9]*$ ]] || { sed -n '2,12p' "$0"; exit 2; }
+shift || true
+[[ $# -gt 0 ]] && targets=("$@") || targets=("${all[@]}")
+for target in "${targets[@]}"; do
+    [[ " ${all[*]} " == *" $target "* ]] || { echo "fuzz: no target '$target'; see tools/fuzz.sh --list" >&2; exit 2; }
+done
+
+folder=$PWD/build/fuzz
+mkdir -p "$folder/findings" "$folder/logs"
+cmake --preset fuzz >"$folder/logs/build.log" 2>&1 && cmake --build --preset fuzz >>"$folder/logs/build.log" 2>&1 ||
+    { tail -n 40 "$folder/logs/build.log"; exit 1; }
+
+# Some targets write small files; where they stay in memory there are more runs.
+if [[ -d /dev/shm && -w /dev/shm ]]; then
+    export TMPDIR=/dev/shm
+fi
+
+max_length() {
+    case $1 in
+        *_image) echo 65536 ;;
+        ep_lookup) echo 1024 ;;    # the walk takes time by the square of it
+        *_disc) echo 16384 ;;
+        *) echo 8192 ;;
+    esac
+}
+
+run_target() {
+    local target=$1 log=$folder/logs/$1.log
+    mkdir -p "$folder/corpus/$target"
+    "$folder/bin/fuzz_$target" -max_total_time="$seconds" -max_len="$(max_length "$target")" -timeout=10 \
+        -rss_limit_mb=1024 -print_final_stats=1 -artifact_prefix="$folder/findings/$target-" \
+        "$folder/corpus/$target" "$folder/seeds/$target" >"$log" 2>&1
+}
+
+# A figure of a target's log: the last match of a pattern with one group.
+figure() {
+    local value
+    value=$(sed -n "s/.*$2.*/\1/p" "$folder/logs/$1.log" | tail -n 1)
+    echo "${value:-0}"
+}
+
+running=0
+for target in "${targets[@]}"; do
+    if [[ $running -eq 2 ]]; then
+        wait -n || true
+        running=$((running - 1))
+    fi
+    run_target "$target" &
+    running=$((running + 1))
+done
+wait || true
+
+findings=0
+: >"$folder/results.tsv"
+for target in "${targets[@]}"; do
+    found=none
+    if ! grep -q '^Done [0-9]* runs' "$folder/logs/$target.log"; then
+        found=$(sed -n 's/^SUMMARY: //p' "$folder/logs/$target.log" | tail -n 1)
+        found=${found:-it did not end as it should}
+        findings=$((findings + 1))
+    fi
+    printf '%s\t%s\t%s of %s\t%s\t%s\t%s\n' "$target" "$(figure "$target" 'number_of_executed_units: \([0-9]*\)')" \
+        "$(figure "$target" 'cov: \([0-9]*\)')" "$(figure "$target" 'Loaded 1 modules *(\([0-9]*\)')" \
+        "$(figure "$target" 'corp: \([0-9]*\)')" "$(figure "$target" 'runs in \([0-9]*\) second')" "$found" \
+        >>"$folder/results.tsv"
+done
+column -t -s $'\t' "$folder/results.tsv"
+echo "fuzz: ${#targets[@]} targets, $findings findings"
+[[ $findings -eq 0 ]] || { echo "see $folder/logs and $folder/findings"; exit 1; }
