@@ -1,5 +1,6 @@
 // The one writer of diagnostic lines. Each line goes to standard error as "component: level: message\n" with
 // a single formatted write and a flush, so lines of several threads do not mix and none is lost in a crash.
+// Messages carry names from discs and texts from the service: what would steer a terminal is written out.
 #pragma once
 
 #include <QString>
@@ -17,8 +18,10 @@ inline constexpr char kInfo[] = "info";
 inline constexpr char kWarning[] = "warning";
 inline constexpr char kError[] = "error";
 
-// Writes one line, the message as UTF-8, when the calling thread's switch is on; else does nothing.
-void log(const char* component, const char* level, const QString& message);
+// Writes one line, the message as UTF-8, when the calling thread's switch is on; else does nothing. Control
+// characters other than line feed and tab (U+0000 to U+001F, U+007F to U+009F) become escapes of the form \x1b.
+// Where memory does not suffice for the message, the line says so in its place.
+void log(const char* component, const char* level, const QString& message) noexcept;
 
 // Writes "platterscope: info: started" whatever the switch says: the first thing the program does.
 void logStarted();

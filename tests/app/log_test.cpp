@@ -1,10 +1,12 @@
 #include "app/log.h"
 #include "tests/support/captured_log.h"
+#include "tests/support/fault_table.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -19,6 +21,29 @@ TEST(Log, WritesOneUtf8LineWithComponentAndLevel)
                                    "e \xE2\x82\xAC %s %n"));
     EXPECT_EQ(log.lines(), (Lines{"bdmeta: warning: Gr\xC3\xBC\xC3\x9F"
                                   "e \xE2\x82\xAC %s %n"}));
+}
+
+TEST(Log, NoMessageSteersATerminal)
+{
+    const std::pair<QString, Lines> messages[] = {
+        {QStringLiteral("\u001b]0;title\u0007\u001b[2J\r"), {"\\x1b]0;title\\x07\\x1b[2J\\x0d"}},
+        {QString::fromUtf8("\xC2\x9B"
+                           "31m\xC2\x80 \x7F\b"),
+         {"\\x9b31m\\x80 \\x7f\\x08"}},
+        {QStringLiteral("a") + QChar(u'\0') + QStringLiteral("b"), {"a\\x00b"}},
+        {QStringLiteral("a\tb\nc\u001f"), {"a\tb", "c\\x1f"}},
+        {QString::fromUtf8("\x1B \xC3\x9F \xC2\xA0 \xF0\x9F\x80\x82"),
+         {"\\x1b \xC3\x9F \xC2\xA0 \xF0\x9F\x80\x82"}},
+    };
+    for (const auto& [message, expected] : messages) {
+        const testsupport::CapturedLog log;
+        logging::log(logging::kBdmeta, logging::kError, message);
+        Lines lines = expected;
+        lines.front().insert(0, "bdmeta: error: ");
+        EXPECT_EQ(log.lines(), lines);
+    }
+    testsupport::recordFault("Log: a name or a reply with control characters",
+                             "written as escapes, so that no terminal acts on them", std::size(messages));
 }
 
 TEST(Log, TheSwitchSilencesItsOwnThreadAlone)
