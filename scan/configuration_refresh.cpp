@@ -4,7 +4,7 @@
 #include "service/api_key_store.h"
 #include "service/configuration_request.h"
 
-#include <new>
+#include <exception>
 #include <utility>
 
 namespace scan {
@@ -14,7 +14,6 @@ namespace {
 constexpr char kNotAdded[] = QT_TRANSLATE_NOOP("Messages", "This disc has not been added to Tessera.");
 constexpr char kUnsupportedType[] =
     QT_TRANSLATE_NOOP("Messages", "The disc type is not supported by Tessera.");
-constexpr char kFailed[] = QT_TRANSLATE_NOOP("Messages", "Unable to refresh Tessera configurations.");
 
 service::ConfigurationsOutcome requestConfigurations(const DiscScanResult& disc, const QString& apiKey)
 {
@@ -35,11 +34,15 @@ service::ConfigurationsOutcome requestConfigurations(const DiscScanResult& disc,
     return failure(kUnsupportedType);
 }
 
+// Needs no memory: the result shares all it holds with the previous one, and the general text is in the program.
 DiscScanResult failedRefresh(const DiscScanResult& previous, const QString& text)
 {
     DiscScanResult result = previous;
     result.ok = 0;
-    result.errorMessage = text.isEmpty() ? QString::fromUtf8(kFailed) : text;
+    result.errorMessage =
+        text.isEmpty()
+            ? QStringLiteral(QT_TRANSLATE_NOOP("Messages", "Unable to refresh Tessera configurations."))
+            : text;
     logging::log(logging::kTessera, logging::kError, result.errorMessage);
     return result;
 }
@@ -60,7 +63,7 @@ DiscScanResult refreshConfigurations(const DiscScanResult& previous, const QStri
                      QStringLiteral("configuration refresh finished: %1 configuration(s)")
                          .arg(result.configurations.size()));
         return result;
-    } catch (const std::bad_alloc&) {  // a reply too large to log
+    } catch (const std::exception&) {  // out of memory
         return failedRefresh(previous, {});
     }
 }

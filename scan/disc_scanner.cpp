@@ -19,7 +19,18 @@ namespace {
 constexpr std::size_t kErrorCapacity = 256;
 
 constexpr char kNoDisc[] = QT_TRANSLATE_NOOP("Messages", "Path is not a valid Blu-ray or DVD.");
-constexpr char kNoMemory[] = QT_TRANSLATE_NOOP("Messages", "There is not enough memory to read the disc.");
+
+// Texts that take no memory to make.
+
+QString noMemoryText()
+{
+    return QStringLiteral(QT_TRANSLATE_NOOP("Messages", "There is not enough memory to read the disc."));
+}
+
+QString unexpectedText()
+{
+    return QStringLiteral(QT_TRANSLATE_NOOP("Messages", "The disc could not be read: an unexpected error."));
+}
 
 using ReaderError = std::array<char, kErrorCapacity>;
 
@@ -105,7 +116,9 @@ DiscScanResult DiscScanner::scan(const QString& path, bool addIfMissing) const
     try {
         return scanPath(path, m_apiKey, addIfMissing);
     } catch (const std::bad_alloc&) {
-        return ::scan::errorResult(kNoMemory);
+        return ::scan::errorResult(noMemoryText());
+    } catch (...) {  // the work of a thread must not throw, whatever the disc
+        return ::scan::errorResult(unexpectedText());
     }
 }
 

@@ -5,7 +5,8 @@
 
 namespace scan {
 
-// Logs the message as an error of the program's own and returns a result that holds nothing but it.
+// Logs the message as an error of the program's own and returns a result that holds nothing but it. The second
+// form needs no memory.
 [[nodiscard]] DiscScanResult errorResult(const char* message);
 [[nodiscard]] DiscScanResult errorResult(const QString& message);
 

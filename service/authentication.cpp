@@ -5,8 +5,9 @@
 #include "service/http_client.h"
 #include "service/json_value.h"
 
-#include <new>
+#include <exception>
 #include <optional>
+#include <utility>
 
 namespace service {
 
@@ -16,7 +17,12 @@ constexpr char kForbiddenCharacters[] =
     QT_TRANSLATE_NOOP("Messages", "The API key contains characters that are not allowed.");
 constexpr char kInvalidResponse[] =
     QT_TRANSLATE_NOOP("Messages", "Tessera returned an invalid authentication response.");
-constexpr char kFailed[] = QT_TRANSLATE_NOOP("Messages", "Unable to authenticate with Tessera.");
+
+// A text that takes no memory to make.
+QString failedText()
+{
+    return QStringLiteral(QT_TRANSLATE_NOOP("Messages", "Unable to authenticate with Tessera."));
+}
 
 AuthenticationOutcome failure(const QString& errorText)
 {
@@ -33,18 +39,19 @@ AuthenticationOutcome requestUser(const QString& apiKey)
     request.path = QStringLiteral("/api/tessera/user/");
     request.isPost = true;  // without a body: the key travels in its header alone
     request.headers = {apiKeyHeader(apiKey), "Content-Type: application/x-www-form-urlencoded"};
-    const HttpOutcome reply = perform(request);
+    HttpOutcome reply = perform(request);
     if (!reply.ok) { return failure(reply.errorText); }
-    const std::optional<ServiceUser> user = parseUserReply(reply.body);
+    const std::optional<ServiceUser> user = parseUserReply(std::move(reply.body));
     if (!user) { return failure(QString::fromLatin1(kInvalidResponse)); }
     return {.ok = true, .user = *user, .errorText = {}};
 }
 
 }  // namespace
 
-std::optional<ServiceUser> parseUserReply(const QByteArray& text)
+std::optional<ServiceUser> parseUserReply(QByteArray text)
 {
     const std::optional<JsonDocument> document = JsonDocument::parse(text);
+    text.clear();
     if (!document) { return std::nullopt; }
     const JsonValue root = document->root();
     const std::optional<qint64> uid = root.member("UID").integer();
@@ -63,13 +70,12 @@ AuthenticationOutcome authenticate(const QString& apiKey)
             logging::log(logging::kTessera, logging::kInfo, QStringLiteral("authentication succeeded"));
             return outcome;
         }
-        if (outcome.errorText.isEmpty()) { outcome.errorText = QString::fromLatin1(kFailed); }
+        if (outcome.errorText.isEmpty()) { outcome.errorText = failedText(); }
         logging::log(logging::kTessera, logging::kError, outcome.errorText);
         return outcome;
-    } catch (const std::bad_alloc&) {  // a reply too large to handle, or to log
-        const QString text = QString::fromLatin1(kFailed);
-        logging::log(logging::kTessera, logging::kError, text);
-        return failure(text);
+    } catch (const std::exception&) {  // a reply too large to handle
+        logging::log(logging::kTessera, logging::kError, failedText());
+        return failure(failedText());
     }
 }
 

@@ -22,8 +22,9 @@ struct AuthenticationOutcome {
 };
 
 // Reads the service's reply, which is { "UID": 17, "Username": "ada", "LatestVersion": "1.3.0" }, the last one
-// optional. Empty where the text is nothing of the kind. Throws std::bad_alloc.
-[[nodiscard]] std::optional<ServiceUser> parseUserReply(const QByteArray& text);
+// optional. Empty where the text is nothing of the kind. The text, if it is given away, is freed
+// as soon as it has been taken apart. Throws std::bad_alloc.
+[[nodiscard]] std::optional<ServiceUser> parseUserReply(QByteArray text);
 
 // One blocking request to "/api/tessera/user/". Logs its start and how it ended under "tessera".
 [[nodiscard]] AuthenticationOutcome authenticate(const QString& apiKey);

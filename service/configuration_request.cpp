@@ -1,9 +1,8 @@
 #include "service/configuration_request.h"
 
 #include "service/http_client.h"
-#include "service/json_value.h"
 
-#include <new>
+#include <exception>
 #include <utility>
 
 namespace service {
@@ -28,13 +27,12 @@ ConfigurationsOutcome requestConfigurations(DiscKind kind, qint64 discId, const 
     HttpRequest request;
     request.path = QString::fromLatin1(kind == DiscKind::Bluray ? kBlurayPath : kDvdPath).arg(discId);
     request.headers = {apiKeyHeader(apiKey)};
-    const HttpOutcome reply = perform(request);
+    HttpOutcome reply = perform(request);
     if (!reply.ok) { return failure(reply.errorText); }
-    const std::optional<JsonDocument> document = JsonDocument::parse(reply.body);
-    if (!document || !document->root().isArray()) { return failure(QString::fromLatin1(kInvalidResponse)); }
-    std::optional<QList<DiscConfiguration>> configurations = readConfigurations(document->root());
-    if (!configurations) { return {}; }
-    return {.ok = true, .configurations = *std::move(configurations), .errorText = {}};
+    ConfigurationArray parsed = parseConfigurationArray(std::move(reply.body));
+    if (!parsed.isArray) { return failure(QString::fromLatin1(kInvalidResponse)); }
+    if (!parsed.configurations) { return {}; }
+    return {.ok = true, .configurations = *std::move(parsed.configurations), .errorText = {}};
 }
 
 }  // namespace
@@ -43,7 +41,7 @@ ConfigurationsOutcome getConfigurations(DiscKind kind, qint64 discId, const QStr
 {
     try {
         return requestConfigurations(kind, discId, apiKey);
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception&) {  // out of memory
         return {};
     }
 }

@@ -2,7 +2,7 @@
 
 #include "service/json_value.h"
 
-#include <new>
+#include <exception>
 #include <utility>
 
 namespace service {
@@ -23,7 +23,7 @@ ConfigurationTitle readTitle(const JsonValue& value)
 }
 
 // "Data" is a JSON document of its own, carried as a string.
-void readData(const QByteArray& text, DiscConfiguration& configuration)
+void readData(QByteArrayView text, DiscConfiguration& configuration)
 {
     const std::optional<JsonDocument> document = JsonDocument::parse(text);
     if (!document) { return; }
@@ -49,38 +49,16 @@ DiscConfiguration readConfiguration(const JsonValue& value)
     return configuration;
 }
 
-std::optional<ConfigurationReply> readReply(const QByteArray& text)
-{
-    const std::optional<JsonDocument> document = JsonDocument::parse(text);
-    if (!document || !document->root().isObject()) { return std::nullopt; }
-    const JsonValue root = document->root();
-    const JsonValue discId = root.member("Disc ID");
-    if (discId.isAbsentOrNull()) { return ConfigurationReply{}; }
-    const std::optional<qint64> id = discId.integer();
-    if (!id) { return std::nullopt; }
-
-    auto configurations = readConfigurations(root.member("Configurations"));
-    if (!configurations) { return std::nullopt; }
-    return ConfigurationReply{.isFound = true, .discId = *id, .configurations = *std::move(configurations)};
-}
-
-}  // namespace
-
-std::optional<ConfigurationReply> parseConfigurationReply(const QByteArray& text)
-{
-    try {
-        return readReply(text);
-    } catch (const std::bad_alloc&) {
-        return std::nullopt;
-    }
-}
-
-std::optional<QList<DiscConfiguration>> readConfigurations(const JsonValue& array)
+// `values` are those of the document that the array is in. The documents in it count with it: a reply could
+// otherwise hold as many again in each.
+std::optional<QList<DiscConfiguration>> readConfigurations(const JsonValue& array, qsizetype values)
 {
     QList<DiscConfiguration> configurations;
     qsizetype entries = 0;
     for (const JsonValue& element : array.elements()) {
         if (!element.isObject()) { continue; }
+        values += JsonDocument::countValues(element.member("Data").utf8());
+        if (values > JsonDocument::kMaximumValues) { return std::nullopt; }
         configurations.append(readConfiguration(element));
         entries += 1 + configurations.last().paths.size() + configurations.last().titles.size();
         if (configurations.size() > kMaximumConfigurations || entries > kMaximumEntries) {
@@ -88,6 +66,43 @@ std::optional<QList<DiscConfiguration>> readConfigurations(const JsonValue& arra
         }
     }
     return configurations;
+}
+
+std::optional<ConfigurationReply> readReply(QByteArray text)
+{
+    const qsizetype values = JsonDocument::countValues(text);
+    const std::optional<JsonDocument> document = JsonDocument::parse(text);
+    text.clear();
+    if (!document || !document->root().isObject()) { return std::nullopt; }
+    const JsonValue root = document->root();
+    const JsonValue discId = root.member("Disc ID");
+    if (discId.isAbsentOrNull()) { return ConfigurationReply{}; }
+    const std::optional<qint64> id = discId.integer();
+    if (!id) { return std::nullopt; }
+
+    auto configurations = readConfigurations(root.member("Configurations"), values);
+    if (!configurations) { return std::nullopt; }
+    return ConfigurationReply{.isFound = true, .discId = *id, .configurations = *std::move(configurations)};
+}
+
+}  // namespace
+
+std::optional<ConfigurationReply> parseConfigurationReply(QByteArray text)
+{
+    try {
+        return readReply(std::move(text));
+    } catch (const std::exception&) {  // out of memory
+        return std::nullopt;
+    }
+}
+
+ConfigurationArray parseConfigurationArray(QByteArray text)
+{
+    const qsizetype values = JsonDocument::countValues(text);
+    const std::optional<JsonDocument> document = JsonDocument::parse(text);
+    text.clear();
+    if (!document || !document->root().isArray()) { return {}; }
+    return {.isArray = true, .configurations = readConfigurations(document->root(), values)};
 }
 
 }  // namespace service

@@ -17,8 +17,6 @@
 
 namespace service {
 
-class JsonValue;
-
 struct ConfigurationTitle {
     int id = 0;
     int type = 0;                  // 1 to 14 have names; see the configurations view
@@ -52,15 +50,20 @@ inline constexpr qsizetype kMaximumConfigurations = 20'000;
 inline constexpr qsizetype kMaximumEntries = 250'000;
 
 // Reads a find reply. Empty when the text is no JSON object, its "Disc ID" is neither absent, null nor an
-// integer (a JSON number without fraction within +-(2^53 - 1), or a decimal
-// text), or it holds too many entries. What is odd inside a
-// configuration is passed over piece by piece: a missing field is empty or 0, a number outside 32 bits is
-// clamped and a fraction cut, a path that is no text keeps its place as an empty text, titles and
-// configurations that are no objects are skipped.
-[[nodiscard]] std::optional<ConfigurationReply> parseConfigurationReply(const QByteArray& text);
+// integer (a JSON number without fraction within +-(2^53 - 1), or a decimal text), or it holds too many entries or
+// too many values (JsonDocument::kMaximumValues, all "Data" included). What is odd inside a configuration is passed
+// over piece by piece: a missing field is empty or 0, a number outside 32 bits is clamped and a fraction cut, a path
+// that is no text keeps its place as an empty text, titles and configurations that are no objects are skipped. The
+// text is let go as soon as it is parsed: a caller who moves it here holds it no longer than needed.
+[[nodiscard]] std::optional<ConfigurationReply> parseConfigurationReply(QByteArray text);
 
-// Reads the array of configurations by itself, in the same way. Empty when there are too many entries. Throws
-// std::bad_alloc.
-[[nodiscard]] std::optional<QList<DiscConfiguration>> readConfigurations(const JsonValue& array);
+// What a reply that should be an array of configurations came to.
+struct ConfigurationArray {
+    bool isArray = false;
+    std::optional<QList<DiscConfiguration>> configurations;  // empty also where the array holds too much
+};
+
+// Reads such a reply in the same way. Throws std::bad_alloc.
+[[nodiscard]] ConfigurationArray parseConfigurationArray(QByteArray text);
 
 }  // namespace service

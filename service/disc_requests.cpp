@@ -6,7 +6,7 @@
 
 #include <zlib.h>
 
-#include <new>
+#include <exception>
 #include <optional>
 #include <utility>
 
@@ -58,7 +58,7 @@ std::optional<QByteArray> compress(const QByteArray& bytes)
         if (result != Z_OK) { return std::nullopt; }
         stream.resize(static_cast<qsizetype>(length));
         return stream;
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception&) {
         return std::nullopt;
     }
 }
@@ -90,12 +90,12 @@ HttpOutcome postTitlePackage(const char* path, const TitlePackage& package, cons
 FindOutcome requestFind(const TitlePackage& package, const QString& apiKey)
 {
     FindOutcome outcome;
-    const HttpOutcome reply = postTitlePackage(endpoints(package.kind).find, package, apiKey);
+    HttpOutcome reply = postTitlePackage(endpoints(package.kind).find, package, apiKey);
     if (!reply.ok) {
         outcome.errorText = reply.errorText;
         return outcome;
     }
-    std::optional<ConfigurationReply> parsed = parseConfigurationReply(reply.body);
+    std::optional<ConfigurationReply> parsed = parseConfigurationReply(std::move(reply.body));
     if (!parsed) {
         outcome.errorText = QString::fromLatin1(kInvalidFindResponse);
         return outcome;
@@ -121,7 +121,7 @@ FindOutcome findDisc(const TitlePackage& package, const QString& apiKey)
 {
     try {
         return requestFind(package, apiKey);
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception&) {  // out of memory
         return {};
     }
 }
@@ -130,7 +130,7 @@ AddOutcome addDisc(const TitlePackage& package, const QString& apiKey)
 {
     try {
         return requestAdd(package, apiKey);
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception&) {  // out of memory
         return {};
     }
 }

@@ -6,8 +6,9 @@
 #include <curl/curl.h>
 
 #include <algorithm>
+#include <exception>
 #include <memory>
-#include <new>
+#include <utility>
 
 namespace service {
 
@@ -43,7 +44,7 @@ std::size_t appendToReply(const char* data, std::size_t size, std::size_t count,
     if (length > static_cast<std::size_t>(reply.limit - reply.body.size())) { return 0; }
     try {
         reply.body.append(data, static_cast<qsizetype>(length));
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception&) {  // out of memory
         return 0;
     }
     return length;
@@ -91,9 +92,11 @@ HttpOutcome failure(const QString& errorText)
     return {.ok = false, .body = {}, .errorText = errorText};
 }
 
-HttpOutcome judge(CURLcode code, long status, const QByteArray& body)
+HttpOutcome judge(CURLcode code, long status, QByteArray body)
 {
-    if (code == CURLE_OK && status == kStatusOk) { return {.ok = true, .body = body, .errorText = {}}; }
+    if (code == CURLE_OK && status == kStatusOk) {
+        return {.ok = true, .body = std::move(body), .errorText = {}};
+    }
     if (!body.isEmpty()) { return failure(QString::fromUtf8(body)); }
     if (code != CURLE_OK) {
         return failure(QString::fromLatin1(kNetworkError).arg(QString::fromUtf8(curl_easy_strerror(code))));
@@ -139,7 +142,7 @@ HttpOutcome perform(const HttpRequest& request, const HttpLimits& limits)
     const CURLcode code = curl_easy_perform(curl.get());
     long status = 0;
     curl_easy_getinfo(curl.get(), CURLINFO_RESPONSE_CODE, &status);
-    return judge(code, status, reply.body);
+    return judge(code, status, std::move(reply.body));
 }
 
 QByteArray apiKeyHeader(const QString& apiKey)

@@ -12,21 +12,10 @@ namespace {
 
 constexpr double kMaximumExactInteger = 9007199254740991.0;  // 2^53 - 1
 
-// A value takes some 64 bytes in memory and as little as two in the text, so a reply's size alone is no
-// bound.
-constexpr std::ptrdiff_t kMaximumValues = 4'000'000;
-
 // White space as JSON has it; the parser itself takes every control character for it.
 bool isWhiteSpace(char c)
 {
     return c == ' ' || c == '\t' || c == '\r' || c == '\n';
-}
-
-// Each value but the first follows a comma or opens an array or an object.
-bool mayHoldTooManyValues(const QByteArray& text)
-{
-    const auto precedesValue = [](char c) { return c == ',' || c == '[' || c == '{'; };
-    return std::count_if(text.begin(), text.end(), precedesValue) >= kMaximumValues;
 }
 
 }  // namespace
@@ -100,18 +89,25 @@ QString JsonValue::text() const
     return isString() ? QString::fromUtf8(m_node->valuestring) : QString();
 }
 
-QByteArray JsonValue::utf8() const
+QByteArrayView JsonValue::utf8() const
 {
-    return isString() ? QByteArray(m_node->valuestring) : QByteArray();
+    return isString() ? QByteArrayView(m_node->valuestring) : QByteArrayView();
 }
 
-std::optional<JsonDocument> JsonDocument::parse(const QByteArray& text)
+// Each value but the first follows a comma or opens an array or an object.
+qsizetype JsonDocument::countValues(QByteArrayView text)
 {
-    if (mayHoldTooManyValues(text)) { return std::nullopt; }
+    const auto precedesValue = [](char c) { return c == ',' || c == '[' || c == '{'; };
+    return 1 + std::count_if(text.begin(), text.end(), precedesValue);
+}
+
+std::optional<JsonDocument> JsonDocument::parse(QByteArrayView text)
+{
+    if (countValues(text) > kMaximumValues) { return std::nullopt; }
     const char* rest = nullptr;
-    const char* const end = text.constData() + text.size();
+    const char* const end = text.data() + text.size();
     JsonDocument document(
-        cJSON_ParseWithLengthOpts(text.constData(), static_cast<std::size_t>(text.size()), &rest, 0));
+        cJSON_ParseWithLengthOpts(text.data(), static_cast<std::size_t>(text.size()), &rest, 0));
     if (document.m_root == nullptr || !std::all_of(rest, end, isWhiteSpace)) { return std::nullopt; }
     return document;
 }

@@ -3,7 +3,7 @@
 // between.
 #pragma once
 
-#include <QByteArray>
+#include <QByteArrayView>
 #include <QString>
 
 #include <memory>
@@ -44,9 +44,10 @@ public:
     // A number, its fraction cut, clamped to 32 bits; empty for any other value.
     [[nodiscard]] std::optional<int> clampedNumber() const;
 
-    // A string's text and its UTF-8 bytes, which end at an escaped NUL; empty for any other value.
+    // A string's text and its UTF-8 bytes, which end at an escaped NUL; empty for any other value. The bytes are
+    // the document's own.
     [[nodiscard]] QString text() const;
-    [[nodiscard]] QByteArray utf8() const;
+    [[nodiscard]] QByteArrayView utf8() const;
 
 private:
     const cJSON* m_node = nullptr;
@@ -54,9 +55,16 @@ private:
 
 class JsonDocument {
 public:
+    // The most values that a reply may hold, those of the documents inside its strings among them. A value takes
+    // some 64 bytes in memory and as little as two in the text, so a reply's size alone is no bound.
+    static constexpr qsizetype kMaximumValues = 4'000'000;
+
+    // An upper bound of the values in a JSON text.
+    [[nodiscard]] static qsizetype countValues(QByteArrayView text);
+
     // Empty when `text` is not one whole JSON text (white space around it is allowed), is nested deeper than
-    // 1,000 levels or could hold more than four million values.
-    [[nodiscard]] static std::optional<JsonDocument> parse(const QByteArray& text);
+    // 1,000 levels or could hold more than kMaximumValues. The document keeps nothing of `text`.
+    [[nodiscard]] static std::optional<JsonDocument> parse(QByteArrayView text);
 
     [[nodiscard]] JsonValue root() const { return JsonValue(m_root.get()); }
 

@@ -1,9 +1,6 @@
 #include "service/http_client.h"
 #include "tests/service/service_fixture.h"
-
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
+#include "tests/support/fault_table.h"
 
 using namespace Qt::StringLiterals;
 using service::HttpOutcome;
@@ -59,23 +56,6 @@ TEST_F(HttpClient, OnlyACompleteTransferWithStatus200Succeeds)
     EXPECT_EQ(m_server.requests().size(), std::size(cases));  // nothing is retried, no redirect followed
 }
 
-TEST_F(HttpClient, SaysThatNoServerAnswers)
-{
-    // A port that is bound but not listened on refuses every connection.
-    const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    ASSERT_EQ(::bind(socket, reinterpret_cast<sockaddr*>(&address), size), 0);
-    ASSERT_EQ(::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size), 0);
-    const ScopedEnvironment deadAddress("PLATTERSCOPE_SERVICE_URL",
-                                        "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)));
-    EXPECT_EQ(service::perform(getRequest()).errorText.toStdString(),
-              "Network error: Couldn't connect to server");
-    ::close(socket);
-}
-
 TEST_F(HttpClient, CutsAStalledReplyAtTheTransferLimit)
 {
     EXPECT_EQ(service::HttpLimits().connectSeconds, 10);
@@ -92,6 +72,7 @@ TEST_F(HttpClient, ReplyBeyondItsLimitFailsTheTransfer)
     EXPECT_TRUE(service::perform(getRequest(), {.replyBytes = 10}).ok);
     EXPECT_EQ(service::perform(getRequest(), {.replyBytes = 9}).errorText.toStdString(),
               "Network error: Failed writing received data to disk/application");
+    testsupport::recordFault("Service: a reply beyond the limit of 1 GiB", "an error that says so");
 }
 
 TEST_F(HttpClient, SendsAGetWithItsQueryAndItsHeaders)
@@ -113,6 +94,8 @@ TEST_F(HttpClient, LoopbackIsNeverReachedThroughAProxy)
     m_server.play({});
     EXPECT_TRUE(service::perform(getRequest()).ok);
     EXPECT_TRUE(proxy.requests().empty());
+    testsupport::recordFault("Service: a proxy in the environment",
+                             "not used for an address of this computer", 2);
 }
 
 TEST_F(HttpClient, OtherHostsAreReachedThroughTheEnvironmentsProxy)
@@ -127,6 +110,8 @@ TEST_F(HttpClient, OtherHostsAreReachedThroughTheEnvironmentsProxy)
     EXPECT_EQ(proxy.requests()[0].method, "CONNECT");
     EXPECT_EQ(proxy.requests()[0].target, "tessera.example:443");
     EXPECT_EQ(proxy.requests()[0].header("apiKey"), "");
+    testsupport::recordFault("Service: a proxy in the environment",
+                             "sees neither the key nor the request over https");
 }
 
 TEST_F(HttpClient, SendsNothingThatItShouldNot)

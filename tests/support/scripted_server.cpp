@@ -18,6 +18,7 @@ namespace {
 
 constexpr char kLineEnd[] = "\r\n";
 constexpr char kHeadEnd[] = "\r\n\r\n";
+constexpr std::chrono::milliseconds kForEver{-1};
 
 // Takes the next line off `text`, without its line end.
 std::string takeLine(std::string& text)
@@ -43,9 +44,9 @@ RecordedRequest parseHead(std::string head)
 }
 
 // Waits until either is ready: the connection, or the eventfd behind it, which it resets.
-bool pollAndTakeWakeUp(std::span<pollfd, 2> watched)
+bool pollAndTakeWakeUp(std::span<pollfd, 2> watched, int timeoutMs = -1)
 {
-    if (::poll(watched.data(), watched.size(), -1) < 0 && errno != EINTR) { return false; }
+    if (::poll(watched.data(), watched.size(), timeoutMs) < 0 && errno != EINTR) { return false; }
     eventfd_t ignored = 0;
     ::eventfd_read(watched[1].fd, &ignored);
     return true;
@@ -162,7 +163,12 @@ void ScriptedServer::serve(int client)
         m_requests.push_back(*std::move(request));
     }
     m_recorded.notify_all();
-    if (!reply.isHeld || waitForRelease(client)) { send(client, wireBytes(reply)); }
+    if (reply.isHeld && !waitForRelease(client)) { return; }
+    if (sendReply(client, reply) && reply.staysOpen) { waitForClientsEnd(client, kForEver); }
+    if (reply.endsByReset) {
+        const linger atOnce = {.l_onoff = 1, .l_linger = 0};
+        ::setsockopt(client, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+    }
 }
 
 std::optional<RecordedRequest> ScriptedServer::receive(int client)
@@ -201,6 +207,25 @@ bool ScriptedServer::send(int client, const std::string& bytes)
         const ssize_t count = ::send(client, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
         if (count < 0) { return false; }
         sent += static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+bool ScriptedServer::sendReply(int client, const ScriptedReply& reply)
+{
+    const std::string bytes = wireBytes(reply);
+    if (reply.byteInterval.count() > 0) { return sendSlowly(client, bytes, reply.byteInterval); }
+    if (!send(client, bytes)) { return false; }
+    for (std::uint64_t i = 0; i < reply.repeats; ++i) {
+        if (!send(client, reply.repeated)) { return false; }
+    }
+    return send(client, reply.end);
+}
+
+bool ScriptedServer::sendSlowly(int client, const std::string& bytes, std::chrono::milliseconds interval)
+{
+    for (const char byte : bytes) {
+        if (waitForClientsEnd(client, interval) || !send(client, std::string(1, byte))) { return false; }
     }
     return true;
 }
@@ -248,6 +273,18 @@ bool ScriptedServer::waitForRelease(int client)
         }
         if (!pollAndTakeWakeUp(watched)) { return false; }
     }
+}
+
+// Whether the client went away, or the server is being destroyed, within `timeout`.
+bool ScriptedServer::waitForClientsEnd(int client, std::chrono::milliseconds timeout)
+{
+    pollfd watched[] = {{client, POLLRDHUP, 0}, {m_wakeUp, POLLIN, 0}};
+    do {
+        const bool isPolled = pollAndTakeWakeUp(watched, static_cast<int>(timeout.count()));
+        const std::lock_guard lock(m_mutex);
+        if (!isPolled || m_isStopping || watched[0].revents != 0) { return true; }
+    } while (timeout == kForEver);
+    return false;
 }
 
 void ScriptedServer::wake() const

@@ -13,6 +13,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <map>
 #include <mutex>
@@ -40,6 +41,15 @@ struct ScriptedReply {
     std::optional<std::size_t> bodyBytesBeforeCut = std::nullopt;  // the connection ends after so many
     std::optional<std::string> rawBytes = std::nullopt;  // sent instead of all this; empty: just close
     bool isHeld = false;                                 // not sent before release(); may be for ever
+
+    // Sent behind all that, so many times: a body or a head of any size that takes no memory here.
+    std::string repeated = {};
+    std::uint64_t repeats = 0;
+    std::string end = {};  // behind the last of them
+
+    std::chrono::milliseconds byteInterval{0};  // a time to wait before each byte
+    bool staysOpen = false;    // nothing follows, but the connection lasts until the client ends it
+    bool endsByReset = false;  // instead of the polite end
 };
 
 class ScriptedServer {
@@ -75,9 +85,12 @@ private:
     std::optional<RecordedRequest> receive(int client);
     bool receiveMore(int client, std::string& buffer);
     bool send(int client, const std::string& bytes);
+    bool sendReply(int client, const ScriptedReply& reply);
+    bool sendSlowly(int client, const std::string& bytes, std::chrono::milliseconds interval);
     ScriptedReply takeReply(const RecordedRequest& request);
     bool waitUntilReady(int descriptor, short events);
     bool waitForRelease(int client);
+    bool waitForClientsEnd(int client, std::chrono::milliseconds timeout);
     void wake() const;
 
     int m_listener = -1;
