@@ -1,3 +1,4 @@
+#include "tests/support/fault_table.h"
 #include "tests/tessera_local/test_package.h"
 
 #include <gtest/gtest.h>
@@ -52,6 +53,8 @@ TEST(PackageUpload, RefusesEveryTruncation)
     for (std::size_t size = 0; size < stream.size(); ++size) {
         EXPECT_EQ(statusOf(stream.substr(0, size), DiscKind::Dvd, sha256Of(bytes)), 400) << size;
     }
+    testsupport::recordFault("Local service: an upload that is cut short, at every length", "refused",
+                             stream.size());
 }
 
 TEST(PackageUpload, RefusesWhatIsNotOneZlibStream)
@@ -62,8 +65,12 @@ TEST(PackageUpload, RefusesWhatIsNotOneZlibStream)
     EXPECT_EQ(statusOf(stream + '\n', DiscKind::Dvd, sha256), 400) << "something behind it";
     EXPECT_EQ(statusOf(bytes, DiscKind::Dvd, sha256), 400) << "not deflated";
     EXPECT_EQ(statusOf(stream.substr(2), DiscKind::Dvd, sha256), 400) << "without the zlib header";
+    EXPECT_EQ(statusOf(deflated(stream), DiscKind::Dvd, sha256), 422) << "a stream in a stream";
+    EXPECT_EQ(statusOf(stream + stream, DiscKind::Dvd, sha256), 400) << "two streams";
     stream.back() = static_cast<char>(stream.back() ^ 1);
     EXPECT_EQ(statusOf(stream, DiscKind::Dvd, sha256), 400) << "wrong checksum";
+    testsupport::recordFault("Local service: an upload that is not one whole zlib stream of a package",
+                             "refused", 6);
 }
 
 TEST(PackageUpload, RefusesADigestThatIsNoneOrNotThePackages)
@@ -90,6 +97,7 @@ TEST(PackageUpload, RefusesHeadersThatLie)
     EXPECT_EQ(statusOfPackage(package(DiscKind::Dvd, "chunks", ~std::uint64_t{0}), DiscKind::Dvd), 422);
     EXPECT_EQ(statusOfPackage(package(DiscKind::Dvd, "").substr(0, 31), DiscKind::Dvd), 422);
     EXPECT_EQ(statusOfPackage("", DiscKind::Dvd), 422);
+    testsupport::recordFault("Local service: a package whose header lies", "refused", 7);
 }
 
 TEST(PackageUpload, RefusesMoreThanTheLimitWhateverElseIsWrong)

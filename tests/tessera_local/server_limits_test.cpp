@@ -1,4 +1,5 @@
 // The limits of a request, made small enough to be met in a test: the server within the test's own process.
+#include "tests/support/fault_table.h"
 #include "tests/tessera_local/raw_client.h"
 #include "tests/tessera_local/test_package.h"
 #include "tools/tessera_local/server.h"
@@ -6,7 +7,9 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <memory>
 #include <thread>
+#include <vector>
 
 namespace tessera_local {
 
@@ -55,6 +58,42 @@ private:
 
 }  // namespace
 
+// Twice as many as the service has threads, half of them in the middle of a request. They stay until the end.
+TEST_F(ServerLimits, SlowClientsDoNotKeepOthersOut)
+{
+    Limits limits;
+    limits.headerTime = std::chrono::milliseconds(50);
+    const int port = start(limits);
+    std::vector<std::unique_ptr<RawClient>> clients;
+    for (int i = 0; i < 32; ++i) {
+        clients.push_back(std::make_unique<RawClient>(port));
+        ASSERT_TRUE(clients.back()->send(i % 2 == 0 ? "" : "POST /api/tessera/user/ HTTP/1.1\r\napiKey: "));
+    }
+    RawClient other(port);
+    ASSERT_TRUE(other.send("POST /api/tessera/user/ HTTP/1.1\r\napiKey: k\r\nContent-Length: 0\r\n\r\n"));
+    const std::string reply = other.receiveAll();
+    EXPECT_TRUE(reply.starts_with("HTTP/1.1 200 ")) << reply;
+    testsupport::recordFault("Local service: more slow clients than it has threads",
+                             "the others are answered when their time is over");
+}
+
+// Chunked, which says nothing of the length.
+TEST_F(ServerLimits, EndlessFormsAreGivenUp)
+{
+    Limits limits;
+    limits.formBytes = 100'000;
+    const int port = start(limits);
+    addDisc();
+    RawClient client(port);
+    ASSERT_TRUE(
+        client.send("POST /tessera/dvd/new/?uid=1 HTTP/1.1\r\nHost: localhost\r\nOrigin: http://localhost\r\n"
+                    "Content-Type: application/x-www-form-urlencoded\r\nTransfer-Encoding: chunked\r\n\r\n"));
+    for (int i = 0; i < 1000 && client.send("2710\r\n" + std::string(10'000, 'x') + "\r\n"); ++i) {}
+    const std::string reply = client.receiveAll();
+    EXPECT_TRUE(reply.starts_with("HTTP/1.1 4")) << reply;
+    testsupport::recordFault("Local service: a form without end", "refused at the limit");
+}
+
 TEST_F(ServerLimits, SlowHeadersAreGivenUp)
 {
     Limits limits;
@@ -63,6 +102,7 @@ TEST_F(ServerLimits, SlowHeadersAreGivenUp)
     ASSERT_TRUE(client.send("POST /api/tessera/user/ HTTP/1.1\r\napiKey: "));
     const std::string reply = client.receiveAll();
     EXPECT_TRUE(reply.starts_with("HTTP/1.1 400 ")) << reply;
+    testsupport::recordFault("Local service: a request that stalls", "given up at its time limit");
 }
 
 TEST_F(ServerLimits, SlowBodiesAreGivenUp)
@@ -74,6 +114,7 @@ TEST_F(ServerLimits, SlowBodiesAreGivenUp)
     // The reply's time is over as well, but what need not wait is sent.
     const std::string reply = client.receiveAll();
     EXPECT_TRUE(reply.starts_with("HTTP/1.1 400 ")) << reply;
+    testsupport::recordFault("Local service: a request that stalls", "given up at its time limit");
 }
 
 // A form needs no key, so it gets less time than an upload.
@@ -89,6 +130,7 @@ TEST_F(ServerLimits, SlowFormsAreGivenUp)
                     "Content-Type: application/x-www-form-urlencoded\r\nContent-Length: 100\r\n\r\ndisc"));
     const std::string reply = client.receiveAll();
     EXPECT_TRUE(reply.starts_with("HTTP/1.1 400 ")) << reply;
+    testsupport::recordFault("Local service: a request that stalls", "given up at its time limit");
 }
 
 TEST_F(ServerLimits, HeadersAndBodiesOverTheLimitAreRefused)
@@ -105,6 +147,7 @@ TEST_F(ServerLimits, HeadersAndBodiesOverTheLimitAreRefused)
     EXPECT_TRUE(replyTo(uploadHead(m_stream.size()) + m_stream).starts_with("HTTP/1.1 200 "));
     EXPECT_TRUE(replyTo(uploadHead(m_stream.size() + 1) + m_stream).starts_with("HTTP/1.1 413 "));
     EXPECT_TRUE(replyTo("GET / HTTP/1.1\r\nX: " + std::string(3000, 'x')).starts_with("HTTP/1.1 400 "));
+    testsupport::recordFault("Local service: headers or a body over their limit", "refused", 2);
 }
 
 TEST_F(ServerLimits, PackagesOverTheLimitAreRefused)

@@ -1,11 +1,14 @@
 // The service as a process: what it survives, how it ends, and when it does not start.
+#include "tests/support/fault_table.h"
 #include "tests/tessera_local/raw_client.h"
 #include "tests/tessera_local/service_fixture.h"
 
 #include <signal.h>
+#include <sys/resource.h>
 #include <zlib.h>
 
 #include <fstream>
+#include <memory>
 
 namespace tessera_local {
 
@@ -54,6 +57,34 @@ std::vector<MalformedRequest> malformedRequests()
         {upload + "Expect: 100-continue\r\nContent-Length: 1\r\n\r\nx", "HTTP/1.1 100 "},
         {"POST /api/tessera/dvd/add/ HTTP/1.1\r\nExpect: 100-continue\r\nContent-Length: 1\r\n\r\n",
          "HTTP/1.1 401 "},
+        {upload + "Content-Length: 1\r\nContent-Length: 5\r\n\r\nx", "HTTP/1.1 411 "},
+        {upload + "Content-Length: 1\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n", "HTTP/1.1 411 "},
+    };
+}
+
+// Well-formed requests that want what they must not get. None of them may change a thing or be given a header.
+std::vector<MalformedRequest> insolentRequests()
+{
+    const auto get = [](const std::string& target) {
+        return "GET " + target + " HTTP/1.1\r\nHost: localhost\r\napiKey: alice-key\r\n\r\n";
+    };
+    return {
+        {get("/../../../../etc/passwd"), "HTTP/1.1 404 "},
+        {get("/%2e%2e/%2e%2e/%2e%2e/etc/passwd"), "HTTP/1.1 404 "},
+        {get("//etc/passwd"), "HTTP/1.1 404 "},
+        {get("/tessera/dvd/new/../../../../etc/passwd?uid=1"), "HTTP/1.1 404 "},
+        {get("/api/tessera/dvd/configurations/get/?discId=1%0d%0aX-Injected:%20yes"), "HTTP/1.1 400 "},
+        {get("/tessera/dvd/new/?uid=1%0d%0aX-Injected:%20yes"), "HTTP/1.1 400 "},
+        {get("/%0d%0aX-Injected:%20yes"), "HTTP/1.1 404 "},
+        {get("/api/tessera/dvd/configurations/get/?discId=1%20OR%20TRUE"), "HTTP/1.1 400 "},
+        {get("/api/tessera/dvd/configurations/get/?discId=1;DROP%20TABLE%20discs"), "HTTP/1.1 400 "},
+        {get("/tessera/dvd/new/?uid=1'%20OR%20'1'='1"), "HTTP/1.1 400 "},
+        {"POST /api/tessera/user/ HTTP/1.1\r\napiKey: ' OR ''='\r\nContent-Length: 0\r\n\r\n",
+         "HTTP/1.1 403 "},
+        {"POST /api/tessera/dvd/find/ HTTP/1.1\r\napiKey: alice-key\r\nContent-Encoding: deflate\r\n"
+         "Content-Type: application/vnd.platterscope.dvd-title-package\r\nContent-Length: 1\r\n"
+         "X-Platterscope-Package-SHA256: '; DROP TABLE discs; --\r\n\r\nx",
+         "HTTP/1.1 400 "},
     };
 }
 
@@ -86,12 +117,15 @@ TEST_F(Service, RefusesABombWithoutHoldingIt)
     while (std::getline(status, line) && !line.starts_with("VmHWM:")) {}
     ASSERT_TRUE(line.starts_with("VmHWM:"));
     EXPECT_LT(std::stol(line.substr(6)), 512 * 1024) << line;
+    testsupport::recordFault("Local service: an upload that inflates to more than 1 GiB",
+                             "refused with 413, and never held in memory");
 }
 
 TEST_F(Service, OutlivesMalformedRequests)
 {
     start();
-    for (const MalformedRequest& test : malformedRequests()) {
+    const std::vector<MalformedRequest> requests = malformedRequests();
+    for (const MalformedRequest& test : requests) {
         RawClient client(service().port());
         ASSERT_TRUE(client.isConnected()) << test.request.substr(0, 80);
         client.send(test.request);
@@ -103,6 +137,49 @@ TEST_F(Service, OutlivesMalformedRequests)
     EXPECT_NE(service().log().find("tessera_local: GET /?[2J? 404\n"), std::string::npos) << service().log();
     EXPECT_TRUE(json(postUser({{"apiKey", "alice-key"}})).isObject());
     EXPECT_EQ(service().stop(), 0);
+    testsupport::recordFault("Local service: a request that is malformed, endless or lies about its length",
+                             "refused or dropped; the service goes on", requests.size());
+}
+
+TEST_F(Service, GivesNothingAwayAndTakesNoOrders)
+{
+    start();
+    ASSERT_EQ(post("/add/", Upload(DiscKind::Dvd, package(DiscKind::Dvd, "one")))->body, "1");
+    const std::vector<MalformedRequest> requests = insolentRequests();
+    for (const MalformedRequest& test : requests) {
+        RawClient client(service().port());
+        client.send(test.request);
+        const std::string reply = client.receiveAll();
+        EXPECT_TRUE(reply.starts_with(test.replyStart)) << test.request << "\ngave " << reply;
+        EXPECT_EQ(reply.find("X-Injected"), std::string::npos) << reply;
+        EXPECT_EQ(reply.find("root:"), std::string::npos) << reply;
+    }
+    EXPECT_EQ(firstRow(database(), "SELECT count(*) FROM discs"), std::vector<std::string>{"1"});
+    testsupport::recordFault(
+        "Local service: a request for a file, for a header in its reply or with SQL in it",
+        "refused, and nothing is changed", requests.size());
+}
+
+TEST_F(Service, OutlivesMoreConnectionsThanItMayHaveOpen)
+{
+    constexpr rlim_t kFilesOfTheService = 256;
+    rlimit files{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &files), 0);
+    const rlimit few{kFilesOfTheService, files.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);  // of this process; the service inherits it
+    start();
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &files), 0);
+    {
+        std::vector<std::unique_ptr<RawClient>> clients;
+        for (rlim_t i = 0; i < kFilesOfTheService + 50; ++i) {
+            clients.push_back(std::make_unique<RawClient>(service().port()));
+            ASSERT_TRUE(clients.back()->isConnected());
+        }
+    }
+    EXPECT_TRUE(json(postUser({{"apiKey", "alice-key"}})).isObject());
+    EXPECT_EQ(service().stop(), 0);
+    testsupport::recordFault("Local service: more connections than it may have open",
+                             "answers again as soon as they end");
 }
 
 TEST_F(Service, EndsAtASignalEvenWhileClientsAreWaitedFor)
@@ -119,6 +196,8 @@ TEST_F(Service, EndsAtASignalEvenWhileClientsAreWaitedFor)
         EXPECT_TRUE(json(postUser({{"apiKey", "alice-key"}})).isObject());
         EXPECT_EQ(service().stop(signal, std::chrono::seconds(4)), 0) << service().log();
     }
+    testsupport::recordFault("Local service: a signal to end while clients are waited for",
+                             "ends within seconds", 2);
 }
 
 TEST_F(Service, SaysWhyItCannotStart)

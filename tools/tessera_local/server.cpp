@@ -91,8 +91,8 @@ std::optional<Refusal> checkUploadHeaders(DiscKind kind, const httplib::Request&
     if (request.get_header_value(kSetAsideEncoding) != "deflate") {
         return Refusal{415, "The title package must be sent with the content encoding deflate."};
     }
-    if (request.has_header("Transfer-Encoding") || !request.has_header("Content-Length")) {
-        return Refusal{411, "The length of the upload must be sent with it."};
+    if (request.has_header("Transfer-Encoding") || request.get_header_value_count("Content-Length") != 1) {
+        return Refusal{411, "The length of the upload must be sent with it, once."};
     }
     const auto length = wholeNumber<std::uint64_t>(request.get_header_value("Content-Length"));
     if (!length || *length > maximumBytes) { return Refusal{413, "The uploaded package is too large."}; }
