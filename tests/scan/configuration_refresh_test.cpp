@@ -1,6 +1,7 @@
 #include "app/log.h"
 #include "scan/disc_scanner.h"
 #include "tests/support/captured_log.h"
+#include "tests/support/fault_table.h"
 #include "tests/support/scoped_environment.h"
 #include "tests/support/scripted_server.h"
 
@@ -139,6 +140,8 @@ TEST_F(ConfigurationRefreshTest, AFailedRequestOrReplyKeepsWhatWasThere)
         m_server.play(failing.reply);
         expectFailure(failing.message);
     }
+    testsupport::recordFault("Scan: a refresh of the configurations that fails",
+                             "an error; all that was there stays", 10);
 }
 
 TEST_F(ConfigurationRefreshTest, FollowsTheScannersLoggingSwitch)

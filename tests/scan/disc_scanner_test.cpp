@@ -2,6 +2,7 @@
 #include "scan/disc_scanner.h"
 #include "tests/scan/stored_package.h"
 #include "tests/support/captured_log.h"
+#include "tests/support/fault_table.h"
 #include "tests/support/local_service.h"
 #include "tests/support/sample_dvd.h"
 #include "tests/support/scoped_environment.h"
@@ -168,6 +169,8 @@ TEST_F(DiscScannerTest, AFailedFindKeepsTheDisc)
         EXPECT_EQ(m_result.dvdTitles.size(), 2);
         EXPECT_FALSE(m_result.dvdPackage.isEmpty());
     }
+    testsupport::recordFault("Scan: the service fails to find or to add the disc",
+                             "an error, and the titles of the disc are shown", 6);
 }
 
 TEST_F(DiscScannerTest, AFailedAddKeepsTheDisc)
@@ -190,6 +193,8 @@ TEST_F(DiscScannerTest, AFailedAddKeepsTheDisc)
         EXPECT_EQ(m_result.errorMessage, text(failing.message));
         EXPECT_EQ(m_result.dvdTitles.size(), 2);
     }
+    testsupport::recordFault("Scan: the service fails to find or to add the disc",
+                             "an error, and the titles of the disc are shown", 3);
 }
 
 TEST_F(DiscScannerTest, ARefusedServiceAddressIsTheErrorOfTheLookup)

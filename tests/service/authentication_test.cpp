@@ -1,5 +1,6 @@
 #include "service/authentication.h"
 #include "tests/service/service_fixture.h"
+#include "tests/support/fault_table.h"
 
 using namespace Qt::StringLiterals;
 using service::AuthenticationOutcome;
@@ -108,6 +109,8 @@ TEST_F(Authentication, RefusesAnythingElse)
             << body;
         EXPECT_EQ(m_log, failureLog("Tessera returned an invalid authentication response.")) << body;
     }
+    testsupport::recordFault("Service: a reply with status 200 that says nothing of use",
+                             "refused, in words of the operation", std::size(bodies));
 }
 
 TEST_F(Authentication, UnusableKeysAreRefusedWithoutARequest)
@@ -129,6 +132,8 @@ TEST_F(Authentication, UnusableKeysAreRefusedWithoutARequest)
         EXPECT_EQ(m_log, failureLog(c.text));
     }
     EXPECT_TRUE(m_server.requests().empty());
+    testsupport::recordFault("Service: a key that is none or holds control characters",
+                             "refused without a request", std::size(cases));
 }
 
 TEST_F(Authentication, FailuresAreLoggedAndNeverNameTheKey)

@@ -1,4 +1,5 @@
 #include "service/configurations.h"
+#include "tests/support/fault_table.h"
 
 #include <gtest/gtest.h>
 
@@ -133,6 +134,8 @@ TEST(Configurations, EveryPrefixOfAReplyIsRefused)
     for (qsizetype length = 0; length < text.size(); ++length) {
         EXPECT_FALSE(parseConfigurationReply(text.first(length))) << length;
     }
+    testsupport::recordFault("Service: a find reply that is cut short, at every length", "refused",
+                             static_cast<std::size_t>(text.size()));
 }
 
 TEST(Configurations, AReplyOfTooManyEntriesIsRefused)
@@ -157,4 +160,5 @@ TEST(Configurations, AReplyOfTooManyEntriesIsRefused)
         EXPECT_TRUE(replyOf(service::kMaximumEntries - 1)) << member;
         EXPECT_FALSE(replyOf(service::kMaximumEntries)) << member;
     }
+    testsupport::recordFault("Service: a reply with too many configurations, titles or paths", "refused", 3);
 }

@@ -1,5 +1,6 @@
 #include "service/disc_requests.h"
 #include "tests/service/service_fixture.h"
+#include "tests/support/fault_table.h"
 
 #include <QCryptographicHash>
 
@@ -151,6 +152,8 @@ TEST_F(DiscRequests, FindRefusesOtherReplies)
         EXPECT_FALSE(outcome.ok) << body;
         EXPECT_EQ(outcome.errorText.toStdString(), "Tessera returned an invalid find response.") << body;
     }
+    testsupport::recordFault("Service: a reply with status 200 that says nothing of use",
+                             "refused, in words of the operation", std::size(bodies));
 }
 
 TEST_F(DiscRequests, AddTakesOneWholeDecimal)
@@ -181,6 +184,8 @@ TEST_F(DiscRequests, AddTakesOneWholeDecimal)
         EXPECT_FALSE(outcome.ok) << body;
         EXPECT_EQ(outcome.errorText.toStdString(), "Tessera returned an invalid disc identifier.") << body;
     }
+    testsupport::recordFault("Service: a reply with status 200 that says nothing of use",
+                             "refused, in words of the operation", std::size(refused));
 }
 
 TEST_F(DiscRequests, TransportFailuresKeepTheirText)

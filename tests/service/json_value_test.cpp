@@ -1,4 +1,5 @@
 #include "service/json_value.h"
+#include "tests/support/fault_table.h"
 
 #include <gtest/gtest.h>
 
@@ -29,6 +30,8 @@ TEST(JsonDocument, BoundsDepthAndNumberOfValues)
         many += ",0";
     }
     EXPECT_FALSE(JsonDocument::parse(many + ']'));
+    testsupport::recordFault("Service: a reply nested too deep or with more than four million values",
+                             "refused", 3);
 }
 
 TEST(JsonValue, LookUpsInAbsentValuesAnswerNothing)

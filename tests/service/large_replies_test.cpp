@@ -87,11 +87,16 @@ ScriptedReply largeReply(int status, const std::string& begin, const std::string
             .end = end};
 }
 
-class LargeReplies : public ServiceTest {};
+struct LargeReply {
+    const char* name;
+    Operation operation;
+    ScriptedReply reply;
+    bool ok;
+    std::size_t
+        maximumFactor;  // of the reply's size: a text takes twice its bytes, beside what it is made of
+};
 
-}  // namespace
-
-TEST_F(LargeReplies, TakeTimeAndMemoryInProportion)
+std::vector<LargeReply> largeReplies()
 {
     std::string zeros;
     for (int i = 0; i < 300'000; ++i) {
@@ -99,15 +104,7 @@ TEST_F(LargeReplies, TakeTimeAndMemoryInProportion)
     }
     const std::string title =
         R"(,{"Data": "{\"titles\": [{\"name\": \")" + std::string(10'000, 'x') + R"(\"}]}"})";
-    struct Case {
-        const char* name;
-        Operation operation;
-        ScriptedReply reply;
-        bool ok;
-        std::size_t
-            maximumFactor;  // of the reply's size: a text takes twice its bytes, beside what it is made of
-    };
-    const Case cases[] = {
+    return {
         {"a member nobody reads", Operation::Authenticate,
          largeReply(200, R"({"UID": 1, "Username": "a", "x": ")", "x", "\"}"), true, 3},
         {"a name", Operation::Authenticate, largeReply(200, R"({"UID": 1, "Username": ")", "x", "\"}"), true,
@@ -129,7 +126,16 @@ TEST_F(LargeReplies, TakeTimeAndMemoryInProportion)
         {"an error", Operation::Add, largeReply(500, "", "x"), false, 4},
         {"an error", Operation::Configurations, largeReply(500, "", "x"), false, 4},
     };
-    for (const Case& large : cases) {
+}
+
+class LargeReplies : public ServiceTest {};
+
+}  // namespace
+
+TEST_F(LargeReplies, TakeTimeAndMemoryInProportion)
+{
+    const std::vector<LargeReply> cases = largeReplies();
+    for (const LargeReply& large : cases) {
         SCOPED_TRACE(large.name);
         m_server.play(large.reply);
         const auto begin = std::chrono::steady_clock::now();
@@ -141,6 +147,6 @@ TEST_F(LargeReplies, TakeTimeAndMemoryInProportion)
     if (kHasOrdinaryMemory) {
         testsupport::recordFault("Service: a reply of 100 MB",
                                  "taken or refused within the transfer limit, with memory in proportion",
-                                 std::size(cases));
+                                 cases.size());
     }
 }

@@ -1,4 +1,5 @@
 // The web pages as a browser meets them.
+#include "tests/support/fault_table.h"
 #include "tests/tessera_local/service_fixture.h"
 
 #include <map>
@@ -101,6 +102,18 @@ TEST_F(ConfigurationPage, ShowsWhatWasTypedAsText)
         EXPECT_EQ(countOf("aria-invalid=\"true\"", page->body), action == "more" ? 0U : 9U);
     }
     EXPECT_EQ(keptOfDvd(), "[]");
+    testsupport::recordFault("Local service: a form with HTML in every field", "shown as text, not kept", 2);
+}
+
+TEST_F(ConfigurationPage, KeepsSqlAsText)
+{
+    const httplib::Result saved = submit("disc_name=x%27%29%3B+DROP+TABLE+discs%3B--&language_code=en&title_"
+                                         "1_id=1&title_1_type=1&action=save");
+    ASSERT_TRUE(saved);
+    EXPECT_EQ(saved->status, 303) << saved->body;
+    EXPECT_EQ(countOf("x'); DROP TABLE discs;--", keptOfDvd()), 1U);
+    EXPECT_EQ(firstRow(database(), "SELECT count(*) FROM discs"), std::vector<std::string>{"2"});
+    testsupport::recordFault("Local service: a form with SQL in a field", "kept as text");
 }
 
 TEST_F(ConfigurationPage, RefusesOtherSitesOtherNamesAndOtherDiscs)
@@ -132,6 +145,8 @@ TEST_F(ConfigurationPage, RefusesOtherSitesOtherNamesAndOtherDiscs)
     EXPECT_EQ(put->status, 405);
     EXPECT_EQ(put->get_header_value("Allow"), "GET, POST");
     EXPECT_EQ(keptOfDvd(), "[]");
+    testsupport::recordFault("Local service: a form of another site, or by a foreign name for this computer",
+                             "refused, nothing is kept", 22);
 }
 
 TEST_F(ConfigurationPage, TakesLongFormsUpToItsLimits)
@@ -145,6 +160,7 @@ TEST_F(ConfigurationPage, TakesLongFormsUpToItsLimits)
     EXPECT_EQ(submit(unknown + std::string(room, 'x'))->status, 303) << "exactly 4 MiB";
     EXPECT_EQ(statusOf(submit(unknown + std::string(room + 1, 'x'))), 413);
     EXPECT_EQ(statusOf(submit(std::string(kDisc) + "&title_201_id=1")), 413);
+    testsupport::recordFault("Local service: a form over its limits", "refused", 3);
 
     const httplib::Result most = submit("title_198_id=198&action=more");
     EXPECT_EQ(countOf("<fieldset>", most->body), 200U);
