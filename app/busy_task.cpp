@@ -1,5 +1,7 @@
 #include "app/busy_task.h"
 
+#include "app/log.h"
+
 #include <QCloseEvent>
 #include <QEventLoop>
 #include <QPointer>
@@ -38,19 +40,37 @@ void BusyDialog::closeEvent(QCloseEvent* event)
     if (event->spontaneous() && parentWidget() != nullptr) { parentWidget()->window()->close(); }
 }
 
-void runBusyTask(QWidget* parent, const QString& title, const QString& label, std::function<void()> work)
+bool runBusyTask(QWidget* parent, const QString& title, const QString& label, std::function<void()> work)
 {
     BusyDialog dialog(title, label, parent);
-    const QPointer<QThread> thread = QThread::create(std::move(work));
+    bool isDone = false;
+    const QPointer<QThread> thread = QThread::create([&isDone, work = std::move(work)] {
+        try {
+            work();
+            isDone = true;
+        } catch (...) {
+            // Said below: where memory has run out, this is no place to put a line together.
+        }
+    });
     QEventLoop loop;
     QObject::connect(thread, &QThread::finished, &loop, &QEventLoop::quit);
     QObject::connect(thread, &QThread::finished, thread, &QThread::deleteLater);
 
     dialog.show();
     thread->start(QThread::InheritPriority);
+    // A thread that the system did not make says so in no other way, and would never finish.
+    if (!thread->isRunning() && !thread->isFinished()) {
+        thread->deleteLater();
+        logging::log(logging::kPlatterscope, logging::kError, QStringLiteral("no thread for: %1").arg(label));
+        return false;
+    }
     loop.exec(QEventLoop::DialogExec);
     // A quitting application ends the loop early. The work still runs then, and its result must not be read
     // before it has ended.
     if (thread) { thread->wait(); }
     dialog.hide();
+    if (!isDone) {
+        logging::log(logging::kPlatterscope, logging::kError, QStringLiteral("ended early: %1").arg(label));
+    }
+    return isDone;
 }

@@ -23,6 +23,12 @@ protected:
 };
 
 // Shows the dialog over `parent`, runs `work` on a thread of its own and returns when it has finished, also
-// where the application is told to quit meanwhile. GUI thread only. `work` must not throw and must touch no
-// widget.
-void runBusyTask(QWidget* parent, const QString& title, const QString& label, std::function<void()> work);
+// where the application is told to quit meanwhile. GUI thread only; `work` must touch no widget, and `parent` must
+// outlive the call.
+//
+// Whether `work` ran to its end. It did not where the system has no thread left for it, and where it threw: it is not
+// meant to, but memory can run out anywhere, and an exception that left the thread would end the program and take the
+// user's window with it. So the exception ends with the work, and neither its type nor its text is passed on. Both
+// failures are logged.
+[[nodiscard]] bool runBusyTask(QWidget* parent, const QString& title, const QString& label,
+                               std::function<void()> work);

@@ -18,6 +18,9 @@ namespace {
 
 constexpr QSize kInitialSize(900, 600);
 
+constexpr char kNotDone[] =
+    QT_TRANSLATE_NOOP("Messages", "The system has not enough memory or threads left for this.");
+
 QAction* menuAction(QMenu* menu, const QString& text, const QString& objectName)
 {
     QAction* action = menu->addAction(text);
@@ -173,4 +176,14 @@ void MainWindow::endWork()
 {
     m_working = false;
     if (m_closeRequested) { QMetaObject::invokeMethod(this, &QWidget::close, Qt::QueuedConnection); }
+}
+
+void MainWindow::tellNotDone(DiscScanResult& result)
+{
+    result.errorMessage = QString::fromUtf8(kNotDone);
+}
+
+void MainWindow::tellNotDone(service::AuthenticationOutcome& outcome)
+{
+    outcome.errorText = QString::fromUtf8(kNotDone);
 }

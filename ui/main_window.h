@@ -100,20 +100,24 @@ private:
     void setMonitoring(bool monitoring, const QString& status);
     void applyMonitorRule();
 
-    // Runs `work` on a worker thread behind the busy dialog and returns what it returned. `work` must own all
-    // it needs and must not throw.
+    // Runs `work` on a worker thread behind the busy dialog and returns what it returned. `work` must own all it
+    // needs. Where the system could not run it to its end, the result is a failed one that says so.
     template <typename Work>
     std::invoke_result_t<Work> runWithBusyDialog(const QString& title, const QString& label, Work work)
     {
         std::optional<std::invoke_result_t<Work>> slot;
         beginWork();
-        runBusyTask(this, title, label, [&slot, work = std::move(work)] { slot.emplace(work()); });
+        const bool isDone =
+            runBusyTask(this, title, label, [&slot, work = std::move(work)] { slot.emplace(work()); });
         endWork();
+        if (!isDone) { tellNotDone(slot.emplace()); }
         return *std::move(slot);
     }
 
     void beginWork() { m_working = true; }
     void endWork();
+    static void tellNotDone(DiscScanResult& result);
+    static void tellNotDone(service::AuthenticationOutcome& outcome);
 
     InotifyWatcher* m_watcher;
     DiscScanner* m_scanner;  // holds the key; each worker makes a scanner of its own
@@ -124,7 +128,7 @@ private:
     bool m_discLoaded = false;
     bool m_apiKeyAccepted = false;
     bool m_monitoring = false;
-    bool m_working = false;
+    bool m_working = false;           // nothing else begins meanwhile, whatever asks for it
     bool m_closeRequested = false;    // while work ran; carried out when it has ended
     Page m_page = Page::Placeholder;  // the page to show while there is a key
 

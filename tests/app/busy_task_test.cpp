@@ -1,4 +1,7 @@
 #include "app/busy_task.h"
+#include "tests/support/captured_log.h"
+#include "tests/support/fault_table.h"
+#include "tests/support/no_threads.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -9,7 +12,13 @@
 #include <QThread>
 #include <QTimer>
 
+#include <algorithm>
 #include <atomic>
+#include <memory>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <vector>
 
 class BusyTaskTest : public QObject {
     Q_OBJECT
@@ -19,6 +28,10 @@ private Q_SLOTS:
     void theDialogCannotBeDismissed();
     void aQuittingApplicationStillWaitsForTheWork();
     void theThreadIsDeletedInTheMainLoop();
+    void thousandsOfInstantTasksInARow();
+    void workThatThrowsEndsAlone();
+    void aSystemWithoutThreadsIsSaidAtOnce();
+    void aTaskBegunBehindAnotherEndsFirst();
 };
 
 namespace {
@@ -35,7 +48,7 @@ void runVisited(QWidget* parent, Visit visit)
         visit(qobject_cast<BusyDialog*>(QApplication::activeModalWidget()));
         visited.release();
     });
-    runBusyTask(parent, kTitle, kLabel, [&visited] { visited.acquire(); });
+    QVERIFY(runBusyTask(parent, kTitle, kLabel, [&visited] { visited.acquire(); }));
 }
 
 }  // namespace
@@ -47,7 +60,7 @@ void BusyTaskTest::anInstantTaskShowsTheDialogAndIsDone()
     bool wasShown = false;
     QThread* workThread = nullptr;
     QTimer::singleShot(0, &parent, [&wasShown] { wasShown = QApplication::activeModalWidget() != nullptr; });
-    runBusyTask(&parent, kTitle, kLabel, [&workThread] { workThread = QThread::currentThread(); });
+    QVERIFY(runBusyTask(&parent, kTitle, kLabel, [&workThread] { workThread = QThread::currentThread(); }));
     QVERIFY(wasShown);
     QVERIFY(workThread != nullptr && workThread != QThread::currentThread());
     QVERIFY(QApplication::activeModalWidget() == nullptr);
@@ -78,6 +91,8 @@ void BusyTaskTest::theDialogCannotBeDismissed()
         visited = true;
     });
     QVERIFY(visited);
+    testsupport::recordFault("Window: Escape and close on the busy dialog", "stays until the work has ended",
+                             3);
 }
 
 void BusyTaskTest::aQuittingApplicationStillWaitsForTheWork()
@@ -91,15 +106,17 @@ void BusyTaskTest::aQuittingApplicationStillWaitsForTheWork()
         quitAsked.release();
     });
     QTimer::singleShot(0, &parent, [&] {
-        runBusyTask(&parent, kTitle, kLabel, [&] {
+        const bool wasRun = runBusyTask(&parent, kTitle, kLabel, [&] {
             quitAsked.acquire();
             QThread::msleep(50);  // the work is slow; the loop that waited for it has already gone
             isDone = true;
         });
-        QVERIFY(isDone);
+        QVERIFY(wasRun && isDone);
     });
     QApplication::exec();
     QVERIFY(isDone);
+    testsupport::recordFault("Window: the application told to quit while work runs",
+                             "the work ends first, then the program");
 }
 
 void BusyTaskTest::theThreadIsDeletedInTheMainLoop()
@@ -109,15 +126,89 @@ void BusyTaskTest::theThreadIsDeletedInTheMainLoop()
     QPointer<QThread> thread;
     bool hasRun = false;
     QTimer::singleShot(0, &parent, [&] {
-        runBusyTask(&parent, kTitle, kLabel, [&thread, &hasRun] {
+        QVERIFY(runBusyTask(&parent, kTitle, kLabel, [&thread, &hasRun] {
             thread = QThread::currentThread();
             hasRun = !thread.isNull();
-        });
+        }));
         QTimer::singleShot(0, qApp, &QApplication::quit);
     });
     QApplication::exec();
     QVERIFY(hasRun);
     QTRY_VERIFY(thread.isNull());
+}
+
+void BusyTaskTest::thousandsOfInstantTasksInARow()
+{
+    constexpr int kTasks = 3000;
+    auto parent = std::make_unique<QWidget>();
+    parent->show();
+    int runs = 0;
+    for (int i = 0; i < kTasks; ++i) {
+        // Every third thread may have finished before the loop that waits for it begins.
+        const bool isDone = runBusyTask(parent.get(), kTitle, kLabel, [&runs] { ++runs; });
+        QVERIFY(isDone);
+        QCOMPARE(runs, i + 1);
+        if (i % 3 == 0) { parent = std::make_unique<QWidget>(); }  // the window gone right after
+    }
+    QVERIFY(QApplication::activeModalWidget() == nullptr);
+    testsupport::recordFault("Window: work that ends at once, again and again", "each result arrives",
+                             kTasks);
+}
+
+void BusyTaskTest::workThatThrowsEndsAlone()
+{
+    QWidget parent;
+    parent.show();
+    const std::vector<std::function<void()>> works = {[] { throw std::bad_alloc(); },
+                                                      [] { throw std::runtime_error("a secret"); },
+                                                      [] { throw 1; }, [] { std::string().at(1); }};
+    const testsupport::CapturedLog log;
+    for (const auto& work : works) {
+        QVERIFY(!runBusyTask(&parent, kTitle, kLabel, work));
+    }
+    const std::vector<std::string> lines = log.lines();
+    QCOMPARE(std::ranges::count(lines, "platterscope: error: ended early: Authenticating"),
+             static_cast<std::ptrdiff_t>(works.size()));
+    QVERIFY(std::ranges::none_of(lines,
+                                 [](const std::string& line) { return line.find("secret") != line.npos; }));
+    QVERIFY(parent.isVisible());
+    testsupport::recordFault("Window: work that throws", "ends alone; the window stands and says so",
+                             works.size());
+}
+
+void BusyTaskTest::aSystemWithoutThreadsIsSaidAtOnce()
+{
+    QWidget parent;
+    parent.show();
+    bool hasRun = false;
+    {
+        const testsupport::NoThreads noThreads;
+        const testsupport::CapturedLog log;
+        QVERIFY(!runBusyTask(&parent, kTitle, kLabel, [&hasRun] { hasRun = true; }));
+        QCOMPARE(log.lines().back(), std::string("platterscope: error: no thread for: Authenticating"));
+    }
+    QVERIFY(!hasRun);
+    QVERIFY(QApplication::activeModalWidget() == nullptr);
+    QVERIFY(runBusyTask(&parent, kTitle, kLabel, [&hasRun] { hasRun = true; }));
+    QVERIFY(hasRun);
+    testsupport::recordFault("Window: no thread can be made", "a message, and the next attempt works");
+}
+
+void BusyTaskTest::aTaskBegunBehindAnotherEndsFirst()
+{
+    QWidget parent;
+    parent.show();
+    QSemaphore innerDone;
+    QStringList order;
+    QTimer::singleShot(0, &parent, [&] {
+        QVERIFY(runBusyTask(&parent, kTitle, kLabel, [] {}));
+        order.append(QStringLiteral("inner"));
+        innerDone.release();
+    });
+    QVERIFY(runBusyTask(&parent, kTitle, kLabel, [&innerDone] { innerDone.acquire(); }));
+    order.append(QStringLiteral("outer"));
+    QCOMPARE(order, (QStringList{QStringLiteral("inner"), QStringLiteral("outer")}));
+    QVERIFY(QApplication::activeModalWidget() == nullptr);
 }
 
 QTEST_MAIN(BusyTaskTest)
