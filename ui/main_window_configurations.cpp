@@ -5,6 +5,7 @@
 
 void MainWindow::refreshConfigurations()
 {
+    if (m_working) { return; }
     if (!hasKey()) {
         showApiKeyDialogSlot();
         return;

@@ -3,6 +3,7 @@
 #include "ui/configurations_page.h"
 #include "ui/main_window.h"
 #include "ui/message_box.h"
+#include "ui/plain_text.h"
 #include "ui/titles_page.h"
 
 #include <QDir>
@@ -87,7 +88,8 @@ void MainWindow::dropEvent(QDropEvent* event)
 
 void MainWindow::openDisc(const QString& path)
 {
-    stopMonitoring();  // first: the watch is for what others read, not for what the scan does
+    if (m_working) { return; }  // dropped or chosen before the busy dialog came, delivered behind it
+    stopMonitoring();           // first: the watch is for what others read, not for what the scan does
     DiscScanResult result = scanDiscWithProgress(path, false);
     const bool isUnknown = result.ok != 0 && !result.inDatabase;
     if (isUnknown && !m_closeRequested &&
@@ -108,7 +110,7 @@ void MainWindow::populate(const QString& path, const DiscScanResult& result)
     m_discLoaded = result.discType != DiscType::None;
     applyEnableRule();
 
-    QString name = displayName(path, result);
+    QString name = plaintext::oneLine(displayName(path, result), messagebox::kTextLimit);
     if (!name.isEmpty()) {
         // "[*]" in a title is the toolkit's mark for a modified document; twice it stands for itself.
         name.replace(QLatin1StringView("[*]"), QLatin1StringView("[*][*]"));

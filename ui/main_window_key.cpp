@@ -56,6 +56,7 @@ void MainWindow::startUp()
 
 void MainWindow::showApiKeyDialogSlot()
 {
+    if (m_working) { return; }
     QInputDialog dialog(this);
     dialog.setObjectName(QStringLiteral("apiKeyDialog"));
     dialog.setWindowTitle(tr("Vantor API Key"));

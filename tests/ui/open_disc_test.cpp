@@ -4,9 +4,7 @@
 #include "tests/ui/window_fixture.h"
 #include "ui/titles_page.h"
 
-#include <QDropEvent>
 #include <QElapsedTimer>
-#include <QMimeData>
 
 using testsupport::DiscForm;
 
@@ -72,22 +70,6 @@ const QStringList kSampleRows = {
     QStringLiteral(" Video|MPEG-2 Video, 720x480"),
     QStringLiteral(" Audio|Unknown, LPCM, 1 channel, 48 kHz"),
 };
-
-// Drops the paths on the window; whether it accepted the drag.
-bool drop(QWidget* window, const QStringList& paths)
-{
-    QMimeData data;
-    QList<QUrl> urls;
-    for (const QString& path : paths) {
-        urls.append(QUrl::fromLocalFile(path));
-    }
-    data.setUrls(urls);
-    QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(window, &enter);
-    QDropEvent dropped(QPointF(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(window, &dropped);
-    return enter.isAccepted();
-}
 
 }  // namespace
 
