@@ -1,19 +1,12 @@
-#include "service/api_key_store.h"
-#include "tests/support/scoped_environment.h"
+#include "tests/service/key_home.h"
+#include "tests/support/fault_table.h"
 
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
-#include <sys/prctl.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <csignal>
-#include <filesystem>
-#include <fstream>
 
 using namespace Qt::StringLiterals;
+using testsupport::recordFault;
 using testsupport::ScopedEnvironment;
 namespace fs = std::filesystem;
 
@@ -22,99 +15,7 @@ namespace {
 constexpr char kNotConfigured[] = "Tessera API key is not configured.";
 constexpr char kOthersHaveAccess[] = "The API key file can be accessed by other users.";
 
-// A home directory of its own. Rights mean nothing to root, who therefore becomes another user meanwhile.
-class ApiKeyStore : public testing::Test {
-protected:
-    static constexpr uid_t kNobody = 65534;
-
-    static void become(uid_t user)
-    {
-        ASSERT_EQ(::seteuid(user), 0);
-        ::prctl(PR_SET_DUMPABLE, 1);  // or /proc/self would belong to root
-    }
-
-    void SetUp() override
-    {
-        ASSERT_TRUE(m_temporary.isValid());
-        if (m_isRoot) {
-            ASSERT_EQ(::chown(m_home.c_str(), kNobody, kNobody), 0);
-            become(kNobody);
-        }
-    }
-
-    void TearDown() override
-    {
-        ::umask(022);
-        if (m_isRoot) { become(0); }
-        fs::permissions(m_home, fs::perms::owner_all);
-        if (fs::is_directory(m_directory)) { fs::permissions(m_directory, fs::perms::owner_all); }
-    }
-
-    void writeFile(const std::string& content, mode_t mode = 0600) const
-    {
-        fs::create_directory(m_directory);
-        std::ofstream(m_file, std::ios::binary) << content;
-        ASSERT_EQ(::chmod(m_file.c_str(), mode), 0);
-    }
-
-    [[nodiscard]] std::string fileContent() const
-    {
-        std::ifstream file(m_file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
-    [[nodiscard]] static unsigned rightsOf(const fs::path& path)
-    {
-        return static_cast<unsigned>(fs::symlink_status(path).permissions());
-    }
-
-    // The key loaded, or the failure's text in angle brackets.
-    [[nodiscard]] static std::string loaded()
-    {
-        QString key = u"old content"_s;
-        QString errorText = u"old text"_s;
-        if (service::loadApiKey(&key, &errorText)) {
-            EXPECT_TRUE(errorText.isEmpty());
-            return key.toStdString();
-        }
-        EXPECT_TRUE(key.isEmpty());
-        return "<" + errorText.toStdString() + ">";
-    }
-
-    // The failure's text; empty on success.
-    [[nodiscard]] static std::string saved(const QString& key)
-    {
-        QString errorText = u"old text"_s;
-        const bool isSaved = service::saveApiKey(key, &errorText);
-        EXPECT_EQ(isSaved, errorText.isEmpty());
-        EXPECT_FALSE(errorText.contains(key.trimmed()));
-        return errorText.toStdString();
-    }
-
-    [[nodiscard]] std::string readFailure() const
-    {
-        return "<Failed to read API key file: " + m_file.string() + ">";
-    }
-
-    [[nodiscard]] std::string writeFailure() const
-    {
-        return "Failed to write API key file: " + m_file.string();
-    }
-
-    // So many entries beside the key file: what a failed save left behind would count.
-    [[nodiscard]] std::ptrdiff_t entryCount() const
-    {
-        return std::distance(fs::directory_iterator(m_directory), fs::directory_iterator());
-    }
-
-    const bool m_isRoot = ::geteuid() == 0;
-    QTemporaryDir m_temporary;
-    const fs::path m_home = m_temporary.path().toStdString();
-    const fs::path m_directory = m_home / ".127.0.0.1";
-    const fs::path m_file = m_directory / "ApiKey.txt";
-    const ScopedEnvironment m_homeVariable{"HOME", m_home};
-    const ScopedEnvironment m_address{"PLATTERSCOPE_SERVICE_URL", "http://127.0.0.1:8080"};
-};
+using ApiKeyStore = KeyHome;
 
 }  // namespace
 
@@ -182,6 +83,7 @@ TEST_F(ApiKeyStore, LoadingSetsTheRightsAgain)
         EXPECT_EQ(rightsOf(m_file), 0600U) << mode;
         fs::remove(m_file);
     }
+    recordFault("Key file: readable by others", "its rights are narrowed before it is read", 6);
 }
 
 TEST_F(ApiKeyStore, OnlyARegularFileIsRead)
@@ -205,6 +107,7 @@ TEST_F(ApiKeyStore, OnlyARegularFileIsRead)
     fs::remove(m_file);
     ASSERT_EQ(::mkfifo(m_file.c_str(), 0600), 0);
     EXPECT_EQ(loaded(), readFailure());  // and does not wait for a writer
+    recordFault("Key file: a link, a directory or a pipe in its place", "refused at once, untouched", 4);
 }
 
 TEST_F(ApiKeyStore, AnotherUsersFileIsNotRead)
@@ -218,6 +121,7 @@ TEST_F(ApiKeyStore, AnotherUsersFileIsNotRead)
     EXPECT_EQ(loaded(), "<Could not restrict the API key file to its owner (error 1).>");
     EXPECT_EQ(rightsOf(m_file), 0644U);
     EXPECT_EQ(service::apiKeyFileProblem().toStdString(), kOthersHaveAccess);
+    recordFault("Key file: it belongs to another user", "not read, its rights untouched", 2);
 }
 
 TEST_F(ApiKeyStore, AnUnsearchableDirectoryHidesTheOwner)
@@ -225,6 +129,7 @@ TEST_F(ApiKeyStore, AnUnsearchableDirectoryHidesTheOwner)
     writeFile("key");
     ASSERT_EQ(::chmod(m_directory.c_str(), 0), 0);
     EXPECT_EQ(loaded(), "<Could not read the API key file owner (error 13).>");
+    recordFault("Key file: its directory cannot be searched", "not read, with a message");
 }
 
 TEST_F(ApiKeyStore, OldKeySurvivesADirectoryThatCannotBeWritten)
@@ -233,6 +138,7 @@ TEST_F(ApiKeyStore, OldKeySurvivesADirectoryThatCannotBeWritten)
     ASSERT_EQ(::chmod(m_directory.c_str(), 0500), 0);
     EXPECT_EQ(saved(u"new"_s), writeFailure());
     EXPECT_EQ(loaded(), "old");
+    recordFault("Key file: its directory is read-only", "not saved, the old key stands");
 }
 
 TEST_F(ApiKeyStore, OldKeySurvivesAWriteThatFallsShort)
@@ -250,6 +156,7 @@ TEST_F(ApiKeyStore, OldKeySurvivesAWriteThatFallsShort)
     EXPECT_EQ(text, writeFailure());
     EXPECT_EQ(loaded(), "old");
     EXPECT_EQ(entryCount(), 1);
+    recordFault("Key file: a disk that fills up", "not saved, the old key stands");
 }
 
 TEST_F(ApiKeyStore, WhatCannotBeReplacedStays)
@@ -258,6 +165,7 @@ TEST_F(ApiKeyStore, WhatCannotBeReplacedStays)
     EXPECT_EQ(saved(u"new"_s), writeFailure());
     EXPECT_TRUE(fs::is_directory(m_file / "inside"));
     EXPECT_EQ(entryCount(), 1);
+    recordFault("Key file: a directory in its place, when it is saved", "not saved, nothing changed");
 }
 
 TEST_F(ApiKeyStore, SaysThatTheDirectoryCannotBeMade)
@@ -269,6 +177,7 @@ TEST_F(ApiKeyStore, SaysThatTheDirectoryCannotBeMade)
     fs::remove(m_directory);
     ASSERT_EQ(::chmod(m_home.c_str(), 0500), 0);
     EXPECT_EQ(saved(u"key"_s), text);
+    recordFault("Key file: its directory cannot be made", "not saved, with a message", 2);
 }
 
 TEST_F(ApiKeyStore, MissingParentsAreMade)
