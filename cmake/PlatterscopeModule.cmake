@@ -19,6 +19,25 @@ if(WIN32)
   target_compile_definitions(platterscope_options INTERFACE NOMINMAX UNICODE WIN32_LEAN_AND_MEAN)
 endif()
 
+# Hardened release builds: a memory fault that got past the tests ends the program and is no way into it. Not where a
+# sanitizer looks, which are debug builds, and not for Windows, whose linker has its own. What came out of it is checked
+# by tests/structure/check_hardening.sh.
+if(NOT WIN32)
+  include(CheckPIESupported)
+  check_pie_supported(LANGUAGES CXX)
+  set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+  set(isOptimized $<CONFIG:Release,RelWithDebInfo,MinSizeRel>)
+  target_compile_options(platterscope_options INTERFACE "$<${isOptimized}:-fstack-protector-strong;-fstack-clash-protection>")
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
+    target_compile_options(platterscope_options INTERFACE $<${isOptimized}:-fcf-protection>)
+  endif()
+  # A distribution may have set a level of its own.
+  target_compile_options(platterscope_options INTERFACE "$<${isOptimized}:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=3>")
+  target_compile_definitions(platterscope_options INTERFACE $<${isOptimized}:_GLIBCXX_ASSERTIONS>)
+  target_link_options(platterscope_options INTERFACE
+    "$<${isOptimized}:LINKER:-z,relro;LINKER:-z,now;LINKER:-z,noexecstack>")
+endif()
+
 # platterscope_module(name [MOC] SOURCES file... HEADERS file... LINK target...)
 # The library platterscope_<name> of the current folder. HEADERS are its public headers, each of which must
 # compile alone (target all_verify_interface_header_sets of the release preset).

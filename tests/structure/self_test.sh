@@ -87,4 +87,40 @@ if said=$(check_notices 'libcurl'); then fail "check_notices.sh accepts a librar
 grep -q "^/bin/sh: needs libc.so" <<<"$said" || fail "check_notices.sh does not name libc.so but says: $said"
 checked=$((checked + 2))
 
+# The check of hardened programs is given a small one, built as it should be and then with one thing undone.
+cat >"$tree/program.cpp" <<'END'
+#include <cstdio>
+#include <cstring>
+int main(int count, char** arguments)
+{
+    char text[64];
+    std::strcpy(text, arguments[0]);
+    std::puts(text);
+    return count;
+}
+END
+check_hardening() {
+    c++ -O2 -fPIE -pie -fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 \
+        -Wl,-z,relro,-z,now,-z,noexecstack "$@" -o "$tree/program" "$tree/program.cpp" 2>"$tree/said" \
+        || fail "cannot build a program with $*: $(<"$tree/said")"
+    "$here/check_hardening.sh" "$tree/program"
+}
+refuses_program() {
+    local message=$1
+    shift
+    if said=$(check_hardening "$@"); then fail "check_hardening.sh accepts a program built with $*"; fi
+    grep -q "^$tree/program: $message" <<<"$said" || fail "check_hardening.sh says of a program built with $*: $said"
+    checked=$((checked + 1))
+}
+said=$(check_hardening) || fail "check_hardening.sh refuses a hardened program: $said"
+refuses_program "is not position" -fno-pie -no-pie
+refuses_program "finds functions" -Wl,-z,lazy
+refuses_program "keeps the table" -Wl,-z,norelro
+refuses_program "has an executable stack" -Wl,-z,execstack
+refuses_program "does not check its stack" -fno-stack-protector
+refuses_program "does not check its copies" -U_FORTIFY_SOURCE
+refuses_program "looks for libraries" -Wl,-rpath,/nowhere
+printf '%s\n' 'asm(".text\n.balign 8\n.quad main");' >>"$tree/program.cpp"
+refuses_program "writes to its own code" -Wl,-z,notext
+
 echo "self_test: the checks refused $checked planted violations"
