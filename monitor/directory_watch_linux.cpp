@@ -13,10 +13,10 @@
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <exception>
 #include <iterator>
 #include <new>
 #include <string_view>
-#include <system_error>
 #include <thread>
 #include <unordered_map>
 #include <utility>
@@ -129,7 +129,6 @@ public:
         m_root = ::inotify_add_watch(m_inotify, root.c_str(), kMask);
         if (m_root < 0) { return failure(failureOf(errno).value_or(WatchFailure::Kind::CannotWatch)); }
         m_directories.emplace(m_root, root);
-        watchContents(root);
         m_thread = std::thread(&Native::run, this);
         return std::nullopt;
     }
@@ -166,6 +165,8 @@ private:
 void DirectoryWatch::Native::run()
 {
     try {
+        // Not before the thread runs: listing takes its time, and the caller is the window.
+        watchContents(m_directories.at(m_root));
         while (goesOn()) {
             watchTree();
             deliver();
@@ -210,6 +211,7 @@ void DirectoryWatch::Native::watchContents(const std::string& path)
         m_unwatched.push_back(joined(path, name));
     }
     for (const std::string& name : listing.files) {
+        if (!goesOn()) { return; }
         watchFile(joined(path, name));
     }
 }
@@ -327,7 +329,7 @@ std::optional<WatchFailure> DirectoryWatch::start(const std::string& root, Watch
         std::optional<WatchFailure> problem = native->begin(root);
         if (!problem) { m_native = std::move(native); }
         return problem;
-    } catch (const std::system_error&) {  // no thread
+    } catch (const std::exception&) {  // no thread, or no memory
         return failure(WatchFailure::Kind::CannotWatch);
     }
 }
