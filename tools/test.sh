@@ -36,9 +36,10 @@ step_structure() {    # who may include whom, platform macros, memory by hand
     tests/structure/self_test.sh
 }
 
-step_release() {    # the release build, warnings as errors; each public header alone; notices name what is linked
+step_release() {    # the release build, warnings as errors; each public header alone; what is linked; hardening
     build release all all_verify_interface_header_sets
     tests/structure/check_notices.sh docs/THIRD_PARTY_NOTICES.txt build/release/bin/{platterscope,tessera_local}
+    tests/structure/check_hardening.sh build/release/bin/{platterscope,tessera_local}
 }
 
 step_tests() {    # all tests on the release build; what became of the faults they tried is what the document says
