@@ -54,6 +54,11 @@ void* operator new[](std::size_t size)
     return allocate(size);
 }
 
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
+{
+    return isRefused() ? nullptr : std::malloc(size > 0 ? size : 1);
+}
+
 void operator delete(void* memory) noexcept
 {
     std::free(memory);
