@@ -162,6 +162,9 @@ TEST_F(Service, GivesNothingAwayAndTakesNoOrders)
 
 TEST_F(Service, OutlivesMoreConnectionsThanItMayHaveOpen)
 {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizer opens a pipe to look at an object, and takes a failure for a bad object";
+#endif
     constexpr rlim_t kFilesOfTheService = 256;
     rlimit files{};
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &files), 0);
