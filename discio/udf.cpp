@@ -50,9 +50,9 @@ struct FileEntryFields {
     std::vector<std::uint8_t> descriptors;  // the area's bytes
 };
 
-// All but the area's bytes. `bytes` is the entry, and what follows it in its sector, which stands at `offset` in the
-// image.
-std::optional<FileEntryFields> parseFileEntry(Bytes bytes, std::uint64_t offset)
+// All but the area's bytes, of which there are at most `areaLimit`. `bytes` is the entry, and what follows it in its
+// sector, which stands at `offset` in the image.
+std::optional<FileEntryFields> parseFileEntry(Bytes bytes, std::uint64_t offset, std::uint64_t areaLimit)
 {
     const bool isExtended = hasUdfTag(bytes, kExtendedFileEntryTag);
     const FileEntryLayout& layout = isExtended ? kExtendedFileEntryLayout : kFileEntryLayout;
@@ -67,19 +67,18 @@ std::optional<FileEntryFields> parseFileEntry(Bytes bytes, std::uint64_t offset)
     fields.area = {offset + layout.size + udfField(bytes, layout.attributesLength, 4),
                    udfField(bytes, layout.descriptorsLength, 4)};
     // Deliberate: the area's place is held against 32 bits, as if offsets were no wider.
-    if (fields.area.offset > UINT32_MAX || fields.area.sizeBytes > kUdfDescriptorAreaLimit) {
-        return std::nullopt;
-    }
+    if (fields.area.offset > UINT32_MAX || fields.area.sizeBytes > areaLimit) { return std::nullopt; }
     return fields;
 }
 
 // The entry at `offset` in the image. Its area lies in the sector that is read with it, or anywhere behind; also in a
 // metadata partition it goes on in the image, since UDF lets no entry there be longer than a block.
-std::optional<FileEntryFields> readFields(const DiscImage& image, std::uint64_t offset)
+std::optional<FileEntryFields> readFields(const DiscImage& image, std::uint64_t offset,
+                                          std::uint64_t areaLimit = kUdfDescriptorAreaLimit)
 {
     UdfSector sector = {};
     const Bytes bytes = std::span(sector).first(readImage(image, offset, sector));
-    auto fields = parseFileEntry(bytes, offset);
+    auto fields = parseFileEntry(bytes, offset, areaLimit);
     if (!fields || fields->area.sizeBytes == 0) { return fields; }
     ByteReader inSector = ByteReader(bytes).slice(fields->area.offset - offset, fields->area.sizeBytes);
     if (inSector.ok()) {
@@ -158,22 +157,26 @@ std::optional<UdfFileEntry> readUdfFileEntry(const DiscImage& image, const UdfVo
 {
     const auto offset = udfByteOffset(volume, icb);
     if (!offset) { return std::nullopt; }
-    const auto fields = readFields(image, *offset);
+    std::uint64_t& left = volume.descriptorBytesLeft;
+    const auto fields = readFields(image, *offset, std::min<std::uint64_t>(left, kUdfDescriptorAreaLimit));
     if (!fields) { return std::nullopt; }
-
+    left -= fields->area.sizeBytes;
     UdfFileEntry entry;
     entry.isDirectory = fields->isDirectory;
+    bool isCovered = false;
     switch (fields->kind) {
     case DescriptorKind::EmbeddedData:
-        if (fields->informationLength > fields->area.sizeBytes) { return std::nullopt; }
+        isCovered = fields->informationLength <= fields->area.sizeBytes;
         entry.data.append({fields->area.offset, fields->informationLength});
-        return entry;
+        break;
     case DescriptorKind::Short:
     case DescriptorKind::Long:
-        if (!collectExtents(volume, *fields, icb.partition, entry.data)) { return std::nullopt; }
-        return entry;
+        isCovered = collectExtents(volume, *fields, icb.partition, entry.data);
+        break;
     }
-    return std::nullopt;
+    left -= std::min<std::uint64_t>(left, entry.data.extents.size() * kShortDescriptorSize);
+    if (!isCovered) { return std::nullopt; }
+    return entry;
 }
 
 std::vector<UdfBlockRun> readUdfMetadataFile(const DiscImage& image, std::uint32_t startSector,

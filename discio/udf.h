@@ -41,8 +41,8 @@ struct UdfFileEntry {
     ExtentList data;  // exactly the information length
 };
 
-// The file entry of either kind at `icb`. Empty where it cannot be read or its extents do not cover exactly
-// the information length.
+// The file entry of either kind at `icb`. Empty where it cannot be read, its extents do not cover exactly the
+// information length, or its descriptors are more than may still be read of the volume (udf_volume.h).
 //
 // Deliberate: descriptors that continue elsewhere are not followed, so such a file is not readable.
 [[nodiscard]] std::optional<UdfFileEntry> readUdfFileEntry(const DiscImage& image, const UdfVolume& volume,

@@ -56,9 +56,15 @@ struct UdfPartition {
     std::vector<UdfBlockRun> runs = {UdfBlockRun()};
 };
 
+// Deliberate: what the file entries of an opened volume may come to, all reads of them together: the bytes of their
+// allocation descriptors and 8 for each extent. On a disc that is some kilobytes; a hundred thousand names can share
+// descriptors of a megabyte.
+inline constexpr std::uint64_t kUdfVolumeDescriptorLimit = 64U << 20U;
+
 struct UdfVolume {
     std::vector<UdfPartition> partitions;  // a partition reference is an index
     UdfAddress rootIcb;
+    mutable std::uint64_t descriptorBytesLeft = kUdfVolumeDescriptorLimit;
 };
 
 // Follows the anchor to the file set descriptor. Empty where there is none.

@@ -153,6 +153,48 @@ TEST_F(UdfFile, DescriptorAreaHasLimits)
     EXPECT_EQ(extents(empty), m_unreadable) << "behind the image's end";
 }
 
+TEST_F(UdfFile, DescriptorsOfAVolumeHaveALimit)
+{
+    UdfFileEntrySpec spec;
+    spec.descriptors.resize((1U << 20U) / 8);
+    spec.descriptors.front() = {1, 1};
+    spec.informationLength = 1;
+    SparseImage content;
+    content.put(kEntryOffset, udfFileEntry(spec));
+    const auto image = imageOf(content);
+    constexpr std::uint64_t kOneEntry = (1U << 20U) + 8;
+    std::uint64_t count = 0;
+    while (readUdfFileEntry(image, m_volume, kIcb)) {
+        ++count;
+    }
+    EXPECT_EQ(count, discio::kUdfVolumeDescriptorLimit / kOneEntry);
+    EXPECT_EQ(m_volume.descriptorBytesLeft, discio::kUdfVolumeDescriptorLimit - count * kOneEntry);
+    EXPECT_TRUE(read({.informationLength = 1, .descriptors = {{1, 1}}})) << "a small one still fits";
+}
+
+TEST_F(UdfFile, ExtentsReadFromAnImageHaveALimit)
+{
+    SparseImage content;
+    content.put(0, {1, 2, 3});
+    const auto image = imageOf(content);
+    discio::ExtentList list;
+    list.append({2, 1});
+    Bytes bytes;
+    for (int i = 0; i < 10; ++i) {
+        ASSERT_TRUE(readExtents(image, list, bytes));
+    }
+    EXPECT_EQ(image.furtherExtentsLeft, discio::kImageFurtherExtentLimit) << "a file in one piece is free";
+    list.append({0, 1});
+    for (std::uint64_t i = 0; i < discio::kImageFurtherExtentLimit; ++i) {
+        ASSERT_TRUE(readExtents(image, list, bytes)) << i;
+    }
+    EXPECT_EQ(bytes, Bytes({3, 1}));
+    EXPECT_FALSE(readExtents(image, list, bytes));
+    list.extents.pop_back();
+    list.sizeBytes = 1;
+    EXPECT_TRUE(readExtents(image, list, bytes));
+}
+
 TEST_F(UdfFile, EntryMustBeInTheImageWhole)
 {
     for (const std::uint16_t tag : std::array<std::uint16_t, 2>{261, 266}) {
