@@ -9,6 +9,7 @@
 #include <exception>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 namespace discio {
 
@@ -53,16 +54,20 @@ int openImage(const std::string& path, DvdDiscSource& source, const ErrorText& e
     source.image = opened.stream;
     source.blockSize = volume->blockSize;
     source.videoTsExtent = videoTs->extent;
+    IsoDirectoryWalk walk(source.image.get(), source.blockSize, source.videoTsExtent);
+    while (auto record = walk.next()) {
+        source.videoTs.add(
+            {std::move(record->name), record->isDirectory, record->extent.block, record->extent.sizeBytes});
+    }
     return 0;
 }
 
-// The file's record in the image; empty when there is none or it is a directory.
+// The file in the image: the first record of its name, whatever its kind, must be one of a file.
 std::optional<DiscFileRef> findInImage(const DvdDiscSource& source, const std::string& name)
 {
-    const auto record = findDirectoryRecord(source.image.get(), source.blockSize, source.videoTsExtent, name);
-    if (!record || record->isDirectory) { return std::nullopt; }
-    return DiscFileRef{source.image, std::uint64_t{source.blockSize} * record->extent.block,
-                       record->extent.sizeBytes};
+    const DiscEntry* const entry = source.videoTs.find(name);
+    if (entry == nullptr || entry->isDirectory) { return std::nullopt; }
+    return DiscFileRef{source.image, std::uint64_t{source.blockSize} * entry->block, entry->sizeBytes};
 }
 
 // Opens a file of the directory; `absent` (when given) takes the place of the message for a missing file.

@@ -2,6 +2,7 @@
 // ISO-9660 image. A source is opened once per read of a disc and used by one thread.
 #pragma once
 
+#include "discio/disc_directory.h"
 #include "discio/file_stream.h"
 #include "discio/iso9660.h"
 
@@ -18,6 +19,7 @@ struct DvdDiscSource {
     FileStream image;             // image: shared by every file handed out
     std::uint32_t blockSize = 0;  // image: always 2048
     IsoExtent videoTsExtent;      // image: the VIDEO_TS directory
+    DiscDirectory videoTs;        // image: its records, read once when the image is opened
 };
 
 // One file of the disc: `sizeBytes` bytes from `offset` of `stream`. In an image the stream is the image's
