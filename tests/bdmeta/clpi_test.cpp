@@ -1,5 +1,6 @@
 #include "bdmeta/clpi.h"
 #include "tests/bdmeta/built_records.h"
+#include "tests/support/fault_table.h"
 
 using bdmeta::BlurayClip;
 using testsupport::Bytes;
@@ -172,6 +173,9 @@ TEST(Clpi, EveryPrefixFailsOrParses)
         const auto clip = bdmeta::parseClipInfoBytes(std::span(bytes).first(size));
         ASSERT_EQ(clip.has_value(), size >= spec.cpiStart()) << size;
     }
+    testsupport::recordFault("File: cut off after any byte", "malformed", spec.cpiStart());
+    testsupport::recordFault("File: cut off after any byte", "read: what it says is there",
+                             bytes.size() - spec.cpiStart());
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include "bdmeta/ep_map.h"
 #include "tests/bdmeta/derivation.h"
 #include "tests/bdmeta/ep_walk.h"
+#include "tests/support/fault_table.h"
 
 using testsupport::Bytes;
 using testsupport::ClpiSpec;
@@ -69,6 +70,10 @@ TEST(HostileDisc, LookupsThatWouldTakeHoursFailTheDerivation)
     EXPECT_EQ(derivation.code, -1);
     EXPECT_TRUE(derivation.titles.empty());
     EXPECT_EQ(derivation.fallback.count, 0U);
+    if (!HasFailure()) {
+        testsupport::recordFault("Clip information: an EP map whose look-ups would take hours",
+                                 "the titles fail");
+    }
 }
 
 TEST(HostileDisc, StreamsOverTheSameTablesCostNothing)
@@ -130,6 +135,10 @@ TEST(HostileDisc, OverlappingStreamTablesAreBounded)
     bdmeta::StreamTables bounded(itemCount * 64 - 1);
     EXPECT_FALSE(bdmeta::parsePlaylistBytes(bytes, bounded));
     EXPECT_EQ(bounded.streamCount(), (itemCount - 1) * 64);
+    if (!HasFailure()) {
+        testsupport::recordFault("Playlist: stream tables that overlap",
+                                 "counted, and malformed over the limit");
+    }
 }
 
 TEST(HostileDisc, MillionsOfDifferentStreamsAreListedOnce)

@@ -1,5 +1,6 @@
 #include "bdmeta/mpls.h"
 #include "tests/bdmeta/built_records.h"
+#include "tests/support/fault_table.h"
 
 using bdmeta::BlurayPlayItem;
 using bdmeta::BlurayPlaylist;
@@ -252,6 +253,7 @@ TEST(Mpls, EveryPrefixIsMalformed)
         ASSERT_FALSE(parsePlaylist(Bytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size))))
             << size;
     }
+    testsupport::recordFault("File: cut off after any byte", "malformed", bytes.size());
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // Discs that end early: files of a directory cut after every byte, and images cut after every byte, whose
 // directories go on claiming the whole length. Each length has its one outcome.
 #include "tests/dvdmeta/read_outcome.h"
+#include "tests/support/fault_table.h"
 
 using testsupport::DiscForm;
 using testsupport::DvdSpec;
@@ -40,6 +41,10 @@ void cutAndRead(const std::string& disc, const std::string& path, std::size_t st
         ASSERT_EQ(outcome.code == 0 ? kSuccess : outcome.message, step->message) << "cut to " << length;
         ASSERT_EQ(outcome.disc.titles.size(), outcome.code == 0 ? 2U : 0U);
     }
+    // The last step's lengths alone, if it is one of success, miss nothing.
+    const std::size_t fails = steps.back().message == kSuccess ? steps.back().from : size + 1;
+    testsupport::recordFault("File: cut off after any byte", "fails, with its message", fails);
+    testsupport::recordFault("File: cut off after any byte", "read: what it says is there", size + 1 - fails);
 }
 
 // Writes the disc as an image whose last file is the one named; where that file begins.
@@ -124,6 +129,7 @@ TEST(CutShort, ImageBeforeItsFiles)
         ASSERT_EQ(outcome.code, -1) << length;
         ASSERT_NE(outcome.message, "") << length;
     }
+    testsupport::recordFault("Image: cut off before its files", "fails, with a message", 4 * kDvdSector + 16);
 }
 
 }  // namespace

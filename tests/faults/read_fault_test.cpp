@@ -279,7 +279,7 @@ TEST_P(EveryImage, ThatFailsFromAnySectorOn)
     EXPECT_GT(failed, 5U);
     recordFault("Image: a read error from any sector on", "fails, or is read, as if the image ended there",
                 cases);
-    recordFault("Image: cut off at any sector", "fails with a message, or is read where nothing is missing",
+    recordFault("Image: cut off anywhere", "fails with a message, or is read where nothing is missing",
                 cases);
 }
 
