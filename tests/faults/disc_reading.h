@@ -14,6 +14,14 @@ namespace faults {
 enum class Family { Dvd, Bluray };
 
 inline constexpr char kNotEmpty[] = "(failed, and left something in the record)";
+inline constexpr char kCannotEnumerate[] = "cannot enumerate BDMV playlist or clip information files";
+
+// What reading the small Blu-ray disc gives (readDisc), whole and without some of its files.
+inline constexpr char kWholeBluray[] = "id 0001 titles 2 playlists 3 clips 3 bytes 1502 streams 18432";
+inline constexpr char kWithoutIndex[] = "id 0001 titles 0 playlists 3 clips 3 bytes 1502 streams 18432";
+inline constexpr char kWithoutIdentity[] = "id  titles 2 playlists 3 clips 3 bytes 1502 streams 18432";
+inline constexpr char kWithoutOneStream[] = "id 0001 titles 2 playlists 3 clips 3 bytes 1502 streams 12288";
+inline constexpr char kWithoutStreams[] = "id 0001 titles 2 playlists 3 clips 3 bytes 1502 streams 0";
 
 // Two titles in two title sets.
 [[nodiscard]] inline testsupport::DiscTree dvdTree()
@@ -81,12 +89,29 @@ template <typename Disc, typename Read>
     return readInto(former, bdmeta::readBlurayDisc, path);
 }
 
+[[nodiscard]] inline testsupport::DiscTree treeOf(Family family)
+{
+    return family == Family::Dvd ? dvdTree() : blurayTree();
+}
+
 // What reading the whole small disc gives.
 [[nodiscard]] inline std::string wholeDisc(Family family)
 {
     const testsupport::TemporaryFolder folder;
-    const testsupport::DiscTree tree = family == Family::Dvd ? dvdTree() : blurayTree();
-    return readDisc(family, tree.write(testsupport::DiscForm::Directory, folder));
+    return readDisc(family, treeOf(family).write(testsupport::DiscForm::Directory, folder));
+}
+
+// The text with the path in place of "%s".
+[[nodiscard]] inline std::string filledIn(std::string text, const std::string& path)
+{
+    const std::size_t place = text.find("%s");
+    return place == std::string::npos ? text : text.replace(place, 2, path);
+}
+
+// Whether the text is that of a Blu-ray disc that was read.
+[[nodiscard]] inline bool isSummary(const std::string& text)
+{
+    return text.rfind("id ", 0) == 0;
 }
 
 }  // namespace faults
