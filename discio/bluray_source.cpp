@@ -169,58 +169,43 @@ int resolveImagePath(const BlurayDiscSource& source, std::string_view relativePa
 int readWholeFile(const BlurayDiscSource& source, std::string_view relativePath,
                   std::vector<std::uint8_t>& bytes, std::uint64_t limitBytes)
 {
-    bool isRead = false;
-    try {
-        isRead = source.mode == BluraySourceMode::Directory
-                     ? readFromTree(source, relativePath, bytes, limitBytes)
-                     : readFromImage(source, relativePath, bytes, limitBytes);
-    } catch (const std::exception&) {  // too large for memory: a file that cannot be read
-    }
+    const bool isRead = source.mode == BluraySourceMode::Directory
+                            ? readFromTree(source, relativePath, bytes, limitBytes)
+                            : readFromImage(source, relativePath, bytes, limitBytes);
     if (!isRead) { bytes = {}; }
     return isRead ? 0 : -1;
 }
 
 std::uint64_t blurayFileSize(const BlurayDiscSource& source, std::string_view relativePath)
 {
-    try {
-        if (source.mode == BluraySourceMode::Directory) {
-            std::string path;
-            if (resolveDirectoryPath(source, relativePath, path) != 0) { return 0; }
-            const PathStatus status = queryPath(path);
-            return status.kind == PathKind::RegularFile ? status.sizeBytes : 0;
-        }
-        ExtentList data;
-        bool isDirectory = false;
-        const bool isFile = resolveImagePath(source, relativePath, data, isDirectory) == 0 && !isDirectory;
-        return isFile ? data.sizeBytes : 0;
-    } catch (const std::exception&) {
-        return 0;
+    if (source.mode == BluraySourceMode::Directory) {
+        std::string path;
+        if (resolveDirectoryPath(source, relativePath, path) != 0) { return 0; }
+        const PathStatus status = queryPath(path);
+        return status.kind == PathKind::RegularFile ? status.sizeBytes : 0;
     }
+    ExtentList data;
+    bool isDirectory = false;
+    const bool isFile = resolveImagePath(source, relativePath, data, isDirectory) == 0 && !isDirectory;
+    return isFile ? data.sizeBytes : 0;
 }
 
 int listFilesWithSuffix(const BlurayDiscSource& source, std::string_view directoryPath,
                         std::string_view suffix, std::vector<std::string>& names)
 {
     names.clear();
-    try {
-        const auto components = splitPath(directoryPath);
-        const bool isImage = source.mode != BluraySourceMode::Directory;
-        if (isImage && (components.empty() || components.size() > kComponentLimit)) { return -1; }
-        const DiscDirectory* const directory = directoryAt(source, components);
-        if (directory == nullptr || !directory->isListable) { return -1; }
-        for (const DiscEntry& entry : directory->entries()) {
-            const std::string_view name = entry.name;
-            if (entry.isDirectory || name.size() <= suffix.size()) { continue; }
-            const std::size_t stemLength = name.size() - suffix.size();
-            if (equalIgnoringCase(name.substr(stemLength), suffix)) {
-                names.emplace_back(name, 0, stemLength);
-            }
-        }
-        return 0;
-    } catch (const std::exception&) {
-        names.clear();
-        return -1;
+    const auto components = splitPath(directoryPath);
+    const bool isImage = source.mode != BluraySourceMode::Directory;
+    if (isImage && (components.empty() || components.size() > kComponentLimit)) { return -1; }
+    const DiscDirectory* const directory = directoryAt(source, components);
+    if (directory == nullptr || !directory->isListable) { return -1; }
+    for (const DiscEntry& entry : directory->entries()) {
+        const std::string_view name = entry.name;
+        if (entry.isDirectory || name.size() <= suffix.size()) { continue; }
+        const std::size_t stemLength = name.size() - suffix.size();
+        if (equalIgnoringCase(name.substr(stemLength), suffix)) { names.emplace_back(name, 0, stemLength); }
     }
+    return 0;
 }
 
 }  // namespace discio

@@ -1,4 +1,5 @@
 #include "monitor/directory_watch.h"
+#include "tests/support/fault_table.h"
 #include "tests/support/player.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/unprivileged_user.h"
@@ -18,10 +19,12 @@ using monitor::AccessEvent;
 using monitor::DirectoryWatch;
 using monitor::WatchFailure;
 using testsupport::Player;
+using testsupport::recordFault;
 
 namespace {
 
 constexpr std::chrono::seconds kPatience{20};
+constexpr char kEndsWithMessage[] = "the watch ends with a message";
 
 // Collects what a watch delivers.
 class Reports {
@@ -274,6 +277,7 @@ TEST_F(DirectoryWatchTest, LostEventsEndTheWatch)
     m_player.openAndClose(m_stream, 20'000);  // the kernel keeps 16,384 events
     m_reports.hold(false);
     EXPECT_EQ(m_reports.failure(), WatchFailure::Kind::EventsLost);
+    recordFault("Monitor: more events than the system keeps", kEndsWithMessage);
 }
 
 TEST_F(DirectoryWatchTest, ARemovedOrRenamedRootEndsTheWatch)
@@ -291,6 +295,7 @@ TEST_F(DirectoryWatchTest, ARemovedOrRenamedRootEndsTheWatch)
     ASSERT_FALSE(watch.start(m_root, reports.sink()));
     m_player.run("rm -r '" + m_root.string() + "'");
     EXPECT_EQ(reports.failure(), WatchFailure::Kind::RootGone);
+    recordFault("Monitor: the disc is removed, renamed or unmounted", kEndsWithMessage, 2);
 }
 
 TEST_F(DirectoryWatchTest, WhatCannotBeWatchedIsRefused)
@@ -337,6 +342,7 @@ TEST_F(InNamespace, TheSystemsLimitEndsTheWatch)
     const auto failure = second.start(m_root / "BDMV/STREAM", {});
     ASSERT_TRUE(failure);
     EXPECT_EQ(failure->kind, WatchFailure::Kind::TooManyWatches);
+    recordFault("Monitor: the system has no more watches", kEndsWithMessage, 2);
 }
 
 TEST_F(InNamespace, AnUnmountedDiscEndsTheWatch)
@@ -356,6 +362,7 @@ TEST_F(InNamespace, AnUnmountedDiscEndsTheWatch)
         m_player.run("mount -t tmpfs none '" + root + "'");
     }
     m_player.run("umount '" + root + "'");
+    recordFault("Monitor: the disc is removed, renamed or unmounted", kEndsWithMessage, 2);
 }
 
 TEST_F(DirectoryWatchTest, NothingIsLeftBehind)

@@ -156,8 +156,7 @@ protected:
                            EXPECT_EQ(result.dvdTitles.size(), whole.dvdTitles.size());
                            EXPECT_EQ(result.blurayTitles.size(), whole.blurayTitles.size());
                            EXPECT_EQ(result.dvdPackage, whole.dvdPackage);
-                           // Without a file that a Blu-ray may lack, its package is another one.
-                           EXPECT_EQ(result.blurayPackage.isEmpty(), whole.blurayPackage.isEmpty());
+                           EXPECT_EQ(result.blurayPackage, whole.blurayPackage);
                        });
     }
 

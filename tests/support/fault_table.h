@@ -2,8 +2,11 @@
 // a file's name in PLATTERSCOPE_FAULT_TABLE appends a line for each case; tools/reliability.sh counts them.
 #pragma once
 
+#include <unistd.h>
+
 #include <cstdlib>
 #include <fstream>
+#include <stdexcept>
 #include <string>
 
 namespace testsupport {
@@ -16,7 +19,12 @@ inline void recordFault(const std::string& faultClass, const std::string& answer
     const char* const path = std::getenv("PLATTERSCOPE_FAULT_TABLE");
     if (path == nullptr) { return; }
     const std::string line = faultClass + '\t' + answer + '\t' + std::to_string(cases) + '\n';
-    std::ofstream(path, std::ios::app) << line << std::flush;
+    // A test that has become another user for its fault becomes for the moment who started it: the file is theirs.
+    const uid_t user = ::geteuid();
+    const bool isOwner = ::seteuid(::getuid()) == 0;
+    std::ofstream table(path, std::ios::app);
+    table << line << std::flush;
+    if (!isOwner || !table || ::seteuid(user) != 0) { throw std::runtime_error("cannot record a fault"); }
 }
 
 }  // namespace testsupport
