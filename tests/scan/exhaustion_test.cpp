@@ -1,9 +1,9 @@
 // Every operation of a scan with memory that ends at the first allocation, at the second, and so on until it ends
-// nowhere: each must come back with an error or with all it was asked for, and never throw. This program has an
-// operator new of its own, which fails when told to.
+// nowhere: each must come back with an error or with all it was asked for, and never throw.
 #include "bdmeta/bluray_disc.h"
 #include "dvdmeta/dvd_disc.h"
 #include "scan/disc_scanner.h"
+#include "tests/scan/failing_allocation.h"
 #include "tests/support/captured_log.h"
 #include "tests/support/fault_table.h"
 #include "tests/support/sample_bluray.h"
@@ -14,90 +14,12 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cstdlib>
 #include <functional>
-#include <new>
 #include <string>
 
 namespace {
 
-// Of this thread alone: the server of a test has all the memory it wants.
-thread_local long allowedAllocations = -1;  // below 0: any number
-thread_local bool endsForGood = false;      // else only one allocation fails
-thread_local bool hasEnded = false;
-
-bool isRefused()
-{
-    if (hasEnded && endsForGood && allowedAllocations == 0) { return true; }
-    if (allowedAllocations < 0 || allowedAllocations-- > 0) { return false; }
-    hasEnded = true;
-    if (endsForGood) { allowedAllocations = 0; }
-    return true;
-}
-
-void* allocate(std::size_t size)
-{
-    void* const memory = isRefused() ? nullptr : std::malloc(size > 0 ? size : 1);
-    if (memory == nullptr) { throw std::bad_alloc(); }
-    return memory;
-}
-
-}  // namespace
-
-void* operator new(std::size_t size)
-{
-    return allocate(size);
-}
-
-void* operator new[](std::size_t size)
-{
-    return allocate(size);
-}
-
-void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
-{
-    return isRefused() ? nullptr : std::malloc(size > 0 ? size : 1);
-}
-
-void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete[](void* memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete(void* memory, std::size_t /*size*/) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete[](void* memory, std::size_t /*size*/) noexcept
-{
-    std::free(memory);
-}
-
-namespace {
-
 using testsupport::DiscForm;
-
-// Runs `operation` with memory for `allocations`; whether that was too little.
-bool runsOut(long allocations, bool isForGood, const std::function<void()>& operation)
-{
-    hasEnded = false;
-    endsForGood = isForGood;
-    allowedAllocations = allocations;
-    try {
-        operation();
-        allowedAllocations = -1;
-    } catch (...) {
-        allowedAllocations = -1;
-        ADD_FAILURE() << "an exception after " << allocations << " allocations";
-    }
-    return hasEnded;
-}
 
 // Lets memory end at every allocation of `operation` in turn and calls `judge` after each, which is to be told
 // whether it did. Gives how often it ended.
@@ -106,7 +28,7 @@ std::size_t exhaust(const std::function<void()>& operation, const std::function<
     std::size_t cases = 0;
     for (const bool isForGood : {false, true}) {
         for (long allocations = 0;; ++allocations, ++cases) {
-            const bool isOut = runsOut(allocations, isForGood, operation);
+            const bool isOut = testsupport::runsOut(allocations, isForGood, operation);
             judge(isOut);
             if (!isOut) { break; }
             if (testing::Test::HasFailure()) {
