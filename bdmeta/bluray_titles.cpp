@@ -72,7 +72,19 @@ std::size_t distinctStreamCount(const BlurayTitle& title)
     return title.videoCodecs.size() + title.audioTracks.size() + title.subtitleTracks.size();
 }
 
-BlurayTitle deriveTitle(const BlurayPlaylist& playlist, Sizes& sizes)
+// What the titles of a disc come to together. The same tables may be in any number of playlists, so what it takes to
+// look at them has to be bounded as well as what comes of it.
+struct Extent {
+    std::size_t shownEntries = 0;
+    std::size_t streamsLookedAt = 0;
+
+    [[nodiscard]] bool isTooMuch() const
+    {
+        return shownEntries > kMaxShownEntries || streamsLookedAt > kMaxStreamsLookedAt;
+    }
+};
+
+BlurayTitle deriveTitle(const BlurayPlaylist& playlist, Sizes& sizes, Extent& extent)
 {
     BlurayTitle title;
     title.titleNumber =
@@ -89,7 +101,8 @@ BlurayTitle deriveTitle(const BlurayPlaylist& playlist, Sizes& sizes)
         if (angleCount > 1) { ++title.alternateAngleItemCount; }
         title.segmentMap.push_back(item.clipName);
     }
-    addTitleStreams(title, playlist.playItems);
+    extent.streamsLookedAt += addTitleStreams(title, playlist.playItems);
+    extent.shownEntries += 1 + distinctStreamCount(title);
     return title;
 }
 
@@ -143,13 +156,12 @@ int derive(const BlurayDisc& disc, std::vector<BlurayTitle>& titles, BlurayDiscS
     if (disc.playlists.empty()) { return 0; }
     Sizes sizes(disc, fallback);
     titles.reserve(disc.playlists.size());
-    std::size_t distinctStreams = 0;
+    Extent extent;
     for (const BlurayPlaylist& playlist : disc.playlists) {
         const auto index = static_cast<std::uint32_t>(titles.size());
-        titles.push_back(deriveTitle(playlist, sizes));
+        titles.push_back(deriveTitle(playlist, sizes, extent));
         titles.back().index = index;
-        distinctStreams += distinctStreamCount(titles.back());
-        if (!sizes.areValid() || distinctStreams > kMaxDistinctStreams) { return -1; }
+        if (!sizes.areValid() || extent.isTooMuch()) { return -1; }
     }
     summary = summarize(disc, titles);
     return 0;

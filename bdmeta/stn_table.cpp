@@ -147,7 +147,7 @@ StreamTable StreamTables::read(std::span<const std::uint8_t> bytes)
     }
 
     auto parsed = parseStreamTable(bytes);
-    if (!parsed || parsed->streams.size() > m_maxStreams - m_streamCount) { return nullptr; }
+    if (!parsed || parsed->streams.size() > allowedStreams() - m_streamCount) { return nullptr; }
     m_streamCount += parsed->streams.size();
     auto table = std::make_shared<const std::vector<BlurayStream>>(std::move(parsed->streams));
     if (parsed->sizeBytes <= kMaxSharedTableSize) {

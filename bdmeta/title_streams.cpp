@@ -186,13 +186,15 @@ void addStream(BlurayTitle& title, const BlurayStream& stream)
 
 }  // namespace
 
-void addTitleStreams(BlurayTitle& title, const std::vector<BlurayPlayItem>& playItems)
+std::size_t addTitleStreams(BlurayTitle& title, const std::vector<BlurayPlayItem>& playItems)
 {
+    std::size_t lookedAt = 0;
     std::unordered_map<const void*, StreamCounts> known;
     for (const BlurayPlayItem& item : playItems) {
         const auto [counts, isNew] = known.try_emplace(item.streams.get());
         if (isNew) {
             counts->second = countStreams(*item.streams);
+            lookedAt += item.streams->size();
             for (const BlurayStream& stream : *item.streams) {
                 addStream(title, stream);
             }
@@ -202,6 +204,7 @@ void addTitleStreams(BlurayTitle& title, const std::vector<BlurayPlayItem>& play
     keepDistinct(title.videoCodecs);
     keepDistinct(title.audioTracks);
     keepDistinct(title.subtitleTracks);
+    return lookedAt;
 }
 
 }  // namespace bdmeta

@@ -51,6 +51,13 @@ void writeBlurayImages(const std::filesystem::path& folder)
                               .add("BDMV/PLAYLIST/00001.mpls", Bytes(10, 2))
                               .add("BDMV/PLAYLIST/00002.mpls", Bytes(3000, 3))
                               .add("BDMV/CLIPINF/00001.clpi", {});
+    DiscTree disc = testsupport::sampleBluray();
+    for (const char* clip : {"00001", "00002", "00003"}) {
+        disc.add(std::string("BDMV/STREAM/") + clip + ".m2ts", Bytes(192));
+    }
+    writeImageSeed(folder, "disc_iso", disc.iso());
+    writeImageSeed(folder, "disc_udf", disc.udf());
+    writeImageSeed(folder, "disc_udf250", disc.udf250().image);
     writeImageSeed(folder, "iso", tree.iso());
     writeImageSeed(folder, "udf_short", tree.udf());
     writeImageSeed(folder, "udf_long",

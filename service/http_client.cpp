@@ -136,6 +136,8 @@ HttpOutcome perform(const HttpRequest& request, const HttpLimits& limits)
     setCommonOptions(curl.get(), (address.origin + request.path).toUtf8(), reply, limits);
     // A proxy named in the environment would carry the key of a service on this computer away from it.
     if (address.isLoopback) { curl_easy_setopt(curl.get(), CURLOPT_PROXY, ""); }
+    // A name server that does not answer would hold the request beyond its time limit: its thread is left to itself.
+    curl_easy_setopt(curl.get(), CURLOPT_QUICK_EXIT, 1L);
     setMethod(curl.get(), request);
     curl_easy_setopt(curl.get(), CURLOPT_HTTPHEADER, headers.get());
 

@@ -43,12 +43,18 @@ max_length() {
     esac
 }
 
+# A seed that is longer would be cut, and its end never be read.
+for target in "${targets[@]}"; do
+    long=$(find "$folder/seeds/$target" -type f -size "+$(max_length "$target")c")
+    [[ -z $long ]] || { echo "fuzz: longer than this target's inputs: $long" >&2; exit 1; }
+done
+
 run_target() {
     local target=$1 log=$folder/logs/$1.log
     mkdir -p "$folder/corpus/$target"
     "$folder/bin/fuzz_$target" -max_total_time="$seconds" -max_len="$(max_length "$target")" -timeout=10 \
         -rss_limit_mb=1024 -print_final_stats=1 -artifact_prefix="$folder/findings/$target-" \
-        "$folder/corpus/$target" "$folder/seeds/$target" >"$log" 2>&1
+        "$folder/corpus/$target" "$folder/seeds/$target" >"$log" 2>&1 || echo "SUMMARY: it ended with status $?" >>"$log"
 }
 
 # A figure of a target's log: the last match of a pattern with one group.
@@ -78,8 +84,8 @@ for target in "${targets[@]}"; do
 done
 for target in "${targets[@]}"; do
     found=none
-    if ! grep -q '^Done [0-9]* runs' "$folder/logs/$target.log"; then
-        found=$(sed -n 's/^SUMMARY: //p' "$folder/logs/$target.log" | tail -n 1)
+    if grep -q '^SUMMARY: ' "$folder/logs/$target.log" || ! grep -q '^Done [0-9]* runs' "$folder/logs/$target.log"; then
+        found=$(sed -n 's/^SUMMARY: //p' "$folder/logs/$target.log" | head -n 1)
         found=${found:-it did not end as it should}
         findings=$((findings + 1))
     fi

@@ -16,12 +16,21 @@ bool isLineBreak(QChar c)
            c == QChar::ParagraphSeparator;
 }
 
-// The beginning of the text, which does not end in half a character.
+// What turns the direction of the text behind it, by which a name could be made to read as another. Letters of scripts
+// that run from right to left do without.
+bool isDirection(QChar c)
+{
+    return (c >= QChar(0x202A) && c <= QChar(0x202E)) || (c >= QChar(0x2066) && c <= QChar(0x2069));
+}
+
+// The beginning of the text, which does not end in half a character and runs in its own direction.
 QString beginning(const QString& text, qsizetype characters)
 {
     qsizetype end = qMin(text.size(), characters);
     if (end > 0 && end < text.size() && text.at(end - 1).isHighSurrogate()) { --end; }
-    return text.first(end);
+    QString shown = text.first(end);
+    std::replace_if(shown.begin(), shown.end(), isDirection, QChar(QChar::ReplacementCharacter));
+    return shown;
 }
 
 }  // namespace

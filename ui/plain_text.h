@@ -1,5 +1,6 @@
 // Texts that come from a disc or from the service, made fit to be shown: never taken for markup, and never so
-// long that laying them out would hold the window up or take more than its place.
+// long that laying them out would hold the window up or take more than its place. Characters that turn the direction
+// of a text, by which a name could pass for another, give way to U+FFFD.
 #pragma once
 
 #include <QString>

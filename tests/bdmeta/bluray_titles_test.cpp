@@ -192,7 +192,7 @@ TEST(BlurayTitles, EveryArgumentIsRequired)
 // Tables that overlap in the file can claim more streams than any view could show.
 TEST(BlurayTitles, MoreDistinctStreamsThanCanBeShownFail)
 {
-    std::vector<bdmeta::BlurayStream> streams(bdmeta::kMaxDistinctStreams / 2 + 1);
+    std::vector<bdmeta::BlurayStream> streams(bdmeta::kMaxShownEntries / 2 + 1);
     for (std::size_t i = 0; i < streams.size(); ++i) {
         streams[i].pid = static_cast<std::uint16_t>(i & 0xFFFFU);
         streams[i].codingType = static_cast<std::uint8_t>(128 + (i >> 16U));
@@ -202,7 +202,7 @@ TEST(BlurayTitles, MoreDistinctStreamsThanCanBeShownFail)
     disc.playlists = {playlistOf({}, "00001")};
     disc.playlists[0].playItems[0].streams =
         std::make_shared<const std::vector<bdmeta::BlurayStream>>(std::move(streams));
-    EXPECT_EQ(derive(disc).titles.at(0).audioTracks.size(), bdmeta::kMaxDistinctStreams / 2 + 1);
+    EXPECT_EQ(derive(disc).titles.at(0).audioTracks.size(), bdmeta::kMaxShownEntries / 2 + 1);
     disc.playlists.push_back(disc.playlists[0]);
     std::vector<BlurayTitle> titles;
     bdmeta::BlurayDiscSummary summary;

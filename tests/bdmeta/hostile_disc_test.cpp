@@ -116,17 +116,22 @@ Bytes overlappingItem(std::uint32_t number)
     return item;
 }
 
-TEST(HostileDisc, OverlappingStreamTablesAreBounded)
+Bytes overlappingPlaylist(std::uint16_t itemCount)
 {
-    const std::size_t itemCount = 1000;
     Bytes bytes = testsupport::MplsSpec{.playItems = {}, .numberOfPlayItems = itemCount}.build();
     bytes.resize(bytes.size() - 20);  // the marks
-    for (std::uint32_t i = 0; i < itemCount + 100; ++i) {
+    for (std::uint32_t i = 0; i < itemCount + 100U; ++i) {
         testsupport::putBytes(bytes, bytes.size(), overlappingItem(i));
     }
     testsupport::putBe32(bytes, 12, static_cast<std::uint32_t>(bytes.size()));
     bytes.resize(bytes.size() + 6);
+    return bytes;
+}
 
+TEST(HostileDisc, OverlappingStreamTablesAreBounded)
+{
+    const std::size_t itemCount = 1000;
+    const Bytes bytes = overlappingPlaylist(itemCount);
     bdmeta::StreamTables tables;
     const auto playlist = bdmeta::parsePlaylistBytes(bytes, tables);
     ASSERT_TRUE(playlist);
@@ -135,9 +140,36 @@ TEST(HostileDisc, OverlappingStreamTablesAreBounded)
     bdmeta::StreamTables bounded(itemCount * 64 - 1);
     EXPECT_FALSE(bdmeta::parsePlaylistBytes(bytes, bounded));
     EXPECT_EQ(bounded.streamCount(), (itemCount - 1) * 64);
+
+    // Ten times the size would hold ten times the streams, but so many do not lie in so few bytes.
+    const Bytes longer = overlappingPlaylist(10 * itemCount);
+    bdmeta::StreamTables inProportion;
+    EXPECT_FALSE(bdmeta::parsePlaylistBytes(longer, inProportion));
+    EXPECT_LE(inProportion.streamCount(), bdmeta::kFreeStreams + longer.size() / bdmeta::kBytesPerStream);
     if (!HasFailure()) {
         testsupport::recordFault("Playlist: stream tables that overlap",
-                                 "counted, and malformed over the limit");
+                                 "counted, and malformed over the limit", 2);
+    }
+}
+
+TEST(HostileDisc, PlaylistsThatShareTheirBytesAreLookedAtSoOften)
+{
+    bdmeta::StreamTables tables;
+    auto playlist = bdmeta::parsePlaylistBytes(overlappingPlaylist(1000), tables);
+    ASSERT_TRUE(playlist);
+    bdmeta::BlurayDisc disc;
+    disc.playlists.assign(bdmeta::kMaxStreamsLookedAt / 64'000, *playlist);
+    EXPECT_EQ(derive(disc).code, 0);
+    disc.playlists.push_back(*std::move(playlist));
+    EXPECT_EQ(derive(disc).code, -1);
+
+    disc.playlists.assign(bdmeta::kMaxShownEntries, {});
+    EXPECT_EQ(derive(disc).code, 0);
+    disc.playlists.emplace_back();
+    EXPECT_EQ(derive(disc).code, -1);
+    if (!HasFailure()) {
+        testsupport::recordFault("Disc: playlists by the thousand that share their bytes",
+                                 "the titles fail over the limit", 2);
     }
 }
 

@@ -1,6 +1,9 @@
 // Reading a disc under watch: in time, and with no more memory than what is really there accounts for.
 #pragma once
 
+#include "app/log.h"
+#include "scan/bluray_flow.h"
+#include "scan/dvd_flow.h"
 #include "tests/faults/disc_reading.h"
 #include "tests/support/bounded_child.h"
 
@@ -39,6 +42,28 @@ inline constexpr std::int64_t kMemoryFactor = 1;
     EXPECT_TRUE(child.hasEnded) << "a hang or a crash";
     EXPECT_LT(child.seconds, kSecondsAllowed);
     EXPECT_LT(child.extraKiB, (allowedKiB + 8 * storedKiB(path)) * kMemoryFactor);
+    return child.text;
+}
+
+// What the window would show of the disc, made within another second: nothing where it cannot be read, else the number
+// of titles or what is wrong with them.
+[[nodiscard]] inline std::string boundedDescription(Family family, const std::string& path)
+{
+    const auto describe = [family, &path]() -> std::string {
+        const logging::ScopedSwitch silence(false);
+        dvdmeta::DvdDisc dvd;
+        bdmeta::BlurayDisc bluray;
+        const bool isRead = family == Family::Dvd ? readDvdDisc(path.c_str(), &dvd, nullptr, 0) == 0
+                                                  : readBlurayDisc(path.c_str(), &bluray, nullptr, 0) == 0;
+        if (!isRead) { return {}; }
+        const DiscScanResult result =
+            family == Family::Dvd ? scan::describeDvd(&dvd) : scan::describeBluray(&bluray);
+        const qsizetype titles = result.dvdTitles.size() + result.blurayTitles.size();
+        return titles > 0 ? std::to_string(titles) + " titles" : result.errorMessage.toStdString();
+    };
+    const testsupport::ChildOutcome child = testsupport::runInChild(describe);
+    EXPECT_TRUE(child.hasEnded) << "a hang or a crash";
+    EXPECT_LT(child.seconds, 2 * kSecondsAllowed);
     return child.text;
 }
 

@@ -64,6 +64,7 @@ TEST_P(HostileImages, AreAnsweredInTimeAndMemory)
     const std::string expected =
         hostile.expected == kWhole ? faults::wholeDisc(hostile.family) : hostile.expected;
     EXPECT_EQ(read, faults::filledIn(expected, path));
+    EXPECT_EQ(faults::boundedDescription(hostile.family, path).empty(), hostile.answer.starts_with("fails"));
     if (!HasFailure()) { testsupport::recordFault(hostile.fault, hostile.answer); }
 }
 

@@ -73,6 +73,8 @@ void TextTest::textsOfOthersAreCutToTheirPlace()
     QCOMPARE(plaintext::oneLine(QStringLiteral(" a\n\tb\u2028\u00A0c "), 9),
              QStringLiteral(" a  b \u00A0c "));
     QCOMPARE(plaintext::oneLine(QStringLiteral("abcd"), 3), QStringLiteral("abc") + more);
+    QCOMPARE(plaintext::oneLine(QStringLiteral("a\u202Eb\u2066c\u200F"), 9),
+             QStringLiteral("a\uFFFDb\uFFFDc\u200F"));
     for (const char16_t lineBreak : {u'\n', u'\r', u'\v', u'\f', u'\u0085', u'\u2028', u'\u2029'}) {
         QCOMPARE(plaintext::bounded(QString(9, QChar(lineBreak)), 9, 2), QStringLiteral("\n") + more);
     }
