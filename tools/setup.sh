@@ -2,7 +2,7 @@
 # Installs the Debian 12 packages that the project needs, and nothing when all are there.
 #
 #   tools/setup.sh                  what building, running and testing need (groups "build" and "test")
-#   tools/setup.sh GROUP...         only these groups: build, test, browser, windows, bench, fuzz, dvd-authoring
+#   tools/setup.sh GROUP...         only these groups: build, test, browser, windows, bench, fuzz, dvd-authoring, package
 #
 # Run it as root or as a user who may use sudo.
 set -euo pipefail
@@ -55,6 +55,16 @@ dvd_authoring=(
     xorriso                 # plain ISO-9660 images
     7zip                    # reads the UDF 2.50 images that the tests make
 )
+packaging=(
+    dpkg-dev                # finds out what the packages depend on
+    file                    # tells CPack which files those are that ask for libraries
+    lintian                 # judges the packages
+    desktop-file-utils      # judges the entry of the desktop's menu
+    appstream               # judges the entry of a software catalogue
+    man-db                  # judges the manual pages
+    librsvg2-bin            # draws the icons
+    mmdebstrap              # makes the clean system in which the packages are tried
+)
 
 fail() {
     echo "setup: $*" >&2
@@ -82,7 +92,8 @@ for group in "$@"; do
         bench) wanted+=("${bench[@]}") ;;
         fuzz) wanted+=("${fuzz[@]}") ;;
         dvd-authoring) wanted+=("${dvd_authoring[@]}") ;;
-        *) fail "no group '$group'; the groups are build, test, browser, windows, bench, fuzz, dvd-authoring" ;;
+        package) wanted+=("${packaging[@]}") ;;
+        *) fail "no group '$group'; the groups are build, test, browser, windows, bench, fuzz, dvd-authoring, package" ;;
     esac
 done
 
