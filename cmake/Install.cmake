@@ -1,11 +1,64 @@
 # What "cmake --install" puts where; and the documents in the build tree, where the programs that are built there
 # look for them: the notices beside the executable, the manual below share/ of the folder above it.
+#
+# The program and the local service are components of their own, for those who want one of them. The target "installed" builds all that is installed, and no test.
 
 include(GNUInstallDirs)
-set(documents_dir share/doc/platterscope)  # the program knows it by this name, whatever the data folder is called
+set(application_id example.platterscope.Platterscope)  # app/identity.h gives it to the desktop
+# The program looks for these by their names below the folder above its own, whatever the data folder is called.
+set(documents_dir share/doc/platterscope)
+set(translations_dir share/platterscope/translations)
 
-install(TARGETS platterscope tessera_local RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(FILES docs/THIRD_PARTY_NOTICES.txt docs/CONFIGURATION_LIBRARY.md DESTINATION ${documents_dir})
+add_custom_target(installed ALL)
+add_dependencies(installed platterscope tessera_local)
+
+# install_compressed(FILE DESTINATION NAME COMPONENT [OPTION...]): installs FILE as NAME.gz, the same on each run.
+function(install_compressed file destination name component)
+  set(directory ${PROJECT_BINARY_DIR}/compressed/${component})
+  file(MAKE_DIRECTORY ${directory})
+  add_custom_command(OUTPUT ${directory}/${name}.gz
+    COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/${file} > ${directory}/${name}.gz
+    DEPENDS ${PROJECT_SOURCE_DIR}/${file} VERBATIM)
+  add_custom_target(${component}_${name} DEPENDS ${directory}/${name}.gz)
+  add_dependencies(installed ${component}_${name})
+  install(FILES ${directory}/${name}.gz DESTINATION ${destination} COMPONENT ${component} ${ARGN})
+endfunction()
+
+# ---- The program ----
+
+install(TARGETS platterscope RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)
+install(FILES docs/THIRD_PARTY_NOTICES.txt docs/CONFIGURATION_LIBRARY.md
+  DESTINATION ${documents_dir} COMPONENT program)
+install_compressed(CHANGELOG.md ${documents_dir} changelog program)
+install_compressed(packaging/platterscope.1 ${CMAKE_INSTALL_MANDIR}/man1 platterscope.1 program)
+
+install(FILES packaging/${application_id}.desktop
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/applications COMPONENT program)
+install(FILES packaging/${application_id}.metainfo.xml
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo COMPONENT program)
+set(icons_dir ${CMAKE_INSTALL_DATADIR}/icons/hicolor)
+install(FILES resources/icons/platterscope.svg
+  DESTINATION ${icons_dir}/scalable/apps RENAME ${application_id}.svg COMPONENT program)
+install(FILES resources/icons/platterscope.png
+  DESTINATION ${icons_dir}/256x256/apps RENAME ${application_id}.png COMPONENT program)
+foreach(size IN ITEMS 16 22 24 32 48 64 128 512)
+  install(FILES resources/icons/platterscope-${size}.png
+    DESTINATION ${icons_dir}/${size}x${size}/apps RENAME ${application_id}.png COMPONENT program)
+endforeach()
+
+# Translations that the build has put into the same place of its own tree.
+install(DIRECTORY ${PROJECT_BINARY_DIR}/${translations_dir}/
+  DESTINATION ${translations_dir} COMPONENT program OPTIONAL FILES_MATCHING PATTERN "*.qm")
+
+# ---- The local service ----
+
+set(service_documents_dir share/doc/platterscope-tessera-local)
+install(TARGETS tessera_local RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT service)
+install(FILES docs/THIRD_PARTY_NOTICES.txt DESTINATION ${service_documents_dir} COMPONENT service)
+install_compressed(CHANGELOG.md ${service_documents_dir} changelog service)
+install_compressed(packaging/tessera_local.1 ${CMAKE_INSTALL_MANDIR}/man1 tessera_local.1 service)
+
+# ---- The build tree ----
 
 configure_file(docs/THIRD_PARTY_NOTICES.txt ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/THIRD_PARTY_NOTICES.txt COPYONLY)
 configure_file(docs/CONFIGURATION_LIBRARY.md ${PROJECT_BINARY_DIR}/${documents_dir}/CONFIGURATION_LIBRARY.md COPYONLY)
