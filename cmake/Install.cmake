@@ -1,7 +1,8 @@
 # What "cmake --install" puts where; and the documents in the build tree, where the programs that are built there
 # look for them: the notices beside the executable, the manual below share/ of the folder above it.
 #
-# The program and the local service are components of their own, for those who want one of them. The target "installed" builds all that is installed, and no test.
+# The program and the local service are components of their own, since they become packages of their own
+# (cmake/Package.cmake). The target "installed" builds all that is installed, and no test.
 
 include(GNUInstallDirs)
 set(application_id example.platterscope.Platterscope)  # app/identity.h gives it to the desktop
@@ -62,3 +63,7 @@ install_compressed(packaging/tessera_local.1 ${CMAKE_INSTALL_MANDIR}/man1 tesser
 
 configure_file(docs/THIRD_PARTY_NOTICES.txt ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/THIRD_PARTY_NOTICES.txt COPYONLY)
 configure_file(docs/CONFIGURATION_LIBRARY.md ${PROJECT_BINARY_DIR}/${documents_dir}/CONFIGURATION_LIBRARY.md COPYONLY)
+
+# ---- Packages ----
+
+include(cmake/Package.cmake)
