@@ -183,7 +183,8 @@ act_as_person() {
 prepare
 store_key
 if [[ $headless == yes ]]; then
-    start "$state/display.log" Xvfb -displayfd 1 -screen 0 1280x800x24
+    # A reset, when the last window is gone, would throw out who comes just then.
+    start "$state/display.log" Xvfb -displayfd 1 -noreset -screen 0 1280x800x24
     export DISPLAY=:$ready_line
     start_service
     start_program LC_ALL=C.UTF-8 QT_QPA_PLATFORM=xcb XDG_RUNTIME_DIR="$state/runtime"
