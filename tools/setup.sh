@@ -13,6 +13,9 @@ build=(
     ninja-build             # the generator of every preset
     pkg-config              # finds cpp-httplib, which has no CMake package
     qt6-base-dev            # Qt Core, Gui, Widgets, Test; brings the display plug-ins and a font
+    qt6-tools-dev           # finds the translators' tools for cmake
+    qt6-l10n-tools          # lupdate and lrelease: texts out of the code, translations into the program
+    qt6-translations-l10n   # the toolkit's own buttons in other languages
     libcurl4-openssl-dev    # HTTPS to the Tessera service
     ca-certificates         # the authorities that HTTPS trusts
     libcjson-dev            # reads the service's replies

@@ -8,11 +8,12 @@
 set -euo pipefail
 cd "${1:-$(dirname "$0")/../..}"
 
-# A room and the rooms it may include besides itself. A folder is a room, except app/, which holds four.
+# A room and the rooms it may include besides itself. A folder is a room, except app/, which holds five.
 declare -A allowed=(
-    [app/main]="ui app/command_line app/log"
+    [app/main]="ui app/command_line app/translation app/log"
     [app/command_line]="app/log"
     [app/busy_task]="app/log"
+    [app/translation]=""
     [app/log]=""
     [ui]="scan monitor service app/busy_task app/log"
     [monitor]=""
