@@ -2,9 +2,7 @@
 
 #include "app/log.h"
 #include "package/bluray_package.h"
-#include "scan/disc_lookup.h"
 #include "scan/error_result.h"
-#include "service/api_key_store.h"
 
 namespace scan {
 
@@ -134,14 +132,6 @@ DiscScanResult describeBluray(const bdmeta::BlurayDisc* disc)
     if (result.blurayPackage.isEmpty()) {
         return packageError.isEmpty() ? errorResult(kNoPackage) : errorResult(packageError);
     }
-    return result;
-}
-
-DiscScanResult runBlurayFlow(const bdmeta::BlurayDisc* disc, const QString& apiKey, bool addIfMissing)
-{
-    if (!service::isConfiguredKey(apiKey)) { return errorResult(service::kApiKeyNotConfigured); }
-    DiscScanResult result = describeBluray(disc);
-    if (result.discType != DiscType::None) { lookUpDisc(result, apiKey, addIfMissing); }
     return result;
 }
 

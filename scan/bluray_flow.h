@@ -1,4 +1,4 @@
-// From a parsed Blu-ray disc to the titles, package and service state of a scan result.
+// From a parsed Blu-ray disc to the titles and package of a scan result.
 #pragma once
 
 #include "bdmeta/bluray_disc.h"
@@ -19,9 +19,5 @@ namespace scan {
 // since no lookup has run. An error result (discType None) when there is nothing to show or no package can be
 // built.
 [[nodiscard]] DiscScanResult describeBluray(const bdmeta::BlurayDisc* disc);
-
-// describeBluray() and then the lookup, and the add where `addIfMissing` is set.
-[[nodiscard]] DiscScanResult runBlurayFlow(const bdmeta::BlurayDisc* disc, const QString& apiKey,
-                                           bool addIfMissing);
 
 }  // namespace scan

@@ -2,9 +2,7 @@
 
 #include "app/log.h"
 #include "package/dvd_package.h"
-#include "scan/disc_lookup.h"
 #include "scan/error_result.h"
-#include "service/api_key_store.h"
 
 #include <algorithm>
 
@@ -120,14 +118,6 @@ DiscScanResult describeDvd(const dvdmeta::DvdDisc* disc)
     if (result.dvdPackage.isEmpty()) {
         return packageError.isEmpty() ? errorResult(kNoPackage) : errorResult(packageError);
     }
-    return result;
-}
-
-DiscScanResult runDvdFlow(const dvdmeta::DvdDisc* disc, const QString& apiKey, bool addIfMissing)
-{
-    if (!service::isConfiguredKey(apiKey)) { return errorResult(service::kApiKeyNotConfigured); }
-    DiscScanResult result = describeDvd(disc);
-    if (result.discType != DiscType::None) { lookUpDisc(result, apiKey, addIfMissing); }
     return result;
 }
 

@@ -1,4 +1,4 @@
-// From a parsed DVD to the titles, package and service state of a scan result.
+// From a parsed DVD to the titles and package of a scan result.
 #pragma once
 
 #include "dvdmeta/dvd_disc.h"
@@ -15,9 +15,5 @@ namespace scan {
 // since no lookup has run. An error result (discType None) when there is nothing to show or no package can be
 // built.
 [[nodiscard]] DiscScanResult describeDvd(const dvdmeta::DvdDisc* disc);
-
-// describeDvd() and then the lookup, and the add where `addIfMissing` is set.
-[[nodiscard]] DiscScanResult runDvdFlow(const dvdmeta::DvdDisc* disc, const QString& apiKey,
-                                        bool addIfMissing);
 
 }  // namespace scan

@@ -4,6 +4,11 @@
 
 namespace scan {
 
+QString noMemoryText()
+{
+    return QStringLiteral(QT_TRANSLATE_NOOP("Messages", "There is not enough memory to read the disc."));
+}
+
 DiscScanResult errorResult(const char* message)
 {
     return errorResult(QString::fromUtf8(message));

@@ -105,7 +105,6 @@ TEST(BlurayFlow, WhatCannotBePackagedIsACleanErrorResult)
     };
     const CapturedLog log;
     expectError(scan::describeBluray(nullptr), "Blu-ray scan metadata is unavailable.");
-    expectError(scan::runBlurayFlow(nullptr, {}, false), "Tessera API key is not configured.");
     const bdmeta::BlurayDisc empty;
     expectError(scan::describeBluray(&empty), "No titles found on Blu-ray.");
     const bdmeta::BlurayDisc shortName =
@@ -114,7 +113,6 @@ TEST(BlurayFlow, WhatCannotBePackagedIsACleanErrorResult)
                 "Blu-ray package requires five-character BDMV identifiers.");
     EXPECT_EQ(log.lines(),
               (Lines{"platterscope: error: Blu-ray scan metadata is unavailable.",
-                     "platterscope: error: Tessera API key is not configured.",
                      "bdmeta: info: title sizes calculated from CPI packet ranges",
                      "platterscope: error: No titles found on Blu-ray.",
                      "bdmeta: info: title sizes calculated from CPI packet ranges",
