@@ -1,8 +1,8 @@
 #include "ui/configuration_text.h"
 
+#include "text/title_text.h"
 #include "ui/message_box.h"
 #include "ui/plain_text.h"
-#include "ui/title_text.h"
 
 #include <QCoreApplication>
 

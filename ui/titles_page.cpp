@@ -1,7 +1,7 @@
 #include "ui/titles_page.h"
 
+#include "text/title_text.h"
 #include "ui/plain_text.h"
-#include "ui/title_text.h"
 
 #include <QHeaderView>
 #include <QTextEdit>

@@ -1,7 +1,5 @@
-// The texts that need no window: durations, languages, roles.
-#include "ui/language_name.h"
+// Texts of others, made fit to be shown; needs no window.
 #include "ui/plain_text.h"
-#include "ui/title_text.h"
 
 #include <QTest>
 
@@ -9,57 +7,8 @@ class TextTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void durationsAreWholeSecondsWithoutPluralForms();
-    void languagesAreNamedInWordsWhereTheyAreKnown();
-    void whatIsNotSaidIsUnknown();
     void textsOfOthersAreCutToTheirPlace();
 };
-
-void TextTest::durationsAreWholeSecondsWithoutPluralForms()
-{
-    const auto text = [](quint64 ms) { return titletext::duration(ms); };
-    QCOMPARE(text(0), QStringLiteral("0 Second"));
-    QCOMPARE(text(999), QStringLiteral("0 Second"));
-    QCOMPARE(text(1'000), QStringLiteral("1 Second"));
-    QCOMPARE(text(60'000), QStringLiteral("1 Minute"));
-    QCOMPARE(text(3'600'000), QStringLiteral("1 Hour"));
-    QCOMPARE(text(7'200'000), QStringLiteral("2 Hour"));
-    QCOMPARE(text(3'661'999), QStringLiteral("1 Hour 1 Minute 1 Second"));
-    QCOMPARE(text(3'601'000), QStringLiteral("1 Hour 1 Second"));
-    QVERIFY(!text(~quint64{0}).isEmpty());
-    QCOMPARE(titletext::titleSummary(2, 5'000), QStringLiteral("2 Chapters, 5 Second"));
-}
-
-void TextTest::languagesAreNamedInWordsWhereTheyAreKnown()
-{
-    QCOMPARE(languageName(QStringLiteral("de")), QStringLiteral("German"));
-    QCOMPARE(languageName(QStringLiteral("DE")), QStringLiteral("German"));
-    QCOMPARE(languageName(QStringLiteral("ger")), QStringLiteral("German"));
-    QCOMPARE(languageName(QStringLiteral("deu")), QStringLiteral("German"));
-    QCOMPARE(languageName(QStringLiteral("iw")), QStringLiteral("Hebrew"));
-    QCOMPARE(languageName(QStringLiteral("in")), QStringLiteral("Indonesian"));
-    QCOMPARE(languageName(QStringLiteral("zq")), QStringLiteral("zq"));
-    QCOMPARE(languageName(QStringLiteral("<b>")), QStringLiteral("<b>"));
-    QCOMPARE(languageName(QString()), QString());
-}
-
-void TextTest::whatIsNotSaidIsUnknown()
-{
-    QCOMPARE(titletext::summary(AudioTrackInfo{}), QStringLiteral("Unknown, Unknown"));
-    QCOMPARE(titletext::details(AudioTrackInfo{}),
-             QStringLiteral("Audio track\nLanguage: Unknown\nCodec: Unknown\nChannel layout: Unknown\n"
-                            "Sample rate: Unknown\nPID: 0\n"));
-    QCOMPARE(titletext::summary(SubtitleTrackInfo{}), QStringLiteral("Unknown, Unknown"));
-    VideoStreamInfo video;
-    video.category = 26;
-    QCOMPARE(titletext::details(video),
-             QStringLiteral("Video track\nCodec: Unknown\nRole: Unknown (0x1a)\nPID: 0\n"));
-    DvdTitleInfo title;
-    title.isSizeEstimated = true;
-    title.playbackSizeBytes = 1'234'567;
-    QVERIFY(titletext::details(title).contains(
-        QStringLiteral("\nPlayback size (angle 1, estimated): 1234567 bytes\n")));
-}
 
 void TextTest::textsOfOthersAreCutToTheirPlace()
 {

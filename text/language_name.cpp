@@ -1,4 +1,4 @@
-#include "ui/language_name.h"
+#include "text/language_name.h"
 
 #include <QLocale>
 

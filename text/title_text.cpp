@@ -1,6 +1,6 @@
-#include "ui/title_text.h"
+#include "text/title_text.h"
 
-#include "ui/language_name.h"
+#include "text/language_name.h"
 
 #include <QCoreApplication>
 #include <QStringList>

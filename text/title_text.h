@@ -1,4 +1,4 @@
-// The texts of the titles view: rows, one-line summaries and details of titles and their streams.
+// Titles and their streams in words: rows, one-line summaries and details, for the titles view and for reports.
 #pragma once
 
 #include "scan/disc_scan_result.h"
