@@ -28,7 +28,7 @@ endfunction()
 # ---- The program ----
 
 install(TARGETS platterscope RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)
-install(FILES docs/THIRD_PARTY_NOTICES.txt docs/CONFIGURATION_LIBRARY.md
+install(FILES docs/THIRD_PARTY_NOTICES.txt docs/CONFIGURATION_LIBRARY.md docs/REPORT.md docs/report.schema.json
   DESTINATION ${documents_dir} COMPONENT program)
 install_compressed(CHANGELOG.md ${documents_dir} changelog program)
 install_compressed(packaging/platterscope.1 ${CMAKE_INSTALL_MANDIR}/man1 platterscope.1 program)

@@ -13,11 +13,6 @@ struct Texts {
     Q_DECLARE_TR_FUNCTIONS(TitleText)
 };
 
-QString orUnknown(const QString& text)
-{
-    return text.isEmpty() ? Texts::tr("Unknown") : text;
-}
-
 // What a video stream is for, by the group that lists it.
 QString roleName(int category)
 {
@@ -40,6 +35,11 @@ QString withoutEmpty(QStringList parts)
 }
 
 }  // namespace
+
+QString orUnknown(const QString& text)
+{
+    return text.isEmpty() ? Texts::tr("Unknown") : text;
+}
 
 QString duration(quint64 durationMs)
 {

@@ -19,6 +19,9 @@ namespace titletext {
 [[nodiscard]] QString summary(const AudioTrackInfo& stream);
 [[nodiscard]] QString summary(const SubtitleTrackInfo& stream);
 
+// What the disc says, or "Unknown" where it says nothing.
+[[nodiscard]] QString orUnknown(const QString& text);
+
 // Details, a line for each fact, each line ended by a line break. What the disc does not say is "Unknown".
 [[nodiscard]] QString details(const DvdTitleInfo& title);
 [[nodiscard]] QString details(const BlurayTitleInfo& title);

@@ -10,12 +10,13 @@ cd "${1:-$(dirname "$0")/../..}"
 
 # A room and the rooms it may include besides itself. A folder is a room, except app/, which holds five.
 declare -A allowed=(
-    [app/main]="ui app/command_line app/translation app/log"
+    [app/main]="ui report app/command_line app/translation app/log"
     [app/command_line]="app/log"
     [app/busy_task]="app/log"
     [app/translation]=""
     [app/log]=""
     [ui]="text scan monitor service app/busy_task app/log"
+    [report]="text scan app/log"
     [text]="scan"
     [monitor]=""
     [etw_helper]="monitor"

@@ -1,0 +1,46 @@
+#include "report/print_report.h"
+
+#include "app/log.h"
+#include "report/json_report.h"
+#include "report/standard_output.h"
+#include "report/text_report.h"
+#include "scan/disc_reader.h"
+#include "scan/error_result.h"
+
+#include <new>
+#include <system_error>
+
+namespace report {
+
+namespace {
+
+constexpr int kFailed = 1;
+
+int fail(const QString& message)
+{
+    logging::log(logging::kPlatterscope, logging::kError, message);
+    return kFailed;
+}
+
+}  // namespace
+
+int printReport(const QByteArray& localPath, Format format)
+{
+    try {
+        const scan::ParsedDisc disc = scan::readDisc(localPath);
+        const DiscScanResult result = scan::describeDisc(disc);
+        if (result.discType == DiscType::None) { return kFailed; }  // it is logged why
+
+        const QString path = QString::fromLocal8Bit(localPath);
+        const QByteArray report = format == Format::Json ? jsonReport(path, disc, result)
+                                                         : textReport(path, disc, result).toLocal8Bit();
+        const int error = writeStandardOutput({report.constData(), static_cast<std::size_t>(report.size())});
+        if (error == 0) { return 0; }
+        return fail(QStringLiteral("cannot write to standard output: %1")
+                        .arg(QString::fromStdString(std::generic_category().message(error))));
+    } catch (const std::bad_alloc&) {
+        return fail(scan::noMemoryText());
+    }
+}
+
+}  // namespace report

@@ -1,0 +1,38 @@
+#include "report/standard_output.h"
+
+#include <poll.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+
+namespace report {
+
+namespace {
+
+// Waits until a standard output that does not block takes more.
+bool waitUntilWritable()
+{
+    pollfd output = {STDOUT_FILENO, POLLOUT, 0};
+    return ::poll(&output, 1, -1) > 0 || errno == EINTR;
+}
+
+}  // namespace
+
+int writeStandardOutput(std::string_view bytes)
+{
+    std::signal(SIGPIPE, SIG_IGN);
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(STDOUT_FILENO, bytes.data(), bytes.size());
+        if (written >= 0) {
+            bytes.remove_prefix(static_cast<std::size_t>(written));
+        } else if (errno == EAGAIN) {
+            if (!waitUntilWritable()) { return errno; }
+        } else if (errno != EINTR) {
+            return errno;
+        }
+    }
+    return 0;
+}
+
+}  // namespace report

@@ -1,0 +1,160 @@
+#include "report/text_report.h"
+
+#include "report/disc_text.h"
+#include "text/title_text.h"
+
+#include <QCoreApplication>
+#include <QStringList>
+
+namespace report {
+
+namespace {
+
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(TextReport)
+};
+
+constexpr char kIndent[] = "  ";
+
+bool isPrintable(char32_t character)
+{
+    const QChar::Category category = QChar::category(character);
+    return QChar::isPrint(character) && category != QChar::Separator_Line &&
+           category != QChar::Separator_Paragraph;
+}
+
+QString escaped(char32_t character)
+{
+    const auto digits = [character](int count) {
+        return QStringLiteral("%1").arg(static_cast<uint>(character), count, 16, QLatin1Char('0'));
+    };
+    if (character <= 0xFF) { return QLatin1StringView("\\x") + digits(2); }
+    if (character <= 0xFFFF) { return QLatin1StringView("\\u") + digits(4); }
+    return QLatin1StringView("\\U") + digits(8);
+}
+
+// The text on one line of a terminal.
+QString printable(const QString& text)
+{
+    QString shown;
+    for (const char32_t character : text.toStdU32String()) {
+        shown += isPrintable(character) ? QString::fromUcs4(&character, 1) : escaped(character);
+    }
+    return shown;
+}
+
+// A title whose texts from the disc are printable; the names of codecs and the like are the program's own.
+template <typename Title>
+Title printableTitle(Title title)
+{
+    for (AudioTrackInfo& track : title.audioTracks) {
+        track.language = printable(track.language);
+    }
+    for (SubtitleTrackInfo& track : title.subtitleTracks) {
+        track.language = printable(track.language);
+    }
+    if constexpr (requires { title.segmentMap; }) {
+        for (QString& clip : title.segmentMap) {
+            clip = printable(clip);
+        }
+        title.label = printable(title.label);
+    }
+    return title;
+}
+
+QString titleLabel(const BlurayTitleInfo& title)
+{
+    return title.label;
+}
+
+QString titleLabel(const DvdTitleInfo& title)
+{
+    return QStringLiteral("#%1").arg(title.titleNumber);
+}
+
+QString indented(const QString& lines)
+{
+    QString text;
+    for (const QString& line : lines.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
+        text += QLatin1StringView(kIndent) + line + QLatin1Char('\n');
+    }
+    return text;
+}
+
+// The details with the summary behind their heading.
+template <typename Stream>
+QString streamLines(const QList<Stream>& streams)
+{
+    QString lines;
+    for (const Stream& stream : streams) {
+        const QString details = titletext::details(stream);
+        const qsizetype headingEnd = details.indexOf(QLatin1Char('\n'));
+        lines += details.first(headingEnd) + QLatin1StringView(": ") + titletext::summary(stream) +
+                 QLatin1Char('\n') + indented(details.sliced(headingEnd));
+    }
+    return lines;
+}
+
+template <typename Title>
+QString titleLines(const QList<Title>& titles)
+{
+    QString lines;
+    for (const Title& raw : titles) {
+        const Title title = printableTitle(raw);
+        lines += QLatin1Char('\n') + titleLabel(title) + QLatin1StringView(": ") +
+                 titletext::titleSummary(title.chapterCount, title.durationMs) + QLatin1Char('\n') +
+                 indented(titletext::details(title) + streamLines(title.videoStreams) +
+                          streamLines(title.audioTracks) + streamLines(title.subtitleTracks));
+    }
+    return lines;
+}
+
+template <typename Characters>
+QString fact(const Characters& stored)
+{
+    return titletext::orUnknown(printable(discText(stored)));
+}
+
+QString identityLines(const bdmeta::BlurayDisc& disc)
+{
+    return Texts::tr("Volume identifier: %1\n").arg(fact(disc.volumeId)) +
+           Texts::tr("Disc identifier: %1\n").arg(fact(disc.discId)) +
+           Texts::tr("Organization identifier: %1\n").arg(fact(disc.organizationId)) +
+           Texts::tr("Index version: %1\n").arg(fact(disc.indexVersion)) +
+           Texts::tr("Titles in the index: %1\n").arg(disc.titleCount);
+}
+
+QString identityLines(const dvdmeta::DvdDisc& disc)
+{
+    return Texts::tr("Volume identifier: %1\n").arg(fact(disc.volumeLabel)) +
+           Texts::tr("Provider: %1\n").arg(fact(disc.providerText));
+}
+
+QString identityLines(std::monostate)
+{
+    return {};
+}
+
+QString totalLines(const DiscSummary& summary)
+{
+    return Texts::tr("Titles: %1\n").arg(summary.titleCount) +
+           Texts::tr("Total duration: %1\n").arg(titletext::duration(summary.durationMs)) +
+           Texts::tr("Total playback size (angle 1): %1 bytes\n").arg(summary.playbackSizeBytes) +
+           Texts::tr("Total chapters: %1\n").arg(summary.chapterCount);
+}
+
+}  // namespace
+
+QString textReport(const QString& path, const scan::ParsedDisc& disc, const DiscScanResult& result)
+{
+    const bool isDvd = result.discType == DiscType::Dvd;
+    const QByteArray& sha256 = isDvd ? result.dvdPackageSha256 : result.blurayPackageSha256;
+    return Texts::tr("Disc: %1\n").arg(isDvd ? Texts::tr("DVD") : Texts::tr("Blu-ray")) +
+           Texts::tr("Path: %1\n").arg(printable(path)) +
+           std::visit([](const auto& model) { return identityLines(model); }, disc) +
+           totalLines(result.discSummary) +
+           Texts::tr("Package SHA-256: %1\n").arg(QString::fromLatin1(sha256.toHex())) +
+           titleLines(result.dvdTitles) + titleLines(result.blurayTitles);
+}
+
+}  // namespace report
