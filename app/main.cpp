@@ -1,11 +1,12 @@
-// The executable: reads the command line, gives the application its identity and runs the window.
+// The executable: reads the command line, and prints a report or gives the application its identity and runs the
+// window.
 #include "app/command_line.h"
 #include "app/identity.h"
 #include "app/log.h"
+#include "report/print_report.h"
 #include "ui/main_window.h"
 
 #include <QApplication>
-#include <QFile>
 #include <QIcon>
 
 #include <cstdio>
@@ -14,13 +15,18 @@ namespace {
 
 constexpr int kWrongUse = 2;
 
-QStringList decodedArguments(int argc, char** argv)
+int runWindow(int& argc, char** argv, const QString& disc)
 {
-    QStringList arguments;
-    for (int i = 1; i < argc; ++i) {
-        arguments.append(QFile::decodeName(argv[i]));
-    }
-    return arguments;
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QString::fromUtf8(identity::kName));
+    QApplication::setApplicationVersion(QString::fromUtf8(identity::kVersion));
+    QApplication::setDesktopFileName(QString::fromUtf8(identity::kDesktopFileName));
+    QApplication::setWindowIcon(QIcon(QString::fromUtf8(identity::kIconResource)));
+
+    MainWindow window;
+    window.setDiscToOpenAtStart(disc);
+    window.show();
+    return QApplication::exec();
 }
 
 }  // namespace
@@ -40,18 +46,12 @@ int main(int argc, char* argv[])
         std::fprintf(stderr, "platterscope: %s\nTry 'platterscope --help'.\n",
                      line.problem.toLocal8Bit().constData());
         return kWrongUse;
+    case CommandLine::Mode::TextReport:
+        return report::printReport(argv[1 + line.discIndex], report::Format::Text);
+    case CommandLine::Mode::JsonReport:
+        return report::printReport(argv[1 + line.discIndex], report::Format::Json);
     case CommandLine::Mode::Window:
-        break;
+        return runWindow(argc, argv, line.disc);
     }
-
-    QApplication application(argc, argv);
-    QApplication::setApplicationName(QString::fromUtf8(identity::kName));
-    QApplication::setApplicationVersion(QString::fromUtf8(identity::kVersion));
-    QApplication::setDesktopFileName(QString::fromUtf8(identity::kDesktopFileName));
-    QApplication::setWindowIcon(QIcon(QString::fromUtf8(identity::kIconResource)));
-
-    MainWindow window;
-    window.setDiscToOpenAtStart(line.disc);
-    window.show();
-    return QApplication::exec();
+    return kWrongUse;
 }

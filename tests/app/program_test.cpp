@@ -1,31 +1,13 @@
 // The executable itself, as a process without any display.
 #include "app/identity.h"
-
-#include <QProcess>
+#include "tests/app/program_run.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-struct Ended {
-    int exitCode = -1;
-    QByteArray output;
-    QByteArray errors;
-};
-
-Ended run(const QStringList& arguments)
-{
-    QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    for (const char* display : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
-        environment.remove(QString::fromLatin1(display));
-    }
-    process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(PLATTERSCOPE_EXECUTABLE), arguments);
-    EXPECT_TRUE(process.waitForFinished());
-    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
-}
+using testsupport::Ended;
+using testsupport::run;
 
 TEST(Program, HelpAndVersionNeedNoDisplay)
 {
@@ -37,6 +19,7 @@ TEST(Program, HelpAndVersionNeedNoDisplay)
     const Ended help = run({QStringLiteral("--help")});
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_TRUE(help.output.contains("[DISC]"));
+    EXPECT_TRUE(help.output.contains("--report text|json DISC"));
     EXPECT_TRUE(help.output.contains("PLATTERSCOPE_SERVICE_URL"));
 }
 
