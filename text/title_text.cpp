@@ -85,6 +85,32 @@ QString summary(const SubtitleTrackInfo& stream)
 
 namespace {
 
+QString streamId(quint32 id, DiscType discType)
+{
+    const QString text =
+        discType == DiscType::Bluray ? Texts::tr("PID 0x%1 (%2)") : Texts::tr("stream ID 0x%1 (%2)");
+    return text.arg(QString::number(id, 16).toUpper(), QString::number(id));
+}
+
+}  // namespace
+
+QString toolTip(const VideoStreamInfo& stream, DiscType discType)
+{
+    return streamId(stream.pid, discType);
+}
+
+QString toolTip(const AudioTrackInfo& stream, DiscType discType)
+{
+    return withoutEmpty({orUnknown(languageName(stream.language)), streamId(stream.pid, discType)});
+}
+
+QString toolTip(const SubtitleTrackInfo& stream, DiscType discType)
+{
+    return withoutEmpty({orUnknown(languageName(stream.language)), streamId(stream.pid, discType)});
+}
+
+namespace {
+
 // What both views say of a title, but for the lines they word differently.
 
 QString facts(const DvdTitleInfo& title)

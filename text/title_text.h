@@ -22,6 +22,12 @@ namespace titletext {
 // What the disc says, or "Unknown" where it says nothing.
 [[nodiscard]] QString orUnknown(const QString& text);
 
+// The tool tip of a stream's row: "English, PID 0x1100 (4352)". A DVD's streams have no PID; theirs says
+// "stream ID 0x80 (128)", the id in the program stream. A video stream has no language.
+[[nodiscard]] QString toolTip(const VideoStreamInfo& stream, DiscType discType);
+[[nodiscard]] QString toolTip(const AudioTrackInfo& stream, DiscType discType);
+[[nodiscard]] QString toolTip(const SubtitleTrackInfo& stream, DiscType discType);
+
 // Details, a line for each fact, each line ended by a line break. What the disc does not say is "Unknown".
 [[nodiscard]] QString details(const DvdTitleInfo& title);
 [[nodiscard]] QString details(const BlurayTitleInfo& title);

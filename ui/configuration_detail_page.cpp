@@ -1,6 +1,7 @@
 #include "ui/configuration_detail_page.h"
 
 #include "ui/configuration_text.h"
+#include "ui/row_view.h"
 
 #include <QHeaderView>
 #include <QPushButton>
@@ -11,7 +12,7 @@
 
 ConfigurationDetailPage::ConfigurationDetailPage(QWidget* parent)
     : QWidget(parent)
-    , m_tree(new QTreeWidget)
+    , m_tree(new RowView<QTreeWidget>)
     , m_details(new QTextEdit)
 {
     setObjectName(QStringLiteral("configurationDetailPage"));

@@ -2,6 +2,7 @@
 
 #include "ui/configuration_text.h"
 #include "ui/disabled_button.h"
+#include "ui/row_view.h"
 
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -51,7 +52,7 @@ ConfigurationListPage::ConfigurationListPage(QWidget* parent)
     , m_linkLabel(new QLabel)
     , m_viewButton(disabledButton(tr("View"), QStringLiteral("viewConfigurationButton")))
     , m_refreshButton(disabledButton(tr("Refresh"), QStringLiteral("refreshConfigurationsButton")))
-    , m_list(new QTreeWidget)
+    , m_list(new RowView<QTreeWidget>)
 {
     setObjectName(QStringLiteral("configurationListPage"));
     setFocusProxy(m_list);

@@ -120,6 +120,7 @@ void MainWindow::populate(const QString& path, const DiscScanResult& result)
     showServiceMessage(result);
     m_titlesPage->showTitles(result);
     showPage(m_discLoaded ? Page::Titles : Page::Placeholder);
+    if (m_discLoaded) { m_titlesPage->setFocus(); }
 }
 
 void MainWindow::showServiceMessage(const DiscScanResult& result)

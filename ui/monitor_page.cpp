@@ -1,6 +1,7 @@
 #include "ui/monitor_page.h"
 
 #include "ui/disabled_button.h"
+#include "ui/row_view.h"
 
 #include <QFileInfo>
 #include <QHBoxLayout>
@@ -15,7 +16,7 @@ namespace {
 
 QListWidget* addList(QTabWidget* tabs, const QString& title, const QString& objectName)
 {
-    auto* list = new QListWidget;
+    auto* list = new RowView<QListWidget>;
     list->setObjectName(objectName);
     list->setAccessibleName(tabs->accessibleName() + QStringLiteral(": ") + title);
     list->setUniformItemSizes(true);

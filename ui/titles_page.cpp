@@ -2,15 +2,24 @@
 
 #include "text/title_text.h"
 #include "ui/plain_text.h"
+#include "ui/row_view.h"
 
+#include <QAction>
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QHeaderView>
 #include <QTextEdit>
 #include <QTreeWidget>
+
+#include <utility>
 
 namespace {
 
 constexpr int kTypeColumn = 0;
 constexpr int kDescriptionColumn = 1;
+
+// So many rows are measured for the width of a column: all titles of a disc full of decoys, some streams with them.
+constexpr int kMeasuredRows = 2000;
 
 // Wide enough for a stream's row; the stretch factors share out what a larger window adds.
 const QList<int> kInitialSizes = {380, 520};
@@ -22,26 +31,61 @@ constexpr int kIndexRole = Qt::UserRole + 1;
 
 enum class StreamKind { Video, Audio, Subtitle };
 
+// The language as the disc has it, by which a row is found beside its name in words.
+QString languageCode(const VideoStreamInfo& /*stream*/)
+{
+    return {};
+}
+
+template <typename Track>
+QString languageCode(const Track& track)
+{
+    return track.language;
+}
+
+// A stream's row. Its tool tip is made when it is asked for: a disc of decoys has tens of thousands of streams.
+template <typename Stream>
+class StreamRow : public QTreeWidgetItem {
+public:
+    StreamRow(const QString& type, Stream stream, DiscType discType)
+        : QTreeWidgetItem({type, titletext::summary(stream)})
+        , m_stream(std::move(stream))
+        , m_discType(discType)
+    {}
+
+    [[nodiscard]] QVariant data(int column, int role) const override
+    {
+        if (role == Qt::ToolTipRole) { return plaintext::toolTip(titletext::toolTip(m_stream, m_discType)); }
+        if (role == kFindRole) { return languageCode(m_stream); }
+        return QTreeWidgetItem::data(column, role);
+    }
+
+private:
+    Stream m_stream;
+    DiscType m_discType;
+};
+
 template <typename Stream>
 void addStreamRows(QTreeWidgetItem* titleRow, const QString& type, StreamKind kind,
-                   const QList<Stream>& streams)
+                   const QList<Stream>& streams, DiscType discType)
 {
     for (qsizetype i = 0; i < streams.size(); ++i) {
-        auto* row = new QTreeWidgetItem(titleRow, {type, titletext::summary(streams.at(i))});
+        auto* row = new StreamRow(type, streams.at(i), discType);
         row->setData(kTypeColumn, kStreamKindRole, static_cast<int>(kind));
         row->setData(kTypeColumn, kIndexRole, i);
+        titleRow->addChild(row);
     }
 }
 
 template <typename Title>
-QTreeWidgetItem* titleRow(const Title& title, qsizetype index)
+QTreeWidgetItem* titleRow(const Title& title, qsizetype index, DiscType discType)
 {
     auto* row = new QTreeWidgetItem(
         {TitlesPage::tr("Title"), titletext::titleSummary(title.chapterCount, title.durationMs)});
     row->setData(kTypeColumn, kIndexRole, index);
-    addStreamRows(row, TitlesPage::tr("Video"), StreamKind::Video, title.videoStreams);
-    addStreamRows(row, TitlesPage::tr("Audio"), StreamKind::Audio, title.audioTracks);
-    addStreamRows(row, TitlesPage::tr("Subtitle"), StreamKind::Subtitle, title.subtitleTracks);
+    addStreamRows(row, TitlesPage::tr("Video"), StreamKind::Video, title.videoStreams, discType);
+    addStreamRows(row, TitlesPage::tr("Audio"), StreamKind::Audio, title.audioTracks, discType);
+    addStreamRows(row, TitlesPage::tr("Subtitle"), StreamKind::Subtitle, title.subtitleTracks, discType);
     return row;
 }
 
@@ -64,7 +108,7 @@ QString streamDetails(const Title& title, const QTreeWidgetItem& row)
 
 TitlesPage::TitlesPage(QWidget* parent)
     : QSplitter(Qt::Horizontal, parent)
-    , m_tree(new QTreeWidget(this))
+    , m_tree(new RowView<QTreeWidget>(this))
     , m_details(new QTextEdit(this))
 {
     setObjectName(QStringLiteral("titlesPage"));
@@ -72,7 +116,13 @@ TitlesPage::TitlesPage(QWidget* parent)
     setStretchFactor(0, 1);
     setStretchFactor(1, 2);
     setSizes(kInitialSizes);
+    setFocusProxy(m_tree);
+    createTree();
+    createDetails();
+}
 
+void TitlesPage::createTree()
+{
     m_tree->setObjectName(QStringLiteral("titlesTree"));
     m_tree->setAccessibleName(tr("Titles and streams of the disc"));
     m_tree->setHeaderLabels({tr("Type"), tr("Description")});
@@ -80,13 +130,21 @@ TitlesPage::TitlesPage(QWidget* parent)
     m_tree->setUniformRowHeights(true);
     // Long rows scroll; nothing is cut off.
     m_tree->header()->setStretchLastSection(false);
+    m_tree->header()->setResizeContentsPrecision(kMeasuredRows);
     m_tree->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    auto* copyDetails = new QAction(tr("Copy Details"), m_tree);
+    copyDetails->setObjectName(QStringLiteral("copyDetailsAction"));
+    connect(copyDetails, &QAction::triggered, this,
+            [this] { QGuiApplication::clipboard()->setText(m_details->toPlainText()); });
+    m_tree->addAction(copyDetails);
+}
 
+void TitlesPage::createDetails()
+{
     m_details->setObjectName(QStringLiteral("titleDetails"));
     m_details->setAccessibleName(tr("Details of the selected title or stream"));
     m_details->setReadOnly(true);
     m_details->setTabChangesFocus(true);
-
     connect(m_tree, &QTreeWidget::currentItemChanged, this,
             [this](const QTreeWidgetItem* current) { showDetails(current); });
 }
@@ -98,15 +156,17 @@ void TitlesPage::showTitles(const DiscScanResult& result)
     m_result = result;
     QList<QTreeWidgetItem*> rows;
     for (const DvdTitleInfo& title : result.dvdTitles) {
-        rows.append(titleRow(title, rows.size()));
+        rows.append(titleRow(title, rows.size(), DiscType::Dvd));
     }
     for (const BlurayTitleInfo& title : result.blurayTitles) {
-        QTreeWidgetItem* row = titleRow(title, rows.size());
+        QTreeWidgetItem* row = titleRow(title, rows.size(), DiscType::Bluray);
         row->setToolTip(kTypeColumn, plaintext::toolTip(title.label));
         row->setToolTip(kDescriptionColumn, row->toolTip(kTypeColumn));
+        row->setData(kTypeColumn, kFindRole, title.label);
         rows.append(row);
     }
     m_tree->addTopLevelItems(rows);
+    m_tree->setCurrentItem(m_tree->topLevelItem(0));
 }
 
 void TitlesPage::showDetails(const QTreeWidgetItem* item)

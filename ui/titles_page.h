@@ -15,10 +15,12 @@ class TitlesPage : public QSplitter {
 public:
     explicit TitlesPage(QWidget* parent = nullptr);
 
-    // Rebuilds the tree from the titles of the result's disc kind, in their order.
+    // Rebuilds the tree from the titles of the result's disc kind, in their order. The first of them is selected.
     void showTitles(const DiscScanResult& result);
 
 private:
+    void createTree();
+    void createDetails();
     void showDetails(const QTreeWidgetItem* item);
     [[nodiscard]] QString detailsOf(const QTreeWidgetItem& item) const;
 
