@@ -4,6 +4,7 @@
 #include "ui/row_view.h"
 
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QPushButton>
 #include <QSplitter>
 #include <QTextEdit>
@@ -19,6 +20,7 @@ ConfigurationDetailPage::ConfigurationDetailPage(QWidget* parent)
     auto* listButton = new QPushButton(tr("Configuration List"));
     listButton->setObjectName(QStringLiteral("configurationListButton"));
     listButton->setAccessibleName(listButton->text());
+    listButton->setAutoDefault(true);
     connect(listButton, &QPushButton::clicked, this, &ConfigurationDetailPage::listRequested);
 
     createTree();
@@ -55,6 +57,20 @@ void ConfigurationDetailPage::createTree()
             [this](const QTreeWidgetItem* current) { showDetails(current); });
 }
 
+void ConfigurationDetailPage::takeFocus()
+{
+    m_tree->setFocus();
+}
+
+void ConfigurationDetailPage::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Escape) {
+        Q_EMIT listRequested();
+    } else {
+        QWidget::keyPressEvent(event);
+    }
+}
+
 void ConfigurationDetailPage::showConfiguration(const DiscScanResult& disc, qsizetype index)
 {
     m_tree->clear();
@@ -70,7 +86,7 @@ void ConfigurationDetailPage::showConfiguration(const DiscScanResult& disc, qsiz
     m_tree->addTopLevelItems(rows);
     m_details->clear();
     m_tree->setCurrentItem(m_tree->topLevelItem(0));
-    m_tree->setFocus();
+    takeFocus();
 }
 
 void ConfigurationDetailPage::showDetails(const QTreeWidgetItem* row)

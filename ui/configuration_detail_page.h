@@ -18,8 +18,15 @@ public:
     // Shows the configuration in this place of the disc's list, with its first title selected.
     void showConfiguration(const DiscScanResult& disc, qsizetype index);
 
+    // Puts the keyboard into the tree. The page has no focus proxy: with one, Tab would pass over what is before it.
+    void takeFocus();
+
 Q_SIGNALS:
     void listRequested();
+
+protected:
+    // Escape leads back to the list, from wherever the focus is.
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     void createTree();

@@ -2,8 +2,10 @@
 
 #include "ui/configuration_text.h"
 #include "ui/disabled_button.h"
+#include "ui/readable_palette.h"
 #include "ui/row_view.h"
 
+#include <QFocusEvent>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -44,12 +46,26 @@ public:
     }
 };
 
+// A label whose one link has the focus when the label has: the toolkit's takes a second Tab to come to the link, and
+// holds a Shift+Tab for ever.
+class LinkLabel : public QLabel {
+protected:
+    void focusInEvent(QFocusEvent* event) override
+    {
+        QLabel::focusInEvent(event);
+        if (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason) {
+            QLabel::focusNextPrevChild(true);
+        }
+    }
+    bool focusNextPrevChild(bool next) override { return QWidget::focusNextPrevChild(next); }
+};
+
 }  // namespace
 
 ConfigurationListPage::ConfigurationListPage(QWidget* parent)
     : QWidget(parent)
     , m_discLabel(new QLabel)
-    , m_linkLabel(new QLabel)
+    , m_linkLabel(new LinkLabel)
     , m_viewButton(disabledButton(tr("View"), QStringLiteral("viewConfigurationButton")))
     , m_refreshButton(disabledButton(tr("Refresh"), QStringLiteral("refreshConfigurationsButton")))
     , m_list(new RowView<QTreeWidget>)
@@ -82,6 +98,7 @@ void ConfigurationListPage::createHeader()
     m_linkLabel->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::LinksAccessibleByMouse |
                                          Qt::LinksAccessibleByKeyboard);
     m_linkLabel->setOpenExternalLinks(true);
+    m_linkLabel->setPalette(withReadableLinks(palette()));
     m_viewButton->setToolTip(tr("View the selected configuration"));
     m_refreshButton->setToolTip(tr("Reload configurations from Tessera after updating them on the website"));
     connect(m_viewButton, &QPushButton::clicked, this, [this] { requestView(m_list->currentItem()); });
@@ -120,6 +137,12 @@ bool ConfigurationListPage::eventFilter(QObject* watched, QEvent* event)
     return QWidget::eventFilter(watched, event);
 }
 
+void ConfigurationListPage::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::PaletteChange) { m_linkLabel->setPalette(withReadableLinks(palette())); }
+    QWidget::changeEvent(event);
+}
+
 void ConfigurationListPage::showDisc(const DiscScanResult& disc)
 {
     const QTreeWidgetItem* current = m_list->currentItem();
@@ -143,6 +166,7 @@ void ConfigurationListPage::showHeader()
     const QString text = url.isEmpty() ? tr("(No Tessera URL available)") : tr("New Configuration");
     m_linkLabel->setText(url.isEmpty() ? text : QStringLiteral("<a href=\"%1\">%2</a>").arg(url, text));
     m_linkLabel->setAccessibleName(text);
+    m_linkLabel->setFocusPolicy(url.isEmpty() ? Qt::ClickFocus : Qt::StrongFocus);
 }
 
 void ConfigurationListPage::showRows()

@@ -30,6 +30,8 @@ Q_SIGNALS:
 protected:
     // Enter on a row of the list.
     bool eventFilter(QObject* watched, QEvent* event) override;
+    // Another palette.
+    void changeEvent(QEvent* event) override;
 
 private:
     void createHeader();

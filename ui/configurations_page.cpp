@@ -29,6 +29,15 @@ void ConfigurationsPage::setRefreshEnabled(bool enabled)
     m_listPage->setRefreshEnabled(enabled);
 }
 
+void ConfigurationsPage::takeFocus()
+{
+    if (currentWidget() == m_detailPage) {
+        m_detailPage->takeFocus();
+    } else {
+        m_listPage->setFocus();
+    }
+}
+
 void ConfigurationsPage::showList()
 {
     setCurrentWidget(m_listPage);

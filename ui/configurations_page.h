@@ -19,6 +19,9 @@ public:
 
     void setRefreshEnabled(bool enabled);
 
+    // Puts the keyboard into the list, or into the configuration that is shown.
+    void takeFocus();
+
 Q_SIGNALS:
     void refreshRequested();
 

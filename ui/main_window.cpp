@@ -11,7 +11,9 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QMenuBar>
+#include <QScreen>
 #include <QStackedWidget>
+#include <QStyle>
 #include <QTimer>
 
 namespace {
@@ -20,6 +22,13 @@ constexpr QSize kInitialSize(900, 600);
 
 constexpr char kNotDone[] =
     QT_TRANSLATE_NOOP("Messages", "The system has not enough memory or threads left for this.");
+
+// The size to begin with, or as much of it as the screen has room for beside the window's frame.
+QSize initialSize(const QWidget& window)
+{
+    const int titleBarHeight = window.style()->pixelMetric(QStyle::PM_TitleBarHeight);
+    return kInitialSize.boundedTo(window.screen()->availableSize() - QSize(0, titleBarHeight));
+}
 
 QAction* menuAction(QMenu* menu, const QString& text, const QString& objectName)
 {
@@ -38,7 +47,7 @@ MainWindow::MainWindow(QWidget* parent)
 {
     setObjectName(QStringLiteral("mainWindow"));
     setWindowTitle(QString::fromUtf8(identity::kName));
-    resize(kInitialSize);
+    resize(initialSize(*this));
     setAcceptDrops(true);
     createMenus();
     createPages();
@@ -122,23 +131,31 @@ void MainWindow::showPage(Page page)
 {
     m_page = page;
     const Page shown = hasKey() ? page : Page::Placeholder;
-    switch (shown) {
-    case Page::Placeholder:
-        m_pages->setCurrentWidget(m_placeholderPage);
-        break;
-    case Page::Titles:
-        m_pages->setCurrentWidget(m_titlesPage);
-        break;
-    case Page::Configurations:
-        m_pages->setCurrentWidget(m_configurationsPage);
-        break;
-    case Page::Monitor:
-        m_pages->setCurrentWidget(m_monitorPage);
-        break;
+    QWidget* widget = widgetOf(shown);
+    const bool hasFocusAlready = m_pages->currentWidget() == widget && widget->isAncestorOf(focusWidget());
+    m_pages->setCurrentWidget(widget);
+    // To the page's main part; the toolkit would take whatever comes first.
+    if (!hasFocusAlready) {
+        shown == Page::Configurations ? m_configurationsPage->takeFocus() : widget->setFocus();
     }
     m_titlesAction->setChecked(shown == Page::Titles);
     m_configurationsAction->setChecked(shown == Page::Configurations);
     m_monitorAction->setChecked(shown == Page::Monitor);
+}
+
+QWidget* MainWindow::widgetOf(Page page) const
+{
+    switch (page) {
+    case Page::Placeholder:
+        break;
+    case Page::Titles:
+        return m_titlesPage;
+    case Page::Configurations:
+        return m_configurationsPage;
+    case Page::Monitor:
+        return m_monitorPage;
+    }
+    return m_placeholderPage;
 }
 
 void MainWindow::showTitlesView()

@@ -79,6 +79,7 @@ private:
     void createPages();
     void applyEnableRule();
     void showPage(Page page);
+    [[nodiscard]] QWidget* widgetOf(Page page) const;
 
     // main_window_key.cpp
     void loadStoredKey();

@@ -34,7 +34,9 @@ QTabWidget* addTabs(QHBoxLayout* columns, int stretch, const QString& heading,
     tabs->tabBar()->setObjectName(objectNamePrefix + QStringLiteral("TabBar"));
     tabs->tabBar()->setAccessibleName(heading);
     auto* column = new QVBoxLayout;
-    column->addWidget(new QLabel(heading));
+    auto* label = new QLabel(heading);
+    label->setBuddy(tabs);
+    column->addWidget(label);
     column->addWidget(tabs);
     columns->addLayout(column, stretch);
     return tabs;
@@ -120,9 +122,13 @@ void MonitorPage::setStatus(const QString& status)
 
 void MonitorPage::setControls(bool canStart, bool canStop, bool canClear)
 {
+    // The focus goes from Start to Stop and back: a button that is disabled loses it to whatever comes next.
+    const bool isAtControl = m_startButton->hasFocus() || m_stopButton->hasFocus();
     m_startButton->setEnabled(canStart);
     m_stopButton->setEnabled(canStop);
     m_clearButton->setEnabled(canClear);
+    setFocusProxy(canStop ? m_stopButton : m_startButton);
+    if (isAtControl) { setFocus(); }
 }
 
 MonitorPage::Lists& MonitorPage::lists(Files files)

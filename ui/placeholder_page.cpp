@@ -14,6 +14,9 @@ PlaceholderPage::PlaceholderPage(QWidget* parent)
     m_label->setAlignment(Qt::AlignCenter);
     m_keyButton->setObjectName(QStringLiteral("enterKeyButton"));
     m_keyButton->setAccessibleName(m_keyButton->text());
+    m_keyButton->setAutoDefault(true);
+    m_label->setBuddy(m_keyButton);
+    setFocusProxy(m_keyButton);
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

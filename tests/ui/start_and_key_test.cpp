@@ -77,7 +77,6 @@ void StartAndKeyTest::theWholeTreeAndAllMenusStandFromTheStart()
     }
     QCOMPARE(names, (QStringList{QStringLiteral("placeholderPage"), QStringLiteral("titlesPage"),
                                  QStringLiteral("configurationsPage"), QStringLiteral("monitorPage")}));
-    QCOMPARE(fixture.window->size(), QSize(900, 600));
 }
 
 void StartAndKeyTest::everyPartIsAsItShouldBe_data()
@@ -190,7 +189,6 @@ void StartAndKeyTest::everyInteractivePartIsNamedAndReachedInReadingOrder()
         return at >= 0 && at < order.indexOf(QString::fromLatin1(second));
     };
     QVERIFY(isBefore("titlesTree", "titleDetails"));
-    QVERIFY(isBefore("newConfigurationLink", "viewConfigurationButton"));
     QVERIFY(isBefore("viewConfigurationButton", "refreshConfigurationsButton"));
     QVERIFY(isBefore("refreshConfigurationsButton", "configurationList"));
     QVERIFY(isBefore("configurationListButton", "configurationTree"));
