@@ -93,6 +93,7 @@ void ConfigurationListPage::createHeader()
 {
     m_discLabel->setObjectName(QStringLiteral("configurationDiscLabel"));
     m_discLabel->setTextFormat(Qt::PlainText);
+    m_discLabel->setWordWrap(true);  // in a narrow window an error would be cut
     m_linkLabel->setObjectName(QStringLiteral("newConfigurationLink"));
     m_linkLabel->setTextFormat(Qt::RichText);
     m_linkLabel->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::LinksAccessibleByMouse |

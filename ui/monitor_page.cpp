@@ -123,7 +123,8 @@ void MonitorPage::setStatus(const QString& status)
 void MonitorPage::setControls(bool canStart, bool canStop, bool canClear)
 {
     // The focus goes from Start to Stop and back: a button that is disabled loses it to whatever comes next.
-    const bool isAtControl = m_startButton->hasFocus() || m_stopButton->hasFocus();
+    const QWidget* focused = window()->focusWidget();
+    const bool isAtControl = focused == m_startButton || focused == m_stopButton;
     m_startButton->setEnabled(canStart);
     m_stopButton->setEnabled(canStop);
     m_clearButton->setEnabled(canClear);
