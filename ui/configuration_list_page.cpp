@@ -57,7 +57,11 @@ protected:
             QLabel::focusNextPrevChild(true);
         }
     }
-    bool focusNextPrevChild(bool next) override { return QWidget::focusNextPrevChild(next); }
+    bool focusNextPrevChild(bool next) override
+    {
+        // NOLINTNEXTLINE(bugprone-parent-virtual-call): it is QLabel's that holds the focus
+        return QWidget::focusNextPrevChild(next);
+    }
 };
 
 }  // namespace
