@@ -160,3 +160,8 @@ QString helpText()
         "PLATTERSCOPE_SERVICE_URL in the environment overrides the address of the Tessera service:\n"
         "https for any host, http for this machine alone.\n");
 }
+
+QString helpHint()
+{
+    return Texts::tr("Try 'platterscope --help'.");
+}

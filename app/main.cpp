@@ -3,6 +3,7 @@
 #include "app/command_line.h"
 #include "app/identity.h"
 #include "app/log.h"
+#include "app/translation.h"
 #include "report/print_report.h"
 #include "ui/main_window.h"
 
@@ -22,6 +23,7 @@ int runWindow(int& argc, char** argv, const QString& disc)
     QApplication::setApplicationVersion(QString::fromUtf8(identity::kVersion));
     QApplication::setDesktopFileName(QString::fromUtf8(identity::kDesktopFileName));
     QApplication::setWindowIcon(QIcon(QString::fromUtf8(identity::kIconResource)));
+    installTranslations(application);
 
     MainWindow window;
     window.setDiscToOpenAtStart(disc);
@@ -29,11 +31,12 @@ int runWindow(int& argc, char** argv, const QString& disc)
     return QApplication::exec();
 }
 
-}  // namespace
-
-int main(int argc, char* argv[])
+// Everything that needs no display. The arguments are read again, in the user's language: what is wrong with them is
+// told in it.
+int runOnTerminal(int& argc, char** argv)
 {
-    logging::logStarted();
+    QCoreApplication application(argc, argv);
+    installTranslations(application);
     const CommandLine line = parseCommandLine(decodedArguments(argc, argv));
     switch (line.mode) {
     case CommandLine::Mode::Help:
@@ -42,16 +45,25 @@ int main(int argc, char* argv[])
     case CommandLine::Mode::Version:
         std::printf("%s %s\n", identity::kName, identity::kVersion);
         return 0;
-    case CommandLine::Mode::Wrong:
-        std::fprintf(stderr, "platterscope: %s\nTry 'platterscope --help'.\n",
-                     line.problem.toLocal8Bit().constData());
-        return kWrongUse;
     case CommandLine::Mode::TextReport:
         return report::printReport(argv[1 + line.discIndex], report::Format::Text);
     case CommandLine::Mode::JsonReport:
         return report::printReport(argv[1 + line.discIndex], report::Format::Json);
+    case CommandLine::Mode::Wrong:
     case CommandLine::Mode::Window:
-        return runWindow(argc, argv, line.disc);
+        break;
     }
+    std::fprintf(stderr, "platterscope: %s\n%s\n", line.problem.toLocal8Bit().constData(),
+                 helpHint().toLocal8Bit().constData());
     return kWrongUse;
+}
+
+}  // namespace
+
+int main(int argc, char* argv[])
+{
+    logging::logStarted();
+    const CommandLine line = parseCommandLine(decodedArguments(argc, argv));
+    return line.mode == CommandLine::Mode::Window ? runWindow(argc, argv, line.disc)
+                                                  : runOnTerminal(argc, argv);
 }

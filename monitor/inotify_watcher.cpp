@@ -24,7 +24,7 @@ namespace {
 constexpr std::size_t kReportsAtOnce = 1000;
 constexpr int kFetchPauseMs = 10;
 
-// The sentence for a failure, with %1 for the system's error number.
+// The sentence for a failure, in English, with %1 for the system's error number.
 const char* failureText(WatchFailure::Kind kind)
 {
     switch (kind) {
@@ -62,7 +62,7 @@ const char* failureText(WatchFailure::Kind kind)
 QString messageOf(const WatchFailure& failure)
 {
     if (!failure.text.empty()) { return QString::fromStdString(failure.text); }
-    const QString text = QString::fromUtf8(failureText(failure.kind));
+    const QString text = QCoreApplication::translate("Messages", failureText(failure.kind));
     return text.contains(QLatin1StringView("%1")) ? text.arg(failure.errorNumber) : text;
 }
 

@@ -3,6 +3,7 @@
 #include "service/owner_only_file.h"
 #include "service/service_address.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 
@@ -38,6 +39,14 @@ bool fail(QString* errorText, const QString& text)
     return false;
 }
 
+// A sentence in the user's language with its place filled in. It is shown and never logged, so it need not stay
+// English; and once filled in it could no longer be looked up.
+template <typename Detail>
+QString filledIn(const char* sentence, const Detail& detail)
+{
+    return QCoreApplication::translate("Messages", sentence).arg(detail);
+}
+
 // The sentence for a failed step; `plainFailure` is the one of reading or of writing.
 QString failureText(const OwnerOnlyResult& result, const char* plainFailure, const QString& path)
 {
@@ -46,12 +55,11 @@ QString failureText(const OwnerOnlyResult& result, const char* plainFailure, con
     case OwnerOnlyStep::Absent:
         return QString::fromLatin1(kApiKeyNotConfigured);
     case OwnerOnlyStep::Owner:
-        return QString::fromLatin1(isWindows ? kOwnerUnknownWindows : kOwnerUnknown).arg(result.errorNumber);
+        return filledIn(isWindows ? kOwnerUnknownWindows : kOwnerUnknown, result.errorNumber);
     case OwnerOnlyStep::Restrict:
-        return QString::fromLatin1(isWindows ? kNotRestrictedWindows : kNotRestricted)
-            .arg(result.errorNumber);
+        return filledIn(isWindows ? kNotRestrictedWindows : kNotRestricted, result.errorNumber);
     default:
-        return QString::fromLatin1(plainFailure).arg(path);
+        return filledIn(plainFailure, path);
     }
 }
 
@@ -104,7 +112,7 @@ bool saveApiKey(const QString& key, QString* errorText)
 
     const QString directory = QFileInfo(path).path();
     if (!QDir().mkpath(QDir::homePath()) || !makeOwnerOnlyDirectory(directory.toStdString())) {
-        return fail(errorText, QString::fromLatin1(kDirectoryFailed).arg(directory));
+        return fail(errorText, filledIn(kDirectoryFailed, directory));
     }
     const OwnerOnlyResult result = replaceOwnerOnlyFile(path.toStdString(), key.trimmed().toStdString());
     return result.ok() || fail(errorText, failureText(result, kWriteFailed, path));

@@ -16,9 +16,6 @@ namespace {
 
 constexpr char kNoClient[] =
     QT_TRANSLATE_NOOP("Messages", "Unable to initialize the Tessera network client.");
-constexpr char kNetworkError[] = QT_TRANSLATE_NOOP("Messages", "Network error: %1");
-constexpr char kHttpStatus[] = QT_TRANSLATE_NOOP("Messages", "Tessera returned HTTP %1.");
-
 constexpr char kApiKeyHeader[] = "apiKey: ";
 constexpr long kStatusOk = 200;
 

@@ -14,6 +14,11 @@ inline constexpr char kMissingRequestData[] =
 inline constexpr char kUnpreparedAuthentication[] =
     QT_TRANSLATE_NOOP("Messages", "Unable to prepare the Tessera authentication request.");
 
+// What failed requests say with something filled in. They are logged in English; whoever shows one finds it again by
+// these.
+inline constexpr char kNetworkError[] = QT_TRANSLATE_NOOP("Messages", "Network error: %1");
+inline constexpr char kHttpStatus[] = QT_TRANSLATE_NOOP("Messages", "Tessera returned HTTP %1.");
+
 // Keeps the HTTP library initialised while it lives. Operations pair it around themselves, and a scan around
 // all it does; nesting is harmless.
 class HttpLibrary {

@@ -16,18 +16,51 @@
         <translation>Es kann nur eine Disc geöffnet werden; „%1“ ist eine zu viel.</translation>
     </message>
     <message>
+        <source>A report needs a disc.</source>
+        <translation>Ein Bericht braucht eine Disc.</translation>
+    </message>
+    <message>
+        <source>Option &apos;--report&apos; needs a format: text or json.</source>
+        <translation>Die Option „--report“ braucht ein Format: text oder json.</translation>
+    </message>
+    <message>
+        <source>Unknown report format &apos;%1&apos;; there are text and json.</source>
+        <translation>Unbekanntes Berichtsformat „%1“; es gibt text und json.</translation>
+    </message>
+    <message>
         <source>Usage: platterscope [OPTION] [DISC]
+       platterscope --report text|json DISC
 
 Shows the technical makeup of a DVD-Video or Blu-ray disc. DISC is a disc directory or a disc
 image; it is opened at start, once the service has been given a key.
 
-  -h, --help     show this text and exit
-  -v, --version  show the version and exit
+  --report text|json  describe the disc on standard output and exit; needs no window, no key
+                      and no network. The exit status is 1 where the disc cannot be read.
+  -h, --help          show this text and exit
+  -v, --version       show the version and exit
 
 PLATTERSCOPE_SERVICE_URL in the environment overrides the address of the Tessera service:
 https for any host, http for this machine alone.
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Aufruf: platterscope [OPTION] [DISC]
+        platterscope --report text|json DISC
+
+Zeigt, wie eine DVD-Video oder Blu-ray technisch aufgebaut ist. DISC ist ein Disc-Verzeichnis
+oder ein Disc-Abbild; es wird beim Start geöffnet, sobald der Dienst einen Schlüssel hat.
+
+  --report text|json  beschreibt die Disc auf der Standardausgabe und endet; braucht weder
+                      Fenster noch Schlüssel noch Netzwerk. Der Rückgabewert ist 1, wenn die
+                      Disc nicht gelesen werden kann.
+  -h, --help          zeigt diesen Text und endet
+  -v, --version       zeigt die Version und endet
+
+PLATTERSCOPE_SERVICE_URL in der Umgebung ersetzt die Adresse des Tessera-Dienstes:
+https für jeden Rechner, http nur für diesen.
+</translation>
+    </message>
+    <message>
+        <source>Try &apos;platterscope --help&apos;.</source>
+        <translation>Versuchen Sie „platterscope --help“.</translation>
     </message>
 </context>
 <context>
@@ -720,6 +753,14 @@ Neue Version: %2</translation>
         <source>The Tessera service address must use https; http is allowed for this computer alone.</source>
         <translation>Die Adresse des Tessera-Dienstes muss https verwenden; http ist nur für diesen Rechner erlaubt.</translation>
     </message>
+    <message>
+        <source>The disc could not be read: an unexpected error.</source>
+        <translation>Die Disc konnte nicht gelesen werden: ein unerwarteter Fehler.</translation>
+    </message>
+    <message>
+        <source>The system has not enough memory or threads left for this.</source>
+        <translation>Dem System fehlen dafür Speicher oder Threads.</translation>
+    </message>
 </context>
 <context>
     <name>MonitorPage</name>
@@ -771,6 +812,102 @@ Neue Version: %2</translation>
 Please enter your API key to continue.</source>
         <translation>Ein Tessera-API-Schlüssel ist erforderlich.
 Bitte geben Sie Ihren API-Schlüssel ein, um fortzufahren.</translation>
+    </message>
+</context>
+<context>
+    <name>RowView</name>
+    <message>
+        <source>Copy</source>
+        <translation>Kopieren</translation>
+    </message>
+</context>
+<context>
+    <name>TextReport</name>
+    <message>
+        <source>Volume identifier: %1
+</source>
+        <translation>Datenträgername: %1
+</translation>
+    </message>
+    <message>
+        <source>Disc identifier: %1
+</source>
+        <translation>Disc-Kennung: %1
+</translation>
+    </message>
+    <message>
+        <source>Organization identifier: %1
+</source>
+        <translation>Organisationskennung: %1
+</translation>
+    </message>
+    <message>
+        <source>Index version: %1
+</source>
+        <translation>Indexversion: %1
+</translation>
+    </message>
+    <message>
+        <source>Titles in the index: %1
+</source>
+        <translation>Titel im Index: %1
+</translation>
+    </message>
+    <message>
+        <source>Provider: %1
+</source>
+        <translation>Anbieter: %1
+</translation>
+    </message>
+    <message>
+        <source>Titles: %1
+</source>
+        <translation>Titel: %1
+</translation>
+    </message>
+    <message>
+        <source>Total duration: %1
+</source>
+        <translation>Gesamtdauer: %1
+</translation>
+    </message>
+    <message>
+        <source>Total playback size (angle 1): %1 bytes
+</source>
+        <translation>Gesamte Abspielgröße (Blickwinkel 1): %1 Bytes
+</translation>
+    </message>
+    <message>
+        <source>Total chapters: %1
+</source>
+        <translation>Kapitel insgesamt: %1
+</translation>
+    </message>
+    <message>
+        <source>Disc: %1
+</source>
+        <translation>Disc: %1
+</translation>
+    </message>
+    <message>
+        <source>DVD</source>
+        <translation>DVD</translation>
+    </message>
+    <message>
+        <source>Blu-ray</source>
+        <translation>Blu-ray</translation>
+    </message>
+    <message>
+        <source>Path: %1
+</source>
+        <translation>Pfad: %1
+</translation>
+    </message>
+    <message>
+        <source>Package SHA-256: %1
+</source>
+        <translation>SHA-256 des Pakets: %1
+</translation>
     </message>
 </context>
 <context>
@@ -1025,6 +1162,14 @@ Bitte geben Sie Ihren API-Schlüssel ein, um fortzufahren.</translation>
         <translation>Zeichenkodierung: %1
 </translation>
     </message>
+    <message>
+        <source>PID 0x%1 (%2)</source>
+        <translation>PID 0x%1 (%2)</translation>
+    </message>
+    <message>
+        <source>stream ID 0x%1 (%2)</source>
+        <translation>Strom-ID 0x%1 (%2)</translation>
+    </message>
 </context>
 <context>
     <name>TitlesPage</name>
@@ -1059,6 +1204,10 @@ Bitte geben Sie Ihren API-Schlüssel ein, um fortzufahren.</translation>
     <message>
         <source>Details of the selected title or stream</source>
         <translation>Einzelheiten des gewählten Titels oder Stroms</translation>
+    </message>
+    <message>
+        <source>Copy Details</source>
+        <translation>Einzelheiten kopieren</translation>
     </message>
 </context>
 </TS>

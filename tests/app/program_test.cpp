@@ -35,4 +35,13 @@ TEST(Program, WrongUseIsSaidAndExitsWithTwo)
     }
 }
 
+TEST(Program, SpeaksTheUsersLanguage)
+{
+    const QString german = QStringLiteral("de_DE.UTF-8");
+    EXPECT_TRUE(run({QStringLiteral("--help")}, german).output.startsWith("Aufruf: platterscope "));
+    EXPECT_TRUE(run({QStringLiteral("--bogus")}, german)
+                    .errors.contains("platterscope: Unbekannte Option „--bogus“.\nVersuchen Sie "));
+    EXPECT_TRUE(run({QStringLiteral("--help")}, QStringLiteral("en_GB.UTF-8")).output.startsWith("Usage: "));
+}
+
 }  // namespace
