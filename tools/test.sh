@@ -11,7 +11,8 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-steps=(setup format structure release tests tidy asan tsan fuzz authored browser windows window)
+steps=(setup format structure translations release tests tidy asan tsan fuzz authored browser windows package
+       window)
 authored=$PWD/build/authored    # the real discs of the steps authored and window
 logs=$PWD/build/logs
 
@@ -34,6 +35,10 @@ step_structure() {    # who may include whom, platform macros, memory by hand
     tests/structure/check_includes.sh
     tests/structure/check_platform.sh
     tests/structure/self_test.sh
+}
+
+step_translations() {    # every text of the program is in every translation
+    tools/translations.sh --check
 }
 
 step_release() {    # the release build, warnings as errors; each public header alone; what is linked; hardening
@@ -105,6 +110,25 @@ step_windows() {    # what calls Windows itself, compiled for it and run by wine
     tools/wine.sh --end
     [[ $status -eq 0 ]] || return "$status"
     tools/check_windows_syntax.sh
+}
+
+step_package() {    # the Debian packages: made, judged, installed in a clean Debian, used there, removed
+    if ! tools/setup.sh package; then
+        echo "skipped: what makes and judges packages cannot be installed here"
+        skipped=$((skipped + 1))
+        return
+    fi
+    build release installed make_sample_bluray
+    tools/package.sh
+    tests/packaging/check_packages.sh build/release/packages
+    build/release/tests/make_sample_bluray build/sample-bluray
+    local status=0
+    tests/packaging/try_packages.sh build/release/packages build/sample-bluray || status=$?
+    if [[ $status -eq 77 ]]; then
+        skipped=$((skipped + 1))
+        status=0
+    fi
+    return "$status"
 }
 
 step_window() {    # the program under a virtual display, with a person's keys, on an authored DVD

@@ -2,7 +2,8 @@
 //
 //   make_screenshots FOLDER [dark]
 //
-// QT_SCALE_FACTOR and QT_QPA_PLATFORM do what they always do.
+// QT_SCALE_FACTOR and QT_QPA_PLATFORM do what they always do, and so do LC_ALL and LANGUAGE.
+#include "app/translation.h"
 #include "tests/support/player.h"
 #include "tests/support/sample_bluray.h"
 #include "tests/ui/window_fixture.h"
@@ -150,6 +151,7 @@ int main(int argc, char* argv[])
 {
     QApplication application(argc, argv);
     if (argc < 2) { return EXIT_FAILURE; }
+    installTranslations(application);
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     if (argc > 2) { QApplication::setPalette(darkPalette()); }
     QDir().mkpath(QString::fromLocal8Bit(argv[1]));
