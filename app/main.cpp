@@ -5,6 +5,7 @@
 #include "app/log.h"
 #include "app/translation.h"
 #include "report/print_report.h"
+#include "report/standard_output.h"
 #include "ui/main_window.h"
 
 #include <QApplication>
@@ -62,6 +63,7 @@ int runOnTerminal(int& argc, char** argv)
 
 int main(int argc, char* argv[])
 {
+    report::keepStandardNumbers();
     logging::logStarted();
     const CommandLine line = parseCommandLine(decodedArguments(argc, argv));
     return line.mode == CommandLine::Mode::Window ? runWindow(argc, argv, line.disc)

@@ -9,4 +9,8 @@ namespace report {
 // was closed before the program began. A reader that has gone does not end the process, not even later.
 [[nodiscard]] int writeStandardOutput(std::string_view bytes);
 
+// To be called before anything is opened. Where the caller has closed standard input, output or error, the first file or
+// socket of the program's own would take its number, and be written to; with this, writing fails as it should.
+void keepStandardNumbers();
+
 }  // namespace report

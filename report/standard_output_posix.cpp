@@ -1,5 +1,6 @@
 #include "report/standard_output.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -33,6 +34,15 @@ int writeStandardOutput(std::string_view bytes)
         }
     }
     return 0;
+}
+
+void keepStandardNumbers()
+{
+    int number = -1;
+    do {
+        number = ::open("/dev/null", O_RDONLY);
+    } while (number >= 0 && number <= STDERR_FILENO);
+    if (number >= 0) { ::close(number); }
 }
 
 }  // namespace report

@@ -18,4 +18,6 @@ int writeStandardOutput(std::string_view bytes)
     return errno != 0 ? errno : EIO;
 }
 
+void keepStandardNumbers() {}  // handles of Windows are no numbers in turn
+
 }  // namespace report

@@ -1,5 +1,6 @@
 #include "text/language_name.h"
 
+#include <QCoreApplication>
 #include <QLocale>
 
 #include <array>
@@ -9,6 +10,32 @@ namespace {
 struct WithdrawnCode {
     const char* code;
     QLocale::Language language;
+};
+
+// The toolkit names languages in English alone. Those that most discs have, for the translators; any other stays so.
+[[maybe_unused]] constexpr std::array kTranslatedNames = {
+    QT_TRANSLATE_NOOP("Language", "Arabic"),     QT_TRANSLATE_NOOP("Language", "Bulgarian"),
+    QT_TRANSLATE_NOOP("Language", "Catalan"),    QT_TRANSLATE_NOOP("Language", "Chinese"),
+    QT_TRANSLATE_NOOP("Language", "Croatian"),   QT_TRANSLATE_NOOP("Language", "Czech"),
+    QT_TRANSLATE_NOOP("Language", "Danish"),     QT_TRANSLATE_NOOP("Language", "Dutch"),
+    QT_TRANSLATE_NOOP("Language", "English"),    QT_TRANSLATE_NOOP("Language", "Estonian"),
+    QT_TRANSLATE_NOOP("Language", "Finnish"),    QT_TRANSLATE_NOOP("Language", "French"),
+    QT_TRANSLATE_NOOP("Language", "German"),     QT_TRANSLATE_NOOP("Language", "Greek"),
+    QT_TRANSLATE_NOOP("Language", "Hebrew"),     QT_TRANSLATE_NOOP("Language", "Hindi"),
+    QT_TRANSLATE_NOOP("Language", "Hungarian"),  QT_TRANSLATE_NOOP("Language", "Icelandic"),
+    QT_TRANSLATE_NOOP("Language", "Indonesian"), QT_TRANSLATE_NOOP("Language", "Italian"),
+    QT_TRANSLATE_NOOP("Language", "Japanese"),   QT_TRANSLATE_NOOP("Language", "Korean"),
+    QT_TRANSLATE_NOOP("Language", "Latvian"),    QT_TRANSLATE_NOOP("Language", "Lithuanian"),
+    QT_TRANSLATE_NOOP("Language", "Malay"),      QT_TRANSLATE_NOOP("Language", "Norwegian Bokmal"),
+    QT_TRANSLATE_NOOP("Language", "Persian"),    QT_TRANSLATE_NOOP("Language", "Polish"),
+    QT_TRANSLATE_NOOP("Language", "Portuguese"), QT_TRANSLATE_NOOP("Language", "Romanian"),
+    QT_TRANSLATE_NOOP("Language", "Russian"),    QT_TRANSLATE_NOOP("Language", "Serbian"),
+    QT_TRANSLATE_NOOP("Language", "Slovak"),     QT_TRANSLATE_NOOP("Language", "Slovenian"),
+    QT_TRANSLATE_NOOP("Language", "Spanish"),    QT_TRANSLATE_NOOP("Language", "Swedish"),
+    QT_TRANSLATE_NOOP("Language", "Tamil"),      QT_TRANSLATE_NOOP("Language", "Telugu"),
+    QT_TRANSLATE_NOOP("Language", "Thai"),       QT_TRANSLATE_NOOP("Language", "Turkish"),
+    QT_TRANSLATE_NOOP("Language", "Ukrainian"),  QT_TRANSLATE_NOOP("Language", "Urdu"),
+    QT_TRANSLATE_NOOP("Language", "Vietnamese"),
 };
 
 // ISO 639 withdrew these in 1989; discs pressed later still carry them.
@@ -33,5 +60,5 @@ QString languageName(const QString& code)
 {
     const QLocale::Language language = languageOf(code);
     if (language == QLocale::AnyLanguage || language == QLocale::C) { return code; }
-    return QLocale::languageToString(language);
+    return QCoreApplication::translate("Language", QLocale::languageToString(language).toUtf8().constData());
 }

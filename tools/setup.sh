@@ -32,6 +32,9 @@ test=(
     xvfb                    # a screen where there is none
     xdotool                 # presses keys on it
     imagemagick             # takes the screenshot and counts its colours
+    at-spi2-core            # tells screen readers of windows
+    dbus                    # carries what they are told
+    python3-pyatspi         # a screen reader's view, for a test
 )
 browser=(
     chromium                # opens the local service's pages as their user does (tests/browser)

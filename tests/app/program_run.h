@@ -33,10 +33,13 @@ inline QProcessEnvironment withoutDisplay()
     return environment;
 }
 
-inline Ended run(const QStringList& arguments)
+inline Ended run(const QStringList& arguments, const QString& locale = QStringLiteral("C.UTF-8"))
 {
+    QProcessEnvironment environment = withoutDisplay();
+    environment.insert(QStringLiteral("LC_ALL"), locale);
+    environment.insert(QStringLiteral("LANGUAGE"), locale);
     QProcess process;
-    process.setProcessEnvironment(withoutDisplay());
+    process.setProcessEnvironment(environment);
     return run(process, arguments);
 }
 
