@@ -61,7 +61,8 @@ bool runBusyTask(QWidget* parent, const QString& title, const QString& label, st
     // A thread that the system did not make says so in no other way, and would never finish.
     if (!thread->isRunning() && !thread->isFinished()) {
         thread->deleteLater();
-        logging::log(logging::kPlatterscope, logging::kError, QStringLiteral("no thread for: %1").arg(label));
+        logging::log(logging::kPlatterscope, logging::kError,
+                     QStringLiteral("there is no thread for the work"));
         return false;
     }
     loop.exec(QEventLoop::DialogExec);
@@ -70,7 +71,7 @@ bool runBusyTask(QWidget* parent, const QString& title, const QString& label, st
     if (thread) { thread->wait(); }
     dialog.hide();
     if (!isDone) {
-        logging::log(logging::kPlatterscope, logging::kError, QStringLiteral("ended early: %1").arg(label));
+        logging::log(logging::kPlatterscope, logging::kError, QStringLiteral("the work ended early"));
     }
     return isDone;
 }

@@ -15,6 +15,7 @@
 
 namespace {
 
+constexpr int kNotWritten = 1;
 constexpr int kWrongUse = 2;
 
 int runWindow(int& argc, char** argv, const QString& disc)
@@ -32,6 +33,14 @@ int runWindow(int& argc, char** argv, const QString& disc)
     return QApplication::exec();
 }
 
+int printText(const QString& text)
+{
+    const QByteArray bytes = text.toLocal8Bit();
+    return report::writeStandardOutput({bytes.constData(), static_cast<std::size_t>(bytes.size())}) == 0
+               ? 0
+               : kNotWritten;
+}
+
 // Everything that needs no display. The arguments are read again, in the user's language: what is wrong with them is
 // told in it.
 int runOnTerminal(int& argc, char** argv)
@@ -41,11 +50,10 @@ int runOnTerminal(int& argc, char** argv)
     const CommandLine line = parseCommandLine(decodedArguments(argc, argv));
     switch (line.mode) {
     case CommandLine::Mode::Help:
-        std::fputs(helpText().toLocal8Bit().constData(), stdout);
-        return 0;
+        return printText(helpText());
     case CommandLine::Mode::Version:
-        std::printf("%s %s\n", identity::kName, identity::kVersion);
-        return 0;
+        return printText(QStringLiteral("%1 %2\n").arg(QString::fromUtf8(identity::kName),
+                                                       QString::fromUtf8(identity::kVersion)));
     case CommandLine::Mode::TextReport:
         return report::printReport(argv[1 + line.discIndex], report::Format::Text);
     case CommandLine::Mode::JsonReport:

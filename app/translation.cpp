@@ -44,6 +44,8 @@ void installTranslations(QCoreApplication& application, const QStringList& langu
 
 void installTranslations(QCoreApplication& application)
 {
+    // As for other programs, LANGUAGE counts for nothing where the locale is that of no language.
+    if (QLocale::system().language() == QLocale::C) { return; }
     const QDir executables(QCoreApplication::applicationDirPath());
     installTranslations(application, QLocale::system().uiLanguages(),
                         executables.filePath(QStringLiteral("../share/platterscope/translations")));

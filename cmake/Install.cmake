@@ -49,7 +49,7 @@ endforeach()
 
 # Translations that the build has put into the same place of its own tree.
 install(DIRECTORY ${PROJECT_BINARY_DIR}/${translations_dir}/
-  DESTINATION ${translations_dir} COMPONENT program OPTIONAL FILES_MATCHING PATTERN "*.qm")
+  DESTINATION ${translations_dir} COMPONENT program FILES_MATCHING PATTERN "*.qm")
 
 # ---- The local service ----
 

@@ -33,8 +33,9 @@ set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME ${package_program})
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION video)
 # What the program loads or starts where it is there, which the linker does not know: the authorities that https
-# trusts, the plug-in for Wayland (without it Qt falls back to X11), and the command that opens documents and addresses.
-set(CPACK_DEBIAN_PROGRAM_PACKAGE_RECOMMENDS "ca-certificates, qt6-wayland, xdg-utils")
+# trusts, the toolkit's own texts in other languages, the plug-in for Wayland (without it Qt falls back to X11), and the
+# command that opens documents and addresses.
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_RECOMMENDS "ca-certificates, qt6-translations-l10n, qt6-wayland, xdg-utils")
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SUGGESTS ${package_service})
 set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
 "technical makeup of DVD-Video and Blu-ray discs

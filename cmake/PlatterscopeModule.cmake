@@ -61,6 +61,7 @@ function(platterscope_test name)
   add_executable(${target} ${arg_SOURCES})
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
   target_link_libraries(${target} PRIVATE platterscope_options ${arg_LINK})
+  target_compile_options(${target} PRIVATE ${PLATTERSCOPE_TEST_FLAGS})
   set_target_properties(${target} PROPERTIES AUTOMOC ${arg_QTEST}
     RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests)
   set(home ${PROJECT_BINARY_DIR}/tests/home/${name})

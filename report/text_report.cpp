@@ -64,7 +64,7 @@ Title printableTitle(Title title)
 
 QString titleLabel(const BlurayTitleInfo& title)
 {
-    return title.label;
+    return titletext::label(title);
 }
 
 QString titleLabel(const DvdTitleInfo& title)

@@ -5,9 +5,20 @@
 #include <QCoreApplication>
 #include <QStringList>
 
+#include <array>
+
 namespace titletext {
 
 namespace {
+
+// What the readers call formats and the like. Names that are the same in every language are not among them.
+[[maybe_unused]] constexpr std::array kWords = {
+    QT_TRANSLATE_NOOP("DiscWord", "Unknown"),          QT_TRANSLATE_NOOP("DiscWord", "MPEG-1 audio"),
+    QT_TRANSLATE_NOOP("DiscWord", "MPEG-2 audio"),     QT_TRANSLATE_NOOP("DiscWord", "AC-3 Plus secondary"),
+    QT_TRANSLATE_NOOP("DiscWord", "DTS-HD secondary"), QT_TRANSLATE_NOOP("DiscWord", "Presentation graphics"),
+    QT_TRANSLATE_NOOP("DiscWord", "Text subtitle"),    QT_TRANSLATE_NOOP("DiscWord", "DVD subpicture"),
+    QT_TRANSLATE_NOOP("DiscWord", "Multi-channel"),    QT_TRANSLATE_NOOP("DiscWord", "Combo"),
+};
 
 struct Texts {
     Q_DECLARE_TR_FUNCTIONS(TitleText)
@@ -41,6 +52,22 @@ QString orUnknown(const QString& text)
     return text.isEmpty() ? Texts::tr("Unknown") : text;
 }
 
+QString word(const QString& english)
+{
+    const QLatin1StringView channels(" channels");
+    if (english.endsWith(channels)) { return Texts::tr("%1 channels").arg(english.chopped(channels.size())); }
+    return QCoreApplication::translate("DiscWord", english.toUtf8().constData());
+}
+
+QString label(const BlurayTitleInfo& title)
+{
+    const QLatin1StringView angles(" angles)");
+    const qsizetype bracket = title.label.lastIndexOf(QLatin1StringView(" ("));
+    if (bracket < 0 || !title.label.endsWith(angles)) { return title.label; }
+    const QString count = title.label.sliced(bracket + 2).chopped(angles.size());
+    return Texts::tr("%1 (%2 angles)").arg(title.label.first(bracket), count);
+}
+
 QString duration(quint64 durationMs)
 {
     const quint64 total = durationMs / 1000;
@@ -68,19 +95,20 @@ QString summary(const VideoStreamInfo& stream)
 {
     const QString size =
         stream.width > 0 ? Texts::tr("%1x%2").arg(stream.width).arg(stream.height) : QString();
-    return withoutEmpty({orUnknown(stream.codecName), size, stream.formatName, stream.frameRateName});
+    return withoutEmpty(
+        {orUnknown(word(stream.codecName)), size, word(stream.formatName), word(stream.frameRateName)});
 }
 
 QString summary(const AudioTrackInfo& stream)
 {
-    return withoutEmpty({orUnknown(languageName(stream.language)), orUnknown(stream.codecName),
-                         stream.channelLayout, stream.sampleRate});
+    return withoutEmpty({orUnknown(languageName(stream.language)), orUnknown(word(stream.codecName)),
+                         word(stream.channelLayout), word(stream.sampleRate)});
 }
 
 QString summary(const SubtitleTrackInfo& stream)
 {
     return withoutEmpty(
-        {orUnknown(languageName(stream.language)), orUnknown(stream.format), stream.characterEncoding});
+        {orUnknown(languageName(stream.language)), orUnknown(word(stream.format)), stream.characterEncoding});
 }
 
 namespace {
@@ -119,7 +147,7 @@ QString facts(const DvdTitleInfo& title)
                                  ? Texts::tr("Playback size (angle 1, estimated): %1 bytes\n")
                                  : Texts::tr("Playback size (angle 1): %1 bytes\n");
     return Texts::tr("Resolution: %1x%2\n").arg(title.videoWidth).arg(title.videoHeight) +
-           Texts::tr("Video codec: %1\n").arg(orUnknown(title.videoCodec)) +
+           Texts::tr("Video codec: %1\n").arg(orUnknown(word(title.videoCodec))) +
            Texts::tr("Duration: %1\n").arg(duration(title.durationMs)) +
            sizeLine.arg(title.playbackSizeBytes) + Texts::tr("Chapters: %1\n").arg(title.chapterCount) +
            Texts::tr("Angles: %1\n").arg(title.angleCount) +
@@ -178,23 +206,23 @@ QString matchingDetails(const BlurayTitleInfo& title)
 
 QString details(const VideoStreamInfo& stream)
 {
-    return Texts::tr("Video track\n") + Texts::tr("Codec: %1\n").arg(orUnknown(stream.codecName)) +
+    return Texts::tr("Video track\n") + Texts::tr("Codec: %1\n").arg(orUnknown(word(stream.codecName))) +
            Texts::tr("Role: %1\n").arg(roleName(stream.category)) + Texts::tr("PID: %1\n").arg(stream.pid);
 }
 
 QString details(const AudioTrackInfo& stream)
 {
     return Texts::tr("Audio track\n") + Texts::tr("Language: %1\n").arg(orUnknown(stream.language)) +
-           Texts::tr("Codec: %1\n").arg(orUnknown(stream.codecName)) +
-           Texts::tr("Channel layout: %1\n").arg(orUnknown(stream.channelLayout)) +
-           Texts::tr("Sample rate: %1\n").arg(orUnknown(stream.sampleRate)) +
+           Texts::tr("Codec: %1\n").arg(orUnknown(word(stream.codecName))) +
+           Texts::tr("Channel layout: %1\n").arg(orUnknown(word(stream.channelLayout))) +
+           Texts::tr("Sample rate: %1\n").arg(orUnknown(word(stream.sampleRate))) +
            Texts::tr("PID: %1\n").arg(stream.pid);
 }
 
 QString details(const SubtitleTrackInfo& stream)
 {
     return Texts::tr("Subtitle track\n") + Texts::tr("Language: %1\n").arg(orUnknown(stream.language)) +
-           Texts::tr("Format: %1\n").arg(orUnknown(stream.format)) +
+           Texts::tr("Format: %1\n").arg(orUnknown(word(stream.format))) +
            Texts::tr("Character encoding: %1\n").arg(orUnknown(stream.characterEncoding)) +
            Texts::tr("PID: %1\n").arg(stream.pid);
 }

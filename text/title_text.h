@@ -22,6 +22,12 @@ namespace titletext {
 // What the disc says, or "Unknown" where it says nothing.
 [[nodiscard]] QString orUnknown(const QString& text);
 
+// A format's, codec's or layout's name in the user's language; an empty one stays empty.
+[[nodiscard]] QString word(const QString& english);
+
+// The title's label in the user's language: "#1 00800 (1 angles)".
+[[nodiscard]] QString label(const BlurayTitleInfo& title);
+
 // The tool tip of a stream's row: "English, PID 0x1100 (4352)". A DVD's streams have no PID; theirs says
 // "stream ID 0x80 (128)", the id in the program stream. A video stream has no language.
 [[nodiscard]] QString toolTip(const VideoStreamInfo& stream, DiscType discType);

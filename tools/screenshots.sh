@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Takes the pictures of the README anew: the real window on a virtual display, with a small disc and a service that the
-# tests make. All pages and dialogs stay in build/screenshots.
+# tests make. All pages and dialogs, in two languages, scales
+# and palettes, stay in build/screenshots.
 #
 #   tools/screenshots.sh
 set -euo pipefail
@@ -10,14 +11,27 @@ tools/setup.sh build test
 cmake --preset release >/dev/null
 cmake --build --preset release --target make_screenshots >/dev/null
 
+# take FOLDER LOCALE SCALE [dark]
+take() {
+    local folder=build/screenshots/$1 locale=$2 scale=$3
+    shift 3
+    mkdir -p "$folder"
+    env -u DISPLAY -u WAYLAND_DISPLAY LC_ALL="$locale" LANGUAGE="$locale" QT_SCALE_FACTOR="$scale" \
+        QT_QPA_PLATFORM=xcb HOME="$PWD/build/screenshots" xvfb-run -a -s "-screen 0 2560x1600x24" \
+        build/release/tests/make_screenshots "$folder" "$@" 2>>build/screenshots/log
+}
 rm -rf build/screenshots
-mkdir -p build/screenshots docs/screenshots
-env -u DISPLAY -u WAYLAND_DISPLAY -u LANGUAGE LC_ALL=C.UTF-8 QT_QPA_PLATFORM=xcb HOME="$PWD/build/screenshots" \
-    xvfb-run -a build/release/tests/make_screenshots build/screenshots 2>build/screenshots/log
+mkdir -p docs/screenshots
+for scale in 1 2; do
+    take "english-$scale" C.UTF-8 "$scale"
+    take "english-$scale-dark" C.UTF-8 "$scale" dark
+    take "german-$scale" de_DE.UTF-8 "$scale"
+    take "german-$scale-dark" de_DE.UTF-8 "$scale" dark
+done
 
 # picture PAGE NAME: with few enough colours to be small; nothing of when or where it was made.
 picture() {
-    convert "build/screenshots/$1.png" -strip -colors 128 -define png:exclude-chunks=date,time "docs/screenshots/$2.png"
+    convert "build/screenshots/english-1/$1.png" -strip -colors 128 -define png:exclude-chunks=date,time "docs/screenshots/$2.png"
 }
 picture page-3-titles titles
 picture page-5-configurations configurations

@@ -168,7 +168,7 @@ run_ctest() {
     local preset=$1 result=$logs/$current.xml status=0 suite
     shift
     rm -f "$result"
-    ctest --preset "$preset" --parallel 2 --output-junit "$result" "$@" || status=$?
+    ctest --preset "$preset" --parallel 3 --output-junit "$result" "$@" || status=$?
     if [[ -f $result ]]; then
         suite=$(grep -m 1 -A 10 '<testsuite ' "$result")
         ran=$((ran + $(count tests) - $(count skipped) - $(count disabled)))

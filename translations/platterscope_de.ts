@@ -48,11 +48,11 @@ https for any host, http for this machine alone.
 Zeigt, wie eine DVD-Video oder Blu-ray technisch aufgebaut ist. DISC ist ein Disc-Verzeichnis
 oder ein Disc-Abbild; es wird beim Start geöffnet, sobald der Dienst einen Schlüssel hat.
 
-  --report text|json  beschreibt die Disc auf der Standardausgabe und endet; braucht weder
+  --report text|json  beschreibt die Disc auf der Standardausgabe; braucht weder
                       Fenster noch Schlüssel noch Netzwerk. Der Rückgabewert ist 1, wenn die
                       Disc nicht gelesen werden kann.
-  -h, --help          zeigt diesen Text und endet
-  -v, --version       zeigt die Version und endet
+  -h, --help          zeigt diesen Text
+  -v, --version       zeigt die Version
 
 PLATTERSCOPE_SERVICE_URL in der Umgebung ersetzt die Adresse des Tessera-Dienstes:
 https für jeden Rechner, http nur für diesen.
@@ -71,7 +71,7 @@ https für jeden Rechner, http nur für diesen.
     </message>
     <message>
         <source>Details of the selected title</source>
-        <translation>Einzelheiten des gewählten Titels</translation>
+        <translation>Details des gewählten Titels</translation>
     </message>
     <message>
         <source>Titles of the configuration</source>
@@ -87,7 +87,7 @@ https für jeden Rechner, http nur für diesen.
     </message>
     <message>
         <source>Playlist ID</source>
-        <translation>Playlist-Nummer</translation>
+        <translation>Playlist-ID</translation>
     </message>
 </context>
 <context>
@@ -242,7 +242,7 @@ https für jeden Rechner, http nur für diesen.
     <message>
         <source>Matching disc title information is unavailable.
 </source>
-        <translation>Zum Titel der Disc liegen keine Angaben vor.
+        <translation>Zum passenden Titel der Disc liegen keine Angaben vor.
 </translation>
     </message>
     <message>
@@ -253,7 +253,7 @@ https für jeden Rechner, http nur für diesen.
         <source>Type: %1
 Disc ID: %2</source>
         <translation>Art: %1
-Disc-Nummer: %2</translation>
+Disc-ID: %2</translation>
     </message>
     <message>
         <source>
@@ -280,6 +280,49 @@ Fehler: %1</translation>
 </source>
         <translation>Art: %1
 </translation>
+    </message>
+</context>
+<context>
+    <name>DiscWord</name>
+    <message>
+        <source>Unknown</source>
+        <translation>Unbekannt</translation>
+    </message>
+    <message>
+        <source>MPEG-1 audio</source>
+        <translation>MPEG-1-Ton</translation>
+    </message>
+    <message>
+        <source>MPEG-2 audio</source>
+        <translation>MPEG-2-Ton</translation>
+    </message>
+    <message>
+        <source>AC-3 Plus secondary</source>
+        <translation>AC-3 Plus sekundär</translation>
+    </message>
+    <message>
+        <source>DTS-HD secondary</source>
+        <translation>DTS-HD sekundär</translation>
+    </message>
+    <message>
+        <source>Presentation graphics</source>
+        <translation>Untertitelgrafik</translation>
+    </message>
+    <message>
+        <source>Text subtitle</source>
+        <translation>Textuntertitel</translation>
+    </message>
+    <message>
+        <source>DVD subpicture</source>
+        <translation>DVD-Untertitelbild</translation>
+    </message>
+    <message>
+        <source>Multi-channel</source>
+        <translation>Mehrkanal</translation>
+    </message>
+    <message>
+        <source>Combo</source>
+        <translation>Kombiniert</translation>
     </message>
 </context>
 <context>
@@ -386,7 +429,7 @@ Fehler: %1</translation>
     </message>
     <message>
         <source>Norwegian Bokmal</source>
-        <translation>Norwegisch</translation>
+        <translation>Norwegisch (Bokmål)</translation>
     </message>
     <message>
         <source>Persian</source>
@@ -456,12 +499,120 @@ Fehler: %1</translation>
         <source>Vietnamese</source>
         <translation>Vietnamesisch</translation>
     </message>
+    <message>
+        <source>Afrikaans</source>
+        <translation>Afrikaans</translation>
+    </message>
+    <message>
+        <source>Albanian</source>
+        <translation>Albanisch</translation>
+    </message>
+    <message>
+        <source>Armenian</source>
+        <translation>Armenisch</translation>
+    </message>
+    <message>
+        <source>Bangla</source>
+        <translation>Bengalisch</translation>
+    </message>
+    <message>
+        <source>Basque</source>
+        <translation>Baskisch</translation>
+    </message>
+    <message>
+        <source>Belarusian</source>
+        <translation>Belarussisch</translation>
+    </message>
+    <message>
+        <source>Bosnian</source>
+        <translation>Bosnisch</translation>
+    </message>
+    <message>
+        <source>Cantonese</source>
+        <translation>Kantonesisch</translation>
+    </message>
+    <message>
+        <source>Filipino</source>
+        <translation>Filipino</translation>
+    </message>
+    <message>
+        <source>Galician</source>
+        <translation>Galicisch</translation>
+    </message>
+    <message>
+        <source>Georgian</source>
+        <translation>Georgisch</translation>
+    </message>
+    <message>
+        <source>Gujarati</source>
+        <translation>Gujarati</translation>
+    </message>
+    <message>
+        <source>Irish</source>
+        <translation>Irisch</translation>
+    </message>
+    <message>
+        <source>Kannada</source>
+        <translation>Kannada</translation>
+    </message>
+    <message>
+        <source>Kazakh</source>
+        <translation>Kasachisch</translation>
+    </message>
+    <message>
+        <source>Khmer</source>
+        <translation>Khmer</translation>
+    </message>
+    <message>
+        <source>Latin</source>
+        <translation>Latein</translation>
+    </message>
+    <message>
+        <source>Macedonian</source>
+        <translation>Mazedonisch</translation>
+    </message>
+    <message>
+        <source>Malayalam</source>
+        <translation>Malayalam</translation>
+    </message>
+    <message>
+        <source>Marathi</source>
+        <translation>Marathi</translation>
+    </message>
+    <message>
+        <source>Mongolian</source>
+        <translation>Mongolisch</translation>
+    </message>
+    <message>
+        <source>Norwegian Nynorsk</source>
+        <translation>Norwegisch (Nynorsk)</translation>
+    </message>
+    <message>
+        <source>Punjabi</source>
+        <translation>Punjabi</translation>
+    </message>
+    <message>
+        <source>Sinhala</source>
+        <translation>Singhalesisch</translation>
+    </message>
+    <message>
+        <source>Swahili</source>
+        <translation>Swahili</translation>
+    </message>
+    <message>
+        <source>Welsh</source>
+        <translation>Walisisch</translation>
+    </message>
+    <message>
+        <source>Yiddish</source>
+        <translation>Jiddisch</translation>
+    </message>
 </context>
 <context>
     <name>MainWindow</name>
     <message>
         <source>Idle</source>
-        <translation>Untätig</translation>
+        <translation>Bereit</translation>
     </message>
     <message>
         <source>File</source>
@@ -565,7 +716,7 @@ Fehler: %1</translation>
     </message>
     <message>
         <source>Technical disc-signature lookups are powered by Vantor&apos;s Tessera.</source>
-        <translation>Technische Disc-Signaturen werden in Tessera von Vantor nachgeschlagen.</translation>
+        <translation>Technische Disc-Signaturen werden in Vantors Tessera nachgeschlagen.</translation>
     </message>
     <message>
         <source>Platterscope uses Qt under the GNU Lesser General Public License version 3.</source>
@@ -599,11 +750,11 @@ Fehler: %1</translation>
     </message>
     <message>
         <source>The Configuration Library documentation describes the technical disc configuration data available through Platterscope and Vantor&apos;s Tessera.</source>
-        <translation>Das Handbuch der Konfigurationsbibliothek beschreibt die technischen Konfigurationsdaten, die Platterscope und Tessera von Vantor zu Discs bieten.</translation>
+        <translation>Das Handbuch der Konfigurationsbibliothek beschreibt die technischen Konfigurationsdaten, die Platterscope und Vantors Tessera zu Discs bieten.</translation>
     </message>
     <message>
         <source>Vantor and Platterscope are intended solely for lawful personal, archival, and technical use of media you are authorized to access. Vantor does not endorse, encourage, facilitate, or condone piracy, copyright infringement, or the unauthorized copying, distribution, or access of protected content. You are responsible for ensuring that your use complies with applicable laws and the rights of copyright holders.</source>
-        <translation>Vantor und Platterscope sind allein für die rechtmäßige persönliche, archivarische und technische Nutzung von Medien gedacht, auf die Sie zugreifen dürfen. Vantor billigt, fördert, erleichtert und duldet keine Piraterie, keine Urheberrechtsverletzung und kein unbefugtes Kopieren, Verbreiten oder Öffnen geschützter Inhalte. Sie sind selbst dafür verantwortlich, dass Ihre Nutzung den geltenden Gesetzen und den Rechten der Urheber entspricht.</translation>
+        <translation>Vantor und Platterscope sind allein für die rechtmäßige persönliche, archivarische und technische Nutzung von Medien gedacht, auf die Sie zugreifen dürfen. Vantor billigt, fördert, erleichtert und duldet keine Piraterie, keine Urheberrechtsverletzung und kein unbefugtes Kopieren, Verbreiten oder Öffnen geschützter Inhalte. Sie sind selbst dafür verantwortlich, dass Ihre Nutzung den geltenden Gesetzen und den Rechten der Rechteinhaber entspricht.</translation>
     </message>
     <message>
         <source>Open Documentation</source>
@@ -758,7 +909,7 @@ Neue Version: %2</translation>
     </message>
     <message>
         <source>Blu-ray scan metadata is unavailable.</source>
-        <translation>Zu dieser Blu-ray liegen keine gelesenen Daten vor.</translation>
+        <translation>Die Daten der Blu-ray wurden nicht gelesen.</translation>
     </message>
     <message>
         <source>Failed to scan Blu-ray structure.</source>
@@ -774,7 +925,7 @@ Neue Version: %2</translation>
     </message>
     <message>
         <source>This disc has not been added to Tessera.</source>
-        <translation>Diese Disc wurde nicht zu Tessera hinzugefügt.</translation>
+        <translation>Diese Disc wurde noch nicht zu Tessera hinzugefügt.</translation>
     </message>
     <message>
         <source>The disc type is not supported by Tessera.</source>
@@ -810,7 +961,7 @@ Neue Version: %2</translation>
     </message>
     <message>
         <source>DVD scan metadata is unavailable.</source>
-        <translation>Zu dieser DVD liegen keine gelesenen Daten vor.</translation>
+        <translation>Die Daten der DVD wurden nicht gelesen.</translation>
     </message>
     <message>
         <source>No titles found on DVD.</source>
@@ -894,7 +1045,7 @@ Neue Version: %2</translation>
     </message>
     <message>
         <source>Tessera returned an invalid disc identifier.</source>
-        <translation>Tessera gab eine ungültige Disc-Nummer zurück.</translation>
+        <translation>Tessera gab eine ungültige Disc-ID zurück.</translation>
     </message>
     <message>
         <source>Unable to initialize the Tessera network client.</source>
@@ -957,7 +1108,7 @@ Neue Version: %2</translation>
     </message>
     <message>
         <source>Open/Close Events</source>
-        <translation>Öffnen und Schließen</translation>
+        <translation>Ereignisse (Öffnen/Schließen)</translation>
     </message>
     <message>
         <source>Currently Open Files</source>
@@ -1093,11 +1244,11 @@ Bitte geben Sie Ihren API-Schlüssel ein, um fortzufahren.</translation>
     </message>
     <message>
         <source>Primary</source>
-        <translation>Hauptspur</translation>
+        <translation>Primär</translation>
     </message>
     <message>
         <source>Secondary</source>
-        <translation>Zweitspur</translation>
+        <translation>Sekundär</translation>
     </message>
     <message>
         <source>Dolby Vision enhancement</source>
@@ -1190,7 +1341,7 @@ Bitte geben Sie Ihren API-Schlüssel ein, um fortzufahren.</translation>
     <message>
         <source>Playlist ID: %1
 </source>
-        <translation>Playlist-Nummer: %1
+        <translation>Playlist-ID: %1
 </translation>
     </message>
     <message>
@@ -1214,7 +1365,7 @@ Bitte geben Sie Ihren API-Schlüssel ein, um fortzufahren.</translation>
     <message>
         <source>Video streams: %1
 </source>
-        <translation>Videoströme: %1
+        <translation>Videostreams: %1
 </translation>
     </message>
     <message>
@@ -1226,25 +1377,25 @@ Bitte geben Sie Ihren API-Schlüssel ein, um fortzufahren.</translation>
     <message>
         <source>Primary audio tracks: %1
 </source>
-        <translation>Haupttonspuren: %1
+        <translation>Primäre Tonspuren: %1
 </translation>
     </message>
     <message>
         <source>Primary subtitle tracks: %1
 </source>
-        <translation>Hauptuntertitelspuren: %1
+        <translation>Primäre Untertitelspuren: %1
 </translation>
     </message>
     <message>
         <source>IG (menu) streams: %1
 </source>
-        <translation>IG-Ströme (Menüs): %1
+        <translation>IG-Streams (Menüs): %1
 </translation>
     </message>
     <message>
         <source>Secondary video: %1
 </source>
-        <translation>Zweitvideo: %1
+        <translation>Sekundäres Video: %1
 </translation>
     </message>
     <message>
@@ -1256,7 +1407,7 @@ Bitte geben Sie Ihren API-Schlüssel ein, um fortzufahren.</translation>
     <message>
         <source>Segment map (clip IDs):
 </source>
-        <translation>Segmentfolge (Clip-Nummern):
+        <translation>Segmentfolge (Clip-IDs):
 </translation>
     </message>
     <message>
@@ -1268,7 +1419,7 @@ Bitte geben Sie Ihren API-Schlüssel ein, um fortzufahren.</translation>
     <message>
         <source>Segment map (clip IDs): %1
 </source>
-        <translation>Segmentfolge (Clip-Nummern): %1
+        <translation>Segmentfolge (Clip-IDs): %1
 </translation>
     </message>
     <message>
@@ -1343,7 +1494,15 @@ Bitte geben Sie Ihren API-Schlüssel ein, um fortzufahren.</translation>
     </message>
     <message>
         <source>stream ID 0x%1 (%2)</source>
-        <translation>Strom-ID 0x%1 (%2)</translation>
+        <translation>Stream-ID 0x%1 (%2)</translation>
+    </message>
+    <message>
+        <source>%1 channels</source>
+        <translation>%1 Kanäle</translation>
+    </message>
+    <message>
+        <source>%1 (%2 angles)</source>
+        <translation>%1 (%2 Blickwinkel)</translation>
     </message>
 </context>
 <context>
@@ -1366,7 +1525,7 @@ Bitte geben Sie Ihren API-Schlüssel ein, um fortzufahren.</translation>
     </message>
     <message>
         <source>Titles and streams of the disc</source>
-        <translation>Titel und Ströme der Disc</translation>
+        <translation>Titel und Streams der Disc</translation>
     </message>
     <message>
         <source>Type</source>
@@ -1378,11 +1537,11 @@ Bitte geben Sie Ihren API-Schlüssel ein, um fortzufahren.</translation>
     </message>
     <message>
         <source>Details of the selected title or stream</source>
-        <translation>Einzelheiten des gewählten Titels oder Stroms</translation>
+        <translation>Details des gewählten Titels oder Streams</translation>
     </message>
     <message>
         <source>Copy Details</source>
-        <translation>Einzelheiten kopieren</translation>
+        <translation>Details kopieren</translation>
     </message>
 </context>
 </TS>

@@ -31,6 +31,8 @@ QTabWidget* addTabs(QHBoxLayout* columns, int stretch, const QString& heading,
     auto* tabs = new QTabWidget;
     tabs->setObjectName(objectNamePrefix + QStringLiteral("Tabs"));
     tabs->setAccessibleName(heading);
+    tabs->setUsesScrollButtons(false);  // both tabs in full, on small screens too
+    tabs->setElideMode(Qt::ElideNone);
     tabs->tabBar()->setObjectName(objectNamePrefix + QStringLiteral("TabBar"));
     tabs->tabBar()->setAccessibleName(heading);
     auto* column = new QVBoxLayout;

@@ -160,7 +160,7 @@ void TitlesPage::showTitles(const DiscScanResult& result)
     }
     for (const BlurayTitleInfo& title : result.blurayTitles) {
         QTreeWidgetItem* row = titleRow(title, rows.size(), DiscType::Bluray);
-        row->setToolTip(kTypeColumn, plaintext::toolTip(title.label));
+        row->setToolTip(kTypeColumn, plaintext::toolTip(titletext::label(title)));
         row->setToolTip(kDescriptionColumn, row->toolTip(kTypeColumn));
         row->setData(kTypeColumn, kFindRole, title.label);
         rows.append(row);

@@ -167,7 +167,7 @@ void BusyTaskTest::workThatThrowsEndsAlone()
         QVERIFY(!runBusyTask(&parent, kTitle, kLabel, work));
     }
     const std::vector<std::string> lines = log.lines();
-    QCOMPARE(std::ranges::count(lines, "platterscope: error: ended early: Authenticating"),
+    QCOMPARE(std::ranges::count(lines, "platterscope: error: the work ended early"),
              static_cast<std::ptrdiff_t>(works.size()));
     QVERIFY(std::ranges::none_of(lines,
                                  [](const std::string& line) { return line.find("secret") != line.npos; }));
@@ -185,7 +185,7 @@ void BusyTaskTest::aSystemWithoutThreadsIsSaidAtOnce()
         const testsupport::NoThreads noThreads;
         const testsupport::CapturedLog log;
         QVERIFY(!runBusyTask(&parent, kTitle, kLabel, [&hasRun] { hasRun = true; }));
-        QCOMPARE(log.lines().back(), std::string("platterscope: error: no thread for: Authenticating"));
+        QCOMPARE(log.lines().back(), std::string("platterscope: error: there is no thread for the work"));
     }
     QVERIFY(!hasRun);
     QVERIFY(QApplication::activeModalWidget() == nullptr);

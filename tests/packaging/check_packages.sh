@@ -94,7 +94,8 @@ for package in "${packages[@]}"; do
 done
 for name in "applications/$application_id.desktop" "metainfo/$application_id.metainfo.xml" \
     "icons/hicolor/scalable/apps/$application_id.svg" doc/platterscope/CONFIGURATION_LIBRARY.md \
-    doc/platterscope/THIRD_PARTY_NOTICES.txt; do
+    doc/platterscope/THIRD_PARTY_NOTICES.txt doc/platterscope/REPORT.md doc/platterscope/report.schema.json \
+    platterscope/translations/platterscope_de.qm icons/hicolor/{16x16,32x32,48x48,256x256}/apps/"$application_id.png"; do
     [[ -f $unpacked/platterscope/usr/share/$name ]] || fault "the package platterscope lacks share/$name"
 done
 

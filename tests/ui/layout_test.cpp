@@ -63,6 +63,9 @@ QStringList cutTexts(const QWidget* window)
         for (int i = 0; bar->isVisible() && i < bar->count(); ++i) {
             check(bar->tabText(i), bar->tabRect(i).size(),
                   bar->fontMetrics().size(Qt::TextShowMnemonic, bar->tabText(i)));
+            if (!bar->rect().contains(bar->tabRect(i))) {
+                cut.append(bar->tabText(i) + QStringLiteral(": in part behind scroll buttons"));
+            }
         }
     }
     for (const auto* header : window->findChildren<QHeaderView*>()) {

@@ -1,13 +1,18 @@
-// Texts of others, made fit to be shown; needs no window.
+// Texts of others, made fit to be shown, and messages in the user's language; needs no window.
+#include "app/translation.h"
+#include "text/title_text.h"
+#include "ui/message_box.h"
 #include "ui/plain_text.h"
 
 #include <QTest>
+#include <QTranslator>
 
 class TextTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
     void textsOfOthersAreCutToTheirPlace();
+    void messagesAndDiscsAreInTheUsersLanguage();
 };
 
 void TextTest::textsOfOthersAreCutToTheirPlace()
@@ -33,6 +38,30 @@ void TextTest::textsOfOthersAreCutToTheirPlace()
     QCOMPARE(plaintext::wrapped(QStringLiteral("abcdefghijkl"), 4, 2), QStringLiteral("abcd\nefgh") + more);
     QCOMPARE(plaintext::wrapped(QString(), 4, 2), QString());
     QCOMPARE(plaintext::toolTip(QStringLiteral("<b>")), QStringLiteral("<span>&lt;b&gt;</span>"));
+}
+
+void TextTest::messagesAndDiscsAreInTheUsersLanguage()
+{
+    const auto shown = [](const char* message) { return messagebox::translated(QString::fromUtf8(message)); };
+    const AudioTrackInfo track{.language = QStringLiteral("ji"),
+                               .codecName = QStringLiteral("AC-3"),
+                               .channelLayout = QStringLiteral("6 channels"),
+                               .sampleRate = QStringLiteral("48 kHz")};
+    BlurayTitleInfo title;
+    title.label = QStringLiteral("#1 00800 (2 angles)");
+    title.angleCount = 2;
+    QCOMPARE(shown("Network error: Timeout was reached"),
+             QStringLiteral("Network error: Timeout was reached"));
+    QCOMPARE(titletext::label(title), title.label);
+
+    installTranslations(*qApp, {QStringLiteral("de")}, QStringLiteral(PLATTERSCOPE_COMPILED_TRANSLATIONS));
+    QCOMPARE(shown("Network error: Timeout was reached"),
+             QStringLiteral("Netzwerkfehler: Timeout was reached"));
+    QCOMPARE(shown("Tessera returned HTTP 503."), QStringLiteral("Tessera antwortete mit HTTP 503."));
+    QCOMPARE(shown("The monitored disc was removed."), QStringLiteral("Die überwachte Disc wurde entfernt."));
+    QCOMPARE(shown("What the service says."), QStringLiteral("What the service says."));
+    QCOMPARE(titletext::summary(track), QStringLiteral("Jiddisch, AC-3, 6 Kanäle, 48 kHz"));
+    QCOMPARE(titletext::label(title), QStringLiteral("#1 00800 (2 Blickwinkel)"));
 }
 
 QTEST_MAIN(TextTest)
