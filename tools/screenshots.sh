@@ -1,7 +1,6 @@
 #!/usr/bin/env bash
 # Takes the pictures of the README anew: the real window on a virtual display, with a small disc and a service that the
-# tests make. All pages and dialogs, in two languages, scales
-# and palettes, stay in build/screenshots.
+# tests make. All pages and dialogs, in two languages, scales and palettes, stay in build/screenshots.
 #
 #   tools/screenshots.sh
 set -euo pipefail
