@@ -62,7 +62,7 @@ QString translated(const QString& message)
     // A service's text may be of any size and hold anything; the program's own sentences are short and plain.
     if (message.size() > kTextLimit || message.contains(QChar(u'\0'))) { return message; }
     for (const char* sentence : {service::kNetworkError, service::kHttpStatus}) {
-        const QString text = translatedSentence(sentence, message);
+        QString text = translatedSentence(sentence, message);
         if (!text.isEmpty()) { return text; }
     }
     return QCoreApplication::translate("Messages", message.toUtf8().constData());
