@@ -74,7 +74,7 @@ struct ScriptedReply {
 class ScriptedServer {
 public:
     ScriptedServer() = default;
-    ~ScriptedServer();  // lets a held reply go; a client that is still served delays it
+    ~ScriptedServer();  // releases a held reply and waits for the client that is being served
     ScriptedServer(const ScriptedServer&) = delete;
     ScriptedServer& operator=(const ScriptedServer&) = delete;
 
