@@ -228,7 +228,7 @@ TEST_F(Requests, AreNotSentWhereSomethingIsMissingOrNotAllowed)
     }
 
     EXPECT_EQ(errorOf(HttpRequest()), "Tessera request is missing required data.");
-    HttpRequest request = {kGet.path, false, {}, {"X-Other: a\nb"}, "Not prepared."};
+    HttpRequest request = {kGet.path, false, {}, {QByteArray("X-Other: a\0b", 12)}, "Not prepared."};
     EXPECT_EQ(errorOf(request), "Not prepared.");
     request.headers = {service::apiKeyHeader(u"key\r\nX-Other: 1"_s)};
     EXPECT_EQ(errorOf(request), "Unable to prepare the Tessera authentication request.");
@@ -243,8 +243,10 @@ TEST_F(Requests, AreNotSentWhereSomethingIsMissingOrNotAllowed)
 
 TEST_F(Requests, EndAtTheirLimits)
 {
+    m_server.playFor("/api/thing/", {.body = std::string(100'000, 'x')});  // arrives in parts
+    EXPECT_NE(errorOf(kGet, {.replyBytes = 99'999}), "");
+    EXPECT_EQ(errorOf(kGet, {.replyBytes = 100'000}), "");
     m_server.playFor("/api/thing/", {.body = "0123456789"});
-    EXPECT_EQ(errorOf(kGet, {.replyBytes = 10}), "");
     EXPECT_EQ(errorOf(kGet, {.replyBytes = 9}),
               "Network error: Failed writing received data to disk/application");
 
