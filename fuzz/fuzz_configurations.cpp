@@ -1,13 +1,10 @@
 // The service's list of a disc's configurations.
-#include "fuzz/abort_unless.h"
+#include "fuzz/reply_text.h"
 #include "service/configurations.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void fuzz::target(Input input)
 {
-    const auto text =
-        QByteArray::fromRawData(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
-    const auto [isArray, configurations] = service::parseConfigurationArray(text);
-    fuzz::abortUnless(isArray || !configurations);
-    if (configurations) { fuzz::abortUnless(configurations->size() <= service::kMaximumConfigurations); }
-    return 0;
+    const auto [isArray, configurations] = service::parseConfigurationArray(textOf(input));
+    require(isArray || !configurations);
+    require(!configurations || configurations->size() <= service::kMaximumConfigurations);
 }

@@ -1,12 +1,9 @@
-// The service's reply about the user whose key it was asked about.
-#include "fuzz/abort_unless.h"
+// The service's reply about the user whose key was sent.
+#include "fuzz/reply_text.h"
 #include "service/authentication.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void fuzz::target(Input input)
 {
-    const auto text =
-        QByteArray::fromRawData(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
-    const auto user = service::parseUserReply(text);
-    if (user) { fuzz::abortUnless(!user->username.isEmpty()); }
-    return 0;
+    const auto user = service::parseUserReply(textOf(input));
+    require(!user || !user->username.isEmpty());
 }
