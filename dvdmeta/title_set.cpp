@@ -60,7 +60,7 @@ std::optional<TableAddresses> parseTableAddresses(const IfoFile& ifo)
     return tables;
 }
 
-// Finds the title's list of chapters, counts them and reads the first.
+// Finds the title's list of chapters and counts them.
 int readPttTable(const IfoFile& ifo, std::uint64_t table, DvdTitle& title, std::uint64_t& listStart,
                  const ErrorText& error)
 {
@@ -69,8 +69,7 @@ int readPttTable(const IfoFile& ifo, std::uint64_t table, DvdTitle& title, std::
     const std::uint64_t titleCount = header.be16();
     header.skip(2);
     std::uint64_t endAddress = header.be32();
-    // Deliberate: the end that stands for 0 is that of the offset table, so the last title has no chapters
-    // then.
+    // Deliberate: an end of 0 means the end of the offsets, so that the last title has no chapters.
     if (endAddress == 0) { endAddress = titleCount * kPttOffsetSize + 7; }
 
     const std::uint64_t entry = table + kTableHeaderSize + kPttOffsetSize * (title.vtsTtn - 1ULL);
@@ -119,7 +118,7 @@ int readProgramChain(const IfoFile& ifo, std::uint64_t table, std::uint16_t pgcN
     return 0;
 }
 
-// Finds the cell, counted from 1, that the start program begins with.
+// Finds the first cell of the start program, counted from 1.
 int readStartCell(const IfoFile& ifo, const ProgramChain& pgc, std::uint16_t startProgram,
                   std::uint8_t& startCell, const ErrorText& error)
 {
