@@ -1,5 +1,5 @@
 // The document inside a configuration, which the reply carries as a text. Whatever is in it, the configuration is there.
-#include "fuzz/reply_text.h"
+#include "fuzz/target.h"
 #include "service/configurations.h"
 
 void fuzz::target(Input input)

@@ -1,9 +1,10 @@
 // The service's reply about the user whose key was sent.
-#include "fuzz/reply_text.h"
+#include "fuzz/target.h"
 #include "service/authentication.h"
 
 void fuzz::target(Input input)
 {
-    const auto user = service::parseUserReply(textOf(input));
+    const QByteArray text(reinterpret_cast<const char*>(input.data()), static_cast<qsizetype>(input.size()));
+    const auto user = service::parseUserReply(text);
     require(!user || !user->username.isEmpty());
 }

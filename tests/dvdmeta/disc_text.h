@@ -47,7 +47,7 @@ inline std::string textOf(const dvdmeta::DvdTitle& title)
     out << title.chapterCount << " chapters, " << title.programCount << " programs, " << title.cellCount
         << " cells, " << title.durationMs << " ms, " << title.playbackSizeBytes << " bytes, sectors "
         << title.firstSector << " to " << title.lastSector
-        << (title.complexAngle != 0 ? ", complex angles" : "");
+        << (title.complexAngle == 1 ? ", complex angles" : "");
     return out.str();
 }
 

@@ -105,8 +105,8 @@ TEST(DvdDisc, FieldsOfTheManagerAtAndBeyondTheirLimits)
     }
 }
 
-// Reading the large file once for each title would take more memory than is allowed. It is found by its longer name,
-// but not retained.
+// All titles are in one large file: to read it again for each title would take more memory than is allowed. Its number
+// is above 99, so it is not retained.
 TEST(DvdDisc, MostTitlesAndTitleSets)
 {
     DvdSpec spec;
@@ -145,14 +145,14 @@ TEST(DvdDisc, FilesThatAreMissingOrCannotBeRetained)
     EXPECT_EQ(readPath(disc).message, "cannot open '" + path + "': Is a directory");
     fs::remove(path);
     testsupport::writeFile(path, spec.titleSets[1].build());
-    fs::resize_file(path, 256U << 20U);  // sparse; with the other files more than may be held
+    fs::resize_file(path, 256U << 20U);  // sparse; with the other files above the limit of memory
     EXPECT_EQ(readPath(disc).message, "cannot read VIDEO_TS/VTS_02_0.IFO");
 }
 
 TEST(DvdDisc, ManagerCutOff)
 {
-    // The message for a file that ends behind so many bytes, up to the next row; and for one in an image that ends
-    // there, although the directory claims the whole size.
+    // From this length on: the message for a file that is cut to it, and for one in an image that is cut there and
+    // whose directory claims the whole size.
     const std::vector<std::tuple<std::uint64_t, std::string, std::string>> rows = {
         {4096, "", ""},
         {2048 + 8 + 24, "", "cannot read VIDEO_TS/VIDEO_TS.IFO"},

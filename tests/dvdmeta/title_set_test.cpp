@@ -34,7 +34,7 @@ constexpr char kUnreadablePgc[] = "cannot read title PGC in VTS_01_0.IFO";
 constexpr char kBadCells[] = "VTS_01_0.IFO has invalid cell playback data";
 constexpr char kBadStart[] = "VTS_01_0.IFO has an invalid title start program";
 
-// A title of an IFO that is said to have `sizeBytes`, as text; or the message of a failure.
+// Returns a title as text, or the message of a failure. `sizeBytes` is the size that the directory gives.
 std::string titleOf(const Bytes& ifo, std::uint64_t sizeBytes, std::uint32_t vtsTtn = 1)
 {
     std::array<char, 128> message = {};
@@ -128,8 +128,8 @@ TEST(DvdTitle, FieldsAtAndBeyondTheirLimits)
 
 TEST(DvdTitle, CutOff)
 {
-    // What a file gives that ends behind so many bytes, up to the next row; and one of the whole size, in an image,
-    // that cannot be read any further.
+    // From this length on: the outcome for a file that is cut to it, and for one of the whole size of which only so
+    // many bytes can be read, as in an image.
     const std::vector<std::tuple<std::size_t, std::string, std::string>> rows = {
         {0, kNotVts, kNotVts},
         {984, kNoTables, kBadPttTable},
