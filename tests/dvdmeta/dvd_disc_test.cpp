@@ -153,30 +153,27 @@ TEST(DvdDisc, ManagerCutOff)
 {
     // From this length on: the message for a file that is cut to it, and for one in an image that is cut there and
     // whose directory claims the whole size.
-    const std::vector<std::tuple<std::uint64_t, std::string, std::string>> rows = {
-        {4096, "", ""},
-        {2048 + 8 + 24, "", "cannot read VIDEO_TS/VIDEO_TS.IFO"},
-        {2048 + 8 + 12, kBadTable, "cannot read title 2"},
-        {2048 + 8, kBadTable, "cannot read title 1"},
+    const std::vector<std::tuple<std::size_t, std::string, std::string>> rows = {
+        {0, kNotManager, kNotManager},
         {2048, kNoTable, kNoTable},
-        {0, kNotManager, kNotManager}};
+        {2048 + 8, kBadTable, "cannot read title 1"},
+        {2048 + 8 + 12, kBadTable, "cannot read title 2"},
+        {2048 + 8 + 24, "", "cannot read VIDEO_TS/VIDEO_TS.IFO"},
+        {4096, "", ""},
+        {4097, "", ""}};
     DvdSpec spec;
     spec.vmg.titles.resize(2);
-    const DiscTree tree =
-        spec.tree().remove(kManager).add(kManager, spec.vmg.build());  // as the image's last file
+    const Bytes manager = spec.vmg.build();
+    const auto image = spec.tree().remove(kManager).add(kManager, manager).iso();  // as the last file
     const testsupport::TemporaryFolder folder;
-    const std::string directory = tree.write(DiscForm::Directory, folder);
-    const std::string image = tree.write(DiscForm::Iso, folder);
-    const std::uint64_t start = fs::file_size(image) - 4096;
-    std::uint64_t last = 4096;
-    for (const auto& [from, inDirectory, inImage] : rows) {
-        for (const std::uint64_t length : {last, from}) {
-            fs::resize_file(fs::path(directory) / kManager, length);
-            fs::resize_file(image, start + length);
-            EXPECT_EQ(readPath(directory).message, inDirectory) << length;
-            EXPECT_EQ(readPath(image).message, inImage) << length;
+    for (std::size_t i = 0; i + 1 < rows.size(); ++i) {
+        const auto& [from, inDirectory, inImage] = rows[i];
+        for (const std::size_t length : {from, std::get<0>(rows[i + 1]) - 1}) {
+            const Bytes cut(manager.begin(), manager.begin() + static_cast<std::ptrdiff_t>(length));
+            EXPECT_EQ(readTree(spec.tree().add(kManager, cut)).message, inDirectory) << length;
+            image.writeTo(folder / "disc.iso", image.sizeBytes() - manager.size() + length);
+            EXPECT_EQ(readPath(folder / "disc.iso").message, inImage) << length;
         }
-        last = from - 1;
     }
 }
 
