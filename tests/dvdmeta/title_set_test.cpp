@@ -57,6 +57,7 @@ TEST(DvdTitle, DurationIsInBcdWithFramesByTheirRate)
         {{0, 0, 0x01, 0x80 | 0x10}, 1'000},
         {{0xFF, 0, 0x1A, 0}, 594'020'000},
         {{0, 0, 0, 0x7F}, 45 * 40},  // digits above 9
+        {{0, 0, 0, 0xFF}, 1'501},
     };
     for (const auto& [time, milliseconds] : rows) {
         EXPECT_EQ(dvdmeta::playbackTimeMs(time), milliseconds);
