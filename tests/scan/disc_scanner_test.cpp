@@ -162,7 +162,9 @@ TEST_F(DiscScannerTest, AFailedFindKeepsTheDisc)
         for (const std::string& line : lines) {
             logged += line + '\n';
         }
-        EXPECT_EQ(logged, "tessera: info: DVD lookup started\ntessera: error: " + failing.message + '\n');
+        const QString indented = text(failing.message).replace(QLatin1Char('\n'), QStringLiteral("\n  "));
+        EXPECT_EQ(text(logged),
+                  QStringLiteral("tessera: info: DVD lookup started\ntessera: error: %1\n").arg(indented));
         EXPECT_EQ(m_result.ok, 0);
         EXPECT_EQ(m_result.discType, DiscType::Dvd);
         EXPECT_EQ(m_result.errorMessage, text(failing.message));
