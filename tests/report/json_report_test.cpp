@@ -120,6 +120,16 @@ TEST(JsonReport, OddDiscsKeepToTheSchema)
     EXPECT_EQ(titles.at(2).toObject()[u"angleCount"_s], 0);
 }
 
+TEST(JsonReport, NoTextSteersATerminal)
+{
+    const ReportedDisc read = testsupport::readReported(testsupport::sampleDvd());
+    const QString path = u"/\u009B\u007F\u061C\u202E\u2066\u200B\U000E0001\u00E9"_s;
+    const QByteArray json = report::jsonReport(path, read.disc, read.result);
+    EXPECT_TRUE(json.contains("\"/\\u009b\\u007f\\u061c\\u202e\\u2066\\u200b\\udb40\\udc01\xC3\xA9\""))
+        << json.toStdString();
+    EXPECT_EQ(QJsonDocument::fromJson(json)[u"path"_s], path);
+}
+
 TEST(JsonReport, NoDigitOfANumberIsLost)
 {
     ReportedDisc read = testsupport::readReported(testsupport::sampleDvd());
