@@ -73,7 +73,7 @@ int runOnTerminal(int& argc, char** argv)
 
 int main(int argc, char* argv[])
 {
-    report::keepStandardNumbers();
+    report::prepareStandardStreams();
     logging::logStarted();
     const CommandLine line = parseCommandLine(decodedArguments(argc, argv));
     return line.mode == CommandLine::Mode::Window ? runWindow(argc, argv, line.disc)

@@ -131,7 +131,7 @@ TEST_F(Report, WhatCannotBeReadIsOneWithTheReadersWords)
     }
 }
 
-// A pipe of which a process gets the end to write to as its standard output.
+// A pipe of which a process gets the end to write to as its standard output or error.
 class OutputPipe {
 public:
     explicit OutputPipe(int writeFlags)
@@ -148,10 +148,7 @@ public:
     OutputPipe& operator=(const OutputPipe&) = delete;
 
     void closeReadEnd() { closeEnd(m_ends[0]); }
-    void becomeStandardOutput() const
-    {
-        ::dup2(m_ends[1], STDOUT_FILENO);
-    }  // in the process that is to write
+    void become(int descriptor) const { ::dup2(m_ends[1], descriptor); }  // in the process that is to write
 
     // All that comes; this process' own end to write to is closed.
     [[nodiscard]] QByteArray readAll()
@@ -186,13 +183,23 @@ TEST_F(Report, AReportThatCannotBeWrittenIsSaid)
     };
     expectReason(shell(u"exec \"$0\" --report json \"$1\" >/dev/full"_s, path), "No space left on device");
     expectReason(shell(u"exec \"$0\" --report text \"$1\" >&-"_s, path), "Bad file descriptor");
+}
 
+TEST_F(Report, AReaderThatHasGoneEndsNothing)
+{
+    const QStringList arguments = {u"--report=text"_s, QString::fromStdString(writeBluray())};
+    const Ended whole = report(arguments);
     OutputPipe withoutReader(0);
     withoutReader.closeReadEnd();
-    QProcess process;
-    process.setChildProcessModifier([&withoutReader] { withoutReader.becomeStandardOutput(); });
-    expectReason(testsupport::run(process, {u"--report=text"_s, QString::fromStdString(path)}),
-                 "Broken pipe");
+    for (const int descriptor : {STDOUT_FILENO, STDERR_FILENO}) {
+        QProcess process;
+        process.setProcessEnvironment(m_environment);
+        process.setChildProcessModifier([&] { withoutReader.become(descriptor); });
+        const Ended ended = testsupport::run(process, arguments);
+        EXPECT_EQ(ended.exitCode, 0);
+        EXPECT_EQ(ended.output, descriptor == STDOUT_FILENO ? QByteArray() : whole.output);
+        EXPECT_EQ(ended.errors, descriptor == STDERR_FILENO ? QByteArray() : whole.errors);
+    }
 }
 
 TEST_F(Report, AnOutputThatDoesNotBlockGetsAllOfALongReport)
@@ -207,7 +214,7 @@ TEST_F(Report, AnOutputThatDoesNotBlockGetsAllOfALongReport)
                                    QString::fromStdString(disc.write(DiscForm::Directory, m_folder))};
     OutputPipe pipe(O_NONBLOCK);
     QProcess process;
-    process.setChildProcessModifier([&pipe] { pipe.becomeStandardOutput(); });
+    process.setChildProcessModifier([&pipe] { pipe.become(STDOUT_FILENO); });
     process.start(QStringLiteral(PLATTERSCOPE_EXECUTABLE), arguments);
     const QByteArray output = pipe.readAll();
     EXPECT_TRUE(process.waitForFinished());
