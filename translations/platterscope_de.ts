@@ -62,6 +62,10 @@ https für jeden Rechner, http nur für diesen.
         <source>Try &apos;platterscope --help&apos;.</source>
         <translation>Versuchen Sie „platterscope --help“.</translation>
     </message>
+    <message>
+        <source>Option &apos;--report&apos; can be given only once.</source>
+        <translation>Die Option „--report“ kann nur einmal angegeben werden.</translation>
+    </message>
 </context>
 <context>
     <name>ConfigurationDetailPage</name>
