@@ -1091,6 +1091,10 @@ Neue Version: %2</translation>
         <source>The system has not enough memory or threads left for this.</source>
         <translation>Dem System fehlen dafür Speicher oder Threads.</translation>
     </message>
+    <message>
+        <source>The device is not mounted. Mount it with this command: udisksctl mount -b %1</source>
+        <translation>Das Gerät ist nicht eingehängt. Hängen Sie es mit diesem Befehl ein: udisksctl mount -b %1</translation>
+    </message>
 </context>
 <context>
     <name>MonitorPage</name>

@@ -1,5 +1,6 @@
 #include "ui/message_box.h"
 
+#include "scan/disc_path.h"
 #include "service/http_client.h"
 #include "ui/plain_text.h"
 
@@ -61,7 +62,7 @@ QString translated(const QString& message)
 {
     // A service's text may be of any size and hold anything; the program's own sentences are short and plain.
     if (message.size() > kTextLimit || message.contains(QChar(u'\0'))) { return message; }
-    for (const char* sentence : {service::kNetworkError, service::kHttpStatus}) {
+    for (const char* sentence : {service::kNetworkError, service::kHttpStatus, scan::kNotMounted}) {
         QString text = translatedSentence(sentence, message);
         if (!text.isEmpty()) { return text; }
     }

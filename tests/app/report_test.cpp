@@ -10,6 +10,8 @@
 #include <QJsonObject>
 
 #include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -232,6 +234,42 @@ TEST_F(Report, APathIsUsedInTheBytesThatWereGiven)
     EXPECT_EQ(ended.exitCode, 0) << ended.errors.toStdString();
     EXPECT_EQ(QJsonDocument::fromJson(ended.output).object()[u"path"_s],
               QString::fromStdString(m_folder.path()) + u"/\uFFFDt\uFFFD"_s);
+}
+
+TEST_F(Report, ADiscMayBeGivenByItsFilesOrWithASeparator)
+{
+    const auto readFrom = [this](const std::string& path) {
+        const Ended json = report({u"--report=json"_s, QString::fromStdString(path)});
+        EXPECT_EQ(json.exitCode, 0) << json.errors.toStdString();
+        return QJsonDocument::fromJson(json.output)[u"packageSha256"_s].toString();
+    };
+    const std::string bluray = writeBluray();
+    for (const char* spelling : {"/", "/BDMV//", "/BDMV/INDEX.BDMV", "/BDMV/PLAYLIST/00800.mpls"}) {
+        EXPECT_EQ(readFrom(bluray + spelling), readFrom(bluray)) << spelling;
+    }
+    const testsupport::TemporaryFolder folder;
+    const std::string dvd = testsupport::sampleDvd().write(DiscForm::Directory, folder);
+    for (const char* spelling : {"/VIDEO_TS/", "/VIDEO_TS/VTS_01_0.ifo"}) {
+        EXPECT_EQ(readFrom(dvd + spelling), readFrom(dvd)) << spelling;
+    }
+}
+
+TEST_F(Report, ADriveThatIsNotMountedIsOne)
+{
+    const std::string device = m_folder / "sr0";
+    const std::string link = m_folder / "cdrom";
+    if (::mknod(device.c_str(), S_IFBLK | 0600U, ::makedev(7, 250)) != 0) {
+        GTEST_SKIP() << "only root makes devices";
+    }
+    std::filesystem::create_symlink(device, link);
+    for (const std::string& path : {device, link}) {
+        const Ended ended = report({u"--report=text"_s, QString::fromStdString(path)});
+        EXPECT_EQ(ended.exitCode, 1);
+        EXPECT_EQ(ended.errors.toStdString(),
+                  "platterscope: info: started\nplatterscope: error: The device is not mounted. "
+                  "Mount it with this command: udisksctl mount -b " +
+                      device + '\n');
+    }
 }
 
 TEST_F(Report, WrongUseIsTwo)

@@ -1,4 +1,5 @@
 #include "app/log.h"
+#include "scan/disc_path.h"
 #include "scan/disc_scanner.h"
 #include "tests/scan/stored_package.h"
 #include "tests/support/captured_log.h"
@@ -268,6 +269,31 @@ TEST_F(DiscScannerTest, ARealServiceKeepsTheVeryPackageAndFindsTheDiscAgain)
     scanSample(false);
     EXPECT_TRUE(m_result.inDatabase);
     EXPECT_EQ(m_result.discId, addedId);
+}
+
+TEST(DiscPath, OnlyARootKeepsASeparatorAtItsEnd)
+{
+    const struct {
+        char native;
+        const char* given;
+        const char* path;
+    } rows[] = {
+        {'/', "/a//", "/a"},
+        {'/', "//", "/"},
+        {'/', "/a\\", "/a\\"},
+        {'/', "//a/b/", "//a/b"},
+        {'/', "", ""},
+        {'\\', "D:\\", "D:\\"},
+        {'\\', "D:/BDMV\\", "D:/BDMV"},
+        {'\\', "\\\\a\\b\\", "\\\\a\\b\\"},
+        {'\\', "//a/b/c/", "//a/b/c"},
+        {'\\', "\\", "\\"},
+    };
+    for (const auto& row : rows) {
+        const QChar native = QLatin1Char(row.native);
+        EXPECT_EQ(scan::withoutTrailingSeparators(QLatin1StringView(row.given), native).toStdString(),
+                  row.path);
+    }
 }
 
 }  // namespace
