@@ -8,7 +8,9 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QHeaderView>
+#include <QScrollBar>
 #include <QTextEdit>
+#include <QTimer>
 #include <QTreeWidget>
 
 #include <utility>
@@ -20,9 +22,6 @@ constexpr int kDescriptionColumn = 1;
 
 // So many rows are measured for the width of a column: all titles of a disc full of decoys, some streams with them.
 constexpr int kMeasuredRows = 2000;
-
-// Wide enough for a stream's row; the stretch factors share out what a larger window adds.
-const QList<int> kInitialSizes = {380, 520};
 
 // A stream's row remembers which list it stands for and its place in it; a title's row is its place in the
 // tree.
@@ -110,15 +109,23 @@ TitlesPage::TitlesPage(QWidget* parent)
     : QSplitter(Qt::Horizontal, parent)
     , m_tree(new RowView<QTreeWidget>(this))
     , m_details(new QTextEdit(this))
+    , m_growTimer(new QTimer(this))
 {
     setObjectName(QStringLiteral("titlesPage"));
     setChildrenCollapsible(false);
     setStretchFactor(0, 1);
     setStretchFactor(1, 2);
-    setSizes(kInitialSizes);
     setFocusProxy(m_tree);
     createTree();
     createDetails();
+    connect(this, &QSplitter::splitterMoved, this, [this] { m_isDividedByUser = true; });
+    // Many titles may open at once; the rows are measured once for all of them.
+    m_growTimer->setSingleShot(true);
+    m_growTimer->setInterval(0);
+    connect(m_tree, &QTreeWidget::itemExpanded, m_growTimer, qOverload<>(&QTimer::start));
+    connect(m_growTimer, &QTimer::timeout, this, [this] {
+        if (isVisible()) { fitTree(m_tree->width()); }
+    });
 }
 
 void TitlesPage::createTree()
@@ -167,6 +174,33 @@ void TitlesPage::showTitles(const DiscScanResult& result)
     }
     m_tree->addTopLevelItems(rows);
     m_tree->setCurrentItem(m_tree->topLevelItem(0));
+    m_isFitPending = !rows.isEmpty();
+    if (isVisible()) { fitPendingTree(); }
+}
+
+void TitlesPage::showEvent(QShowEvent* event)
+{
+    QSplitter::showEvent(event);
+    fitPendingTree();
+}
+
+void TitlesPage::fitPendingTree()
+{
+    if (m_isFitPending) { fitTree(0); }
+    m_isFitPending = false;
+}
+
+void TitlesPage::fitTree(int least)
+{
+    if (m_isDividedByUser) { return; }
+    // The scroll bar is included: it appears as soon as titles are opened.
+    int needed = 2 * m_tree->frameWidth() + m_tree->verticalScrollBar()->sizeHint().width();
+    for (const int column : {kTypeColumn, kDescriptionColumn}) {
+        m_tree->resizeColumnToContents(column);
+        needed += m_tree->columnWidth(column);
+    }
+    const int treeWidth = qMax(least, qMin(needed, window()->width() / 2));
+    setSizes({treeWidth, width() - handleWidth() - treeWidth});
 }
 
 void TitlesPage::showDetails(const QTreeWidgetItem* item)

@@ -25,6 +25,7 @@ private Q_SLOTS:
     void aRowHasAMenu();
     void streamsHaveToolTips();
     void aDiscOfDecoysIsSearchedAtOnce();
+    void theTitlesTreeTakesTheWidthOfItsRows();
 };
 
 namespace {
@@ -271,6 +272,30 @@ void RowsTest::aDiscOfDecoysIsSearchedAtOnce()
     const qint64 longestMs = lag.longestMs();
     qInfo("longest lag %lld ms", longestMs);
     QVERIFY2(longestMs < kLagLimitMs, qPrintable(QString::number(longestMs)));
+}
+
+void RowsTest::theTitlesTreeTakesTheWidthOfItsRows()
+{
+    DiscScanResult result;
+    result.discType = DiscType::Dvd;
+    result.dvdTitles.resize(1);
+    result.dvdTitles.front().audioTracks = {{{}, QString(300, QLatin1Char('x')), {}, {}, 0x80}};
+    TitlesPage page;
+    page.resize(900, 600);
+    page.show();
+    QCOMPARE(qRound(10.0 * page.sizes().at(1) / page.sizes().at(0)), 20);
+    page.showTitles(result);
+    auto* tree = page.findChild<QTreeWidget*>();
+    QCOMPARE(page.sizes().at(0) / 40, (tree->header()->length() + 20) / 40);
+    tree->topLevelItem(0)->setExpanded(true);  // shows a row that is wider than the window
+    QTRY_COMPARE(page.sizes().at(0), 450);
+    QTest::mousePress(page.handle(1), Qt::LeftButton, {}, QPoint(1, 9));
+    QTest::mouseMove(page.handle(1), QPoint(-99, 9));
+    QTest::mouseRelease(page.handle(1), Qt::LeftButton, {}, QPoint(1, 9));
+    const QList<int> chosen = page.sizes();
+    QCOMPARE(chosen.at(0), 350);
+    page.showTitles(result);
+    QCOMPARE(page.sizes(), chosen);
 }
 
 QTEST_MAIN(RowsTest)
