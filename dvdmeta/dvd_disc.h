@@ -50,6 +50,13 @@ struct DvdStreamAttributes {
     std::vector<DvdSubpictureStream> subpicture;  // at most 32
 };
 
+// A cell of a program chain: a piece of the title's video and how long it plays.
+struct DvdCell {
+    std::uint64_t durationMs = 0;
+    std::uint32_t firstSector = 0;  // counted from the first sector of the title VOBs, like lastSector
+    std::uint32_t lastSector = 0;
+};
+
 struct DvdTitle {
     // From the manager's title table.
     std::uint32_t titleNumber = 0;     // 1-based
@@ -70,6 +77,7 @@ struct DvdTitle {
     std::uint64_t playbackSizeBytes = 0;  // of angle 1
     std::uint64_t firstSector = 0;        // counted from the title set's start, like lastSector
     std::uint64_t lastSector = 0;
+    std::vector<DvdCell> cells;  // of angle 1, from the title's first on
     DvdStreamAttributes streams;
 
     // Whether the angle-1 size is an estimate: several angles or PGCs share the title's sectors.

@@ -48,6 +48,7 @@ struct DvdTitleInfo {
     QList<VideoStreamInfo> videoStreams;
     QList<AudioTrackInfo> audioTracks;
     QList<SubtitleTrackInfo> subtitleTracks;
+    quint64 distinctDurationMs = 0;  // with every cell counted once
 };
 
 struct BlurayTitleInfo {
@@ -72,7 +73,8 @@ struct BlurayTitleInfo {
     QList<VideoStreamInfo> videoStreams;
     QList<AudioTrackInfo> audioTracks;
     QList<SubtitleTrackInfo> subtitleTracks;
-    QString label;  // "#1 00800 (1 angles)"
+    QString label;                   // "#1 00800 (1 angles)"
+    quint64 distinctDurationMs = 0;  // with every stretch of a clip counted once
 };
 
 // Totals over all titles.

@@ -13,6 +13,7 @@
 #include <QTimer>
 #include <QTreeWidget>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -42,6 +43,34 @@ QString languageCode(const Track& track)
     return track.language;
 }
 
+// A title's row. In "Description" it sorts by the title's duration. Titles of equal duration, and all titles if the tree
+// is sorted by another column or not at all, keep the disc's order.
+class TitleRow : public QTreeWidgetItem {
+public:
+    TitleRow(const QStringList& texts, quint64 durationMs)
+        : QTreeWidgetItem(texts)
+        , m_durationMs(durationMs)
+    {}
+
+    bool operator<(const QTreeWidgetItem& other) const override
+    {
+        const auto& otherTitle = static_cast<const TitleRow&>(other);
+        const int column = treeWidget()->sortColumn();
+        if (column == kDescriptionColumn && m_durationMs != otherTitle.m_durationMs) {
+            return m_durationMs < otherTitle.m_durationMs;
+        }
+        const qint64 place = data(kTypeColumn, kIndexRole).toLongLong();
+        const qint64 otherPlace = other.data(kTypeColumn, kIndexRole).toLongLong();
+        // A descending sort swaps the rows that it compares.
+        const bool isDescending =
+            column >= 0 && treeWidget()->header()->sortIndicatorOrder() == Qt::DescendingOrder;
+        return isDescending ? place > otherPlace : place < otherPlace;
+    }
+
+private:
+    quint64 m_durationMs;
+};
+
 // A stream's row. Its tool tip is made when it is asked for: a disc of decoys has tens of thousands of streams.
 template <typename Stream>
 class StreamRow : public QTreeWidgetItem {
@@ -51,6 +80,9 @@ public:
         , m_stream(std::move(stream))
         , m_discType(discType)
     {}
+
+    // Streams always keep the order of their lists: sorting is stable.
+    bool operator<(const QTreeWidgetItem& /*other*/) const override { return false; }
 
     [[nodiscard]] QVariant data(int column, int role) const override
     {
@@ -79,13 +111,25 @@ void addStreamRows(QTreeWidgetItem* titleRow, const QString& type, StreamKind ki
 template <typename Title>
 QTreeWidgetItem* titleRow(const Title& title, qsizetype index, DiscType discType)
 {
-    auto* row = new QTreeWidgetItem(
-        {TitlesPage::tr("Title"), titletext::titleSummary(title.chapterCount, title.durationMs)});
+    auto* row =
+        new TitleRow({TitlesPage::tr("Title"), titletext::titleSummary(title.chapterCount, title.durationMs)},
+                     title.durationMs);
     row->setData(kTypeColumn, kIndexRole, index);
     addStreamRows(row, TitlesPage::tr("Video"), StreamKind::Video, title.videoStreams, discType);
     addStreamRows(row, TitlesPage::tr("Audio"), StreamKind::Audio, title.audioTracks, discType);
     addStreamRows(row, TitlesPage::tr("Subtitle"), StreamKind::Subtitle, title.subtitleTracks, discType);
     return row;
+}
+
+// The place of the title that a user most likely wants: the one with the longest distinct play time, and of equally long
+// ones the first. -1 if there is none.
+template <typename Title>
+int mainTitle(const QList<Title>& titles)
+{
+    const auto longest = std::max_element(titles.begin(), titles.end(), [](const Title& a, const Title& b) {
+        return a.distinctDurationMs < b.distinctDurationMs;
+    });
+    return longest == titles.end() ? -1 : static_cast<int>(longest - titles.begin());
 }
 
 template <typename Title>
@@ -139,6 +183,11 @@ void TitlesPage::createTree()
     m_tree->header()->setStretchLastSection(false);
     m_tree->header()->setResizeContentsPrecision(kMeasuredRows);
     m_tree->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    m_tree->header()->setSortIndicatorClearable(true);
+    connect(m_tree->header(), &QHeaderView::sortIndicatorChanged, this, [this](int column) {
+        // A third click leaves no column to sort by. The tree would keep its order; the rows sort by their places.
+        if (column < 0) { m_tree->model()->sort(kTypeColumn); }
+    });
     auto* copyDetails = new QAction(tr("Copy Details"), m_tree);
     copyDetails->setObjectName(QStringLiteral("copyDetailsAction"));
     connect(copyDetails, &QAction::triggered, this,
@@ -172,8 +221,13 @@ void TitlesPage::showTitles(const DiscScanResult& result)
         row->setData(kTypeColumn, kFindRole, title.label);
         rows.append(row);
     }
+    m_tree->setSortingEnabled(false);  // a sorted tree inserts each row before the ones already added
     m_tree->addTopLevelItems(rows);
-    m_tree->setCurrentItem(m_tree->topLevelItem(0));
+    m_tree->header()->setSortIndicator(-1, Qt::AscendingOrder);
+    m_tree->setSortingEnabled(true);
+    m_tree->setCurrentItem(m_tree->topLevelItem(
+        result.discType == DiscType::Bluray ? mainTitle(result.blurayTitles) : mainTitle(result.dvdTitles)));
+    m_tree->scrollToItem(m_tree->currentItem());
     m_isFitPending = !rows.isEmpty();
     if (isVisible()) { fitPendingTree(); }
 }

@@ -17,7 +17,8 @@ class TitlesPage : public QSplitter {
 public:
     explicit TitlesPage(QWidget* parent = nullptr);
 
-    // Rebuilds the tree from the titles of the result's disc kind, in their order. The first of them is selected.
+    // Rebuilds the tree from the titles of the result's disc kind, in their order. The title with the longest distinct
+    // play time is selected.
     void showTitles(const DiscScanResult& result);
 
 protected:

@@ -1,4 +1,5 @@
 #include "bdmeta/bluray_titles.h"
+#include "bdmeta/distinct_play_time.h"
 #include "tests/bdmeta/derivation.h"
 
 using bdmeta::BlurayDisc;
@@ -40,6 +41,20 @@ TEST(BlurayTitles, FieldsOfATitle)
     EXPECT_EQ(title.alternateAngleItemCount, 2U);
     EXPECT_EQ(title.segmentMap,
               (std::vector{bdmeta::ClipName("00003"), bdmeta::ClipName("00001"), bdmeta::ClipName("00003")}));
+}
+
+TEST(BlurayTitles, PlayTimeCountsEachStretchOfAClipOnce)
+{
+    const auto item = [](const char* clip, std::uint32_t in, std::uint32_t out, std::uint8_t stcId = 0) {
+        return testsupport::PlayItemSpec{
+            .clipName = clip, .refToStcId = stcId, .inTime = in * 45'000, .outTime = out * 45'000};
+    };
+    MplsSpec spec;
+    spec.playItems = {item("00001", 10, 20), item("00001", 15, 30),    item("00001", 40, 41),
+                      item("00001", 10, 20), item("00001", 10, 20, 1), item("00002", 0, 100)};
+    EXPECT_EQ(bdmeta::distinctPlayTimeMs(playlistOf(spec)), (20U + 1 + 10 + 100) * 1000);
+    spec.playItems = std::vector(300, item("00001", 600, 650));
+    EXPECT_EQ(bdmeta::distinctPlayTimeMs(playlistOf(spec)), 50'000U);
 }
 
 TEST(BlurayTitles, TitleNumbersAreReadAsNumbersAreElsewhere)

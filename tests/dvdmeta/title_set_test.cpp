@@ -1,3 +1,4 @@
+#include "dvdmeta/distinct_play_time.h"
 #include "dvdmeta/title_set.h"
 #include "tests/dvdmeta/read_outcome.h"
 
@@ -87,6 +88,21 @@ TEST(DvdTitle, LaterAnglesAreMarkedAndNotCounted)
     // Only the block type of angles is one, and only mode 1 is its first cell.
     EXPECT_EQ(titleOf(discWith({.cells = {{0, 0, 0x80}, {1, 1, 0xF0}}})).complexAngle, 0U);
     EXPECT_EQ(titleOf(discWith({.cells = {{0, 0, 0x10}}})).complexAngle, 1U);
+}
+
+TEST(DvdTitle, PlayTimeCountsEachCellOnce)
+{
+    const auto minutes = [](unsigned count) { return playbackTime(0, count, 0); };
+    const dvdmeta::DvdTitle title = titleOf(discWith({.programMap = {1, 2},
+                                                      .cells = {{0, 9, 0, minutes(40)},
+                                                                {10, 19, 0, minutes(1)},
+                                                                {20, 29, 0x50, minutes(2)},
+                                                                {30, 39, 0xD0, minutes(4)},
+                                                                {10, 19, 0, minutes(1)},
+                                                                {10, 15, 0, minutes(8)}}},
+                                                     2));
+    EXPECT_EQ(dvdmeta::distinctPlayTimeMs(title.cells), 11U * 60'000)
+        << "from the title's first cell, one angle";
 }
 
 TEST(DvdTitle, CellsThatEndBeforeTheyBeginCountNothing)

@@ -48,6 +48,7 @@ TEST(BlurayFlow, DescribesEveryPlaylistWithItsStreams)
     EXPECT_EQ(film.videoWidth, 1920U);
     EXPECT_EQ(film.videoHeight, 1080U);
     EXPECT_EQ(film.durationMs, 120'000U);
+    EXPECT_EQ(film.distinctDurationMs, 120'000U);
     EXPECT_EQ(film.playbackSizeBytes, 2U * 6000 * 192);
     EXPECT_FALSE(film.isSizeEstimated);
     EXPECT_EQ(film.clipCount, 2U);

@@ -29,6 +29,7 @@ Bytes buildPgc(const PgcSpec& pgc)
     for (std::size_t i = 0; i < pgc.cells.size(); ++i) {
         const std::size_t entry = cellOffset + i * kCellEntry;
         putU8(bytes, entry, pgc.cells[i].blockBits);
+        putBytes(bytes, entry + 4, Bytes(pgc.cells[i].time.begin(), pgc.cells[i].time.end()));
         putBe32(bytes, entry + 8, pgc.cells[i].firstSector);
         putBe32(bytes, entry + 20, pgc.cells[i].lastSector);
     }

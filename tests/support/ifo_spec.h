@@ -70,14 +70,15 @@ struct VtsTitleSpec {
     std::optional<std::uint32_t> pttOffset = std::nullopt;
 };
 
+using PlaybackTime = std::array<std::uint8_t, 4>;
+
 struct CellSpec {
     std::uint32_t firstSector = 0;
     std::uint32_t lastSector = 0;
     // Top two bits: 1 first, 2 middle, 3 last cell of a block; 0x10: the block is one of angles.
     std::uint8_t blockBits = 0;
+    PlaybackTime time = {};
 };
-
-using PlaybackTime = std::array<std::uint8_t, 4>;
 
 enum class FrameRate : std::uint8_t { None = 0, Pal = 1, Ntsc = 3 };
 

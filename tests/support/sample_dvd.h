@@ -17,7 +17,9 @@ namespace testsupport {
     vts.titles = {{.ptts = {{1, 1}, {1, 2}, {1, 3}}}};
     vts.pgcs = {{.time = playbackTime(1, 1, 1),
                  .programMap = {1, 2, 3},
-                 .cells = {CellSpec{0, 399}, CellSpec{400, 799}, CellSpec{800, 999}}}};
+                 .cells = {{0, 399, 0, playbackTime(1, 0, 0)},
+                           {400, 799, 0, playbackTime(0, 0, 30)},
+                           {800, 999, 0, playbackTime(0, 0, 30)}}}};
     return vts;
 }
 

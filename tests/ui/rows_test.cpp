@@ -26,6 +26,7 @@ private Q_SLOTS:
     void streamsHaveToolTips();
     void aDiscOfDecoysIsSearchedAtOnce();
     void theTitlesTreeTakesTheWidthOfItsRows();
+    void titlesAreSortedByTheirDuration();
 };
 
 namespace {
@@ -296,6 +297,50 @@ void RowsTest::theTitlesTreeTakesTheWidthOfItsRows()
     QCOMPARE(chosen.at(0), 350);
     page.showTitles(result);
     QCOMPARE(page.sizes(), chosen);
+}
+
+void RowsTest::titlesAreSortedByTheirDuration()
+{
+    DiscScanResult result;
+    result.discType = DiscType::Dvd;
+    result.dvdTitles.resize(4);
+    const QList<quint64> minutes = {9, 60, 9, 100};
+    const QList<quint64> distinctMinutes = {9, 30, 30, 1};
+    for (qsizetype i = 0; i < minutes.size(); ++i) {
+        DvdTitleInfo& title = result.dvdTitles[i];
+        title.chapterCount = static_cast<quint32>(i);
+        title.durationMs = minutes.at(i) * 60'000;
+        title.distinctDurationMs = distinctMinutes.at(i) * 60'000;
+        title.audioTracks.resize(2);
+        title.audioTracks.front().language = QStringLiteral("zh");
+    }
+    TitlesPage page;
+    page.resize(900, 600);
+    page.show();
+    page.showTitles(result);
+    auto* tree = page.findChild<QTreeWidget*>();
+    const auto order = [tree] {
+        QString text;
+        for (int i = 0; i < tree->topLevelItemCount(); ++i) {
+            text += tree->topLevelItem(i)->text(1).first(1);
+        }
+        return text;
+    };
+    const auto clickDescription = [tree] {
+        QTest::mouseClick(tree->header()->viewport(), Qt::LeftButton, {},
+                          QPoint(tree->header()->sectionViewportPosition(1) + 20, 5));
+    };
+    QCOMPARE(order(), QStringLiteral("0123"));
+    QCOMPARE(tree->currentItem(), tree->topLevelItem(1));
+    const QTreeWidgetItem* selected = tree->currentItem();
+    for (const char* expected : {"0213", "3102", "0123", "0213"}) {
+        clickDescription();
+        QCOMPARE(order(), QString::fromLatin1(expected));
+        QCOMPARE(tree->currentItem(), selected);
+        QVERIFY(selected->child(0)->text(1).startsWith(QStringLiteral("Chinese")));
+    }
+    page.showTitles(result);
+    QCOMPARE(order(), QStringLiteral("0123"));
 }
 
 QTEST_MAIN(RowsTest)
