@@ -131,6 +131,7 @@ void KeyboardTest::aConfigurationIsReadAndTheListRefreshed()
     fixture.choose(kView, 1);
     QCOMPARE(fixture.page(), QStringLiteral("configurationsPage"));
     QCOMPARE(fixture.focused(), QStringLiteral("configurationList"));
+    QVERIFY(fixture.part<QTreeWidget>("configurationList")->topLevelItem(0)->isSelected());
     fixture.press(Qt::Key_End);
     fixture.press(Qt::Key_Return);
     QCOMPARE(fixture.focused(), QStringLiteral("configurationTree"));
