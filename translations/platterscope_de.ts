@@ -1551,5 +1551,9 @@ Bitte geben Sie Ihren API-Schlüssel ein, um fortzufahren.</translation>
         <source>Copy Details</source>
         <translation>Details kopieren</translation>
     </message>
+    <message>
+        <source>Copy Signature</source>
+        <translation>Signatur kopieren</translation>
+    </message>
 </context>
 </TS>

@@ -193,6 +193,14 @@ void TitlesPage::createTree()
     connect(copyDetails, &QAction::triggered, this,
             [this] { QGuiApplication::clipboard()->setText(m_details->toPlainText()); });
     m_tree->addAction(copyDetails);
+    auto* copySignature = new QAction(tr("Copy Signature"), m_tree);
+    copySignature->setObjectName(QStringLiteral("copySignatureAction"));
+    connect(copySignature, &QAction::triggered, this, [this] {
+        const bool isBluray = m_result.discType == DiscType::Bluray;
+        const QByteArray& sha256 = isBluray ? m_result.blurayPackageSha256 : m_result.dvdPackageSha256;
+        QGuiApplication::clipboard()->setText(QString::fromLatin1(sha256.toHex()));
+    });
+    m_tree->addAction(copySignature);
 }
 
 void TitlesPage::createDetails()

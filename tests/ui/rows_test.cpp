@@ -175,6 +175,7 @@ void RowsTest::everyListOfTheWindowFindsAndCopies()
 
 void RowsTest::aRowHasAMenu()
 {
+    const testsupport::CapturedLog log;
     BlurayFixture fixture;
     QTreeWidget* tree = fixture.tree();
     tree->topLevelItem(1)->setExpanded(true);
@@ -194,6 +195,9 @@ void RowsTest::aRowHasAMenu()
     QCOMPARE(QApplication::activePopupWidget()->pos(), place());
     QCOMPARE(chosen(1), fixture.details());
     QVERIFY(fixture.details().startsWith(QStringLiteral("Audio track\n")));
+    QTest::keyClick(tree, Qt::Key_F10, Qt::ShiftModifier);
+    const std::string signature = chosen(2).toStdString();
+    QVERIFY2(log.lines().back().ends_with(" package SHA-256 " + signature), signature.c_str());
 
     const auto rightClick = [tree](const QPoint& at) {
         QContextMenuEvent click(QContextMenuEvent::Mouse, at, tree->viewport()->mapToGlobal(at));
