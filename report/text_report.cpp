@@ -109,7 +109,7 @@ QString identityLines(const dvdmeta::DvdDisc& disc)
            Texts::tr("Provider: %1\n").arg(fact(disc.providerText));
 }
 
-QString identityLines(std::monostate)
+QString identityLines(const scan::NoDisc& /*none*/)
 {
     return {};
 }

@@ -50,16 +50,20 @@ ParsedDisc readDisc(const QByteArray& localPath)
                  QStringLiteral("not a Blu-ray source; trying DVD parsing"));
     ReaderError dvdError = {};
     if (readDvd(localPath, disc.emplace<dvdmeta::DvdDisc>(), dvdError)) { return disc; }
-    logging::log(logging::kBdmeta, logging::kError, QString::fromLocal8Bit(blurayError.data()));
-    logging::log(logging::kDvdmeta, logging::kError, QString::fromLocal8Bit(dvdError.data()));
-    return {};
+    const NoDisc none = {
+        {QString::fromLocal8Bit(blurayError.data()), QString::fromLocal8Bit(dvdError.data())}};
+    logging::log(logging::kBdmeta, logging::kError, none.readerErrors.first());
+    logging::log(logging::kDvdmeta, logging::kError, none.readerErrors.last());
+    return none;
 }
 
 DiscScanResult describeDisc(const ParsedDisc& disc)
 {
     if (const auto* const bluray = std::get_if<bdmeta::BlurayDisc>(&disc)) { return describeBluray(bluray); }
     if (const auto* const dvd = std::get_if<dvdmeta::DvdDisc>(&disc)) { return describeDvd(dvd); }
-    return errorResult(kNoDisc);
+    DiscScanResult refused = errorResult(kNoDisc);
+    refused.readerErrors = std::get<NoDisc>(disc).readerErrors;
+    return refused;
 }
 
 }  // namespace scan

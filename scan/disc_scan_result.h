@@ -107,4 +107,5 @@ struct DiscScanResult {
     QString blurayDiscLabel;
     QByteArray blurayDiscIdBytes;  // 16 raw bytes
     quint64 extra = 0;             // reserved, carried along
+    QStringList readerErrors;      // of a refused path: the Blu-ray reader's error, then the DVD reader's
 };

@@ -856,6 +856,14 @@ Neue Version: %2</translation>
         <source>Access Monitor Error</source>
         <translation>Fehler des Zugriffsmonitors</translation>
     </message>
+    <message>
+        <source>Blu-ray: %1</source>
+        <translation>Blu-ray: %1</translation>
+    </message>
+    <message>
+        <source>DVD: %1</source>
+        <translation>DVD: %1</translation>
+    </message>
 </context>
 <context>
     <name>Messages</name>

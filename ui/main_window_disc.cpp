@@ -38,6 +38,17 @@ QString displayName(const QString& path, const DiscScanResult& result)
     return opened.fileName();
 }
 
+// Why a path was refused, a line for each reader that gives a reason.
+QString readerDetails(const QStringList& readerErrors)
+{
+    const QStringList lines = {MainWindow::tr("Blu-ray: %1"), MainWindow::tr("DVD: %1")};
+    QStringList details;
+    for (qsizetype i = 0; i < qMin(lines.size(), readerErrors.size()); ++i) {
+        if (!readerErrors.at(i).isEmpty()) { details.append(lines.at(i).arg(readerErrors.at(i))); }
+    }
+    return details.join(QLatin1Char('\n'));
+}
+
 }  // namespace
 
 void MainWindow::openDiscDirectory()
@@ -131,7 +142,7 @@ void MainWindow::showServiceMessage(const DiscScanResult& result)
     if (m_closeRequested || result.errorMessage.isEmpty()) { return; }
     const QString message = messagebox::translated(result.errorMessage);
     if (result.ok == 0) {
-        messagebox::critical(this, tr("Tessera Error"), message);
+        messagebox::critical(this, tr("Tessera Error"), message, readerDetails(result.readerErrors));
     } else {
         messagebox::warning(this, tr("Tessera Message"), message);
     }

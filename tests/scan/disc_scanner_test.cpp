@@ -93,6 +93,8 @@ TEST_F(DiscScannerTest, APathThatIsNoDiscNamesBothReadersReasons)
                "dvdmeta: error: cannot stat '/no/such/path': No such file or directory",
                "platterscope: error: Path is not a valid Blu-ray or DVD."}));
     EXPECT_EQ(result.errorMessage, QStringLiteral("Path is not a valid Blu-ray or DVD."));
+    EXPECT_EQ(result.readerErrors,
+              QStringList(2, QStringLiteral("cannot stat '/no/such/path': No such file or directory")));
     EXPECT_EQ(result.discType, DiscType::None);
     EXPECT_TRUE(m_server.requests().empty());
 }

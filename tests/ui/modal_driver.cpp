@@ -43,6 +43,7 @@ void ModalDriver::expectBox(const QString& title, const QString& text,
                               if (box->textFormat() != Qt::PlainText) {
                                   m_problems.append(title + QStringLiteral(": may be taken for markup"));
                               }
+                              m_lastDetails = box->detailedText();
                               answer(box);
                           }});
 }

@@ -284,6 +284,10 @@ void OpenDiscTest::aFailingDiscAfterAGoodOne()
         fixture.driver.expectBox(kError, QStringLiteral("Path is not a valid Blu-ray or DVD."));
     });
     QCOMPARE(fixture.driver.problems(), QStringList());
+    const QString folder = QString::fromStdString(fixture.folder.path().parent_path());
+    QCOMPARE(fixture.driver.lastDetails(),
+             QStringLiteral("Blu-ray: '%1' has no BDMV directory\nDVD: '%1' has no VIDEO_TS directory")
+                 .arg(folder));
     QCOMPARE(fixture.tree()->topLevelItemCount(), 0);
     QCOMPARE(fixture.page(), QStringLiteral("placeholderPage"));
     QVERIFY(!fixture.isEnabled("titlesAction"));

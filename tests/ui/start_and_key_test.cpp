@@ -269,16 +269,19 @@ void StartAndKeyTest::aRejectedKeyLeavesTheFormerOneWorking()
                              QString::fromStdString(markup).first(2000) + QChar(0x2026));
     fixture.trigger("apiKeyAction");
     QCOMPARE(fixture.driver.problems(), QStringList());
+    QCOMPARE(fixture.driver.lastDetails(), QString::fromStdString(markup.substr(2000)));
     QCOMPARE(storedKey(), QStringLiteral("good"));
     QVERIFY(fixture.isEnabled("openDiscIsoAction"));
 
     // However many lines a text has, the box keeps its buttons on the screen; a NUL does not hide what
     // follows.
-    fixture.server.play({.status = 403, .body = std::string("\0a", 2) + std::string(500, '\n')});
+    fixture.server.play(
+        {.status = 403, .body = std::string("\0a", 2) + std::string(40, '\n') + std::string(99'999, 'b')});
     fixture.driver.expectBox(kAuthenticationFailed, QChar(u'\0') + QStringLiteral("a") +
                                                         QString(39, QLatin1Char('\n')) + QChar(0x2026));
     QVERIFY(!fixture.window->authenticateAndSaveApiKey(QStringLiteral("bad")));
     QCOMPARE(fixture.driver.problems(), QStringList());
+    QCOMPARE(fixture.driver.lastDetails(), QString(65'535, QLatin1Char('b')) + QChar(0x2026));
 
     fixture.openDirectory(testsupport::sampleDvd().write(testsupport::DiscForm::Directory, fixture.folder));
     QCOMPARE(fixture.driver.problems(), QStringList());
