@@ -305,7 +305,10 @@ void StartAndKeyTest::aNewerVersionIsAnnounced_data()
     row("1.2", false);
     row("1.1.99", false);
     row("0", false);
-    for (const char* unparsable : {"", "new", "v1.3.0", "1.3.0-beta", " 1.3.0", "1..3", "9.99999999999"}) {
+    row(" v1.3.0", true);
+    row("1.2.2-beta", true);
+    row("1.2.1-beta", false);
+    for (const char* unparsable : {"", "new", "vv1.3.0", "1..3", "-2"}) {
         row(unparsable, false);
     }
 }
