@@ -864,6 +864,10 @@ Neue Version: %2</translation>
         <source>DVD: %1</source>
         <translation>DVD: %1</translation>
     </message>
+    <message>
+        <source>Platterscope - %1</source>
+        <translation>Platterscope - %1</translation>
+    </message>
 </context>
 <context>
     <name>Messages</name>

@@ -1,5 +1,4 @@
 // Opening a disc, by menu, by drop or at start, and showing what the scan found.
-#include "app/identity.h"
 #include "scan/disc_path.h"
 #include "scan/error_result.h"
 #include "ui/configurations_page.h"
@@ -128,7 +127,7 @@ void MainWindow::populate(const QString& path, const DiscScanResult& result)
     if (!name.isEmpty()) {
         // "[*]" in a title is the toolkit's mark for a modified document; twice it stands for itself.
         name.replace(QLatin1StringView("[*]"), QLatin1StringView("[*][*]"));
-        setWindowTitle(QStringLiteral("%1 - %2").arg(QString::fromUtf8(identity::kName), name));
+        setWindowTitle(tr("Platterscope - %1").arg(name));
     }
     m_configurationsPage->showDisc(result);
     showServiceMessage(result);

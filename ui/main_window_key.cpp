@@ -8,6 +8,7 @@
 
 #include <QInputDialog>
 #include <QLineEdit>
+#include <QScreen>
 #include <QVersionNumber>
 
 namespace {
@@ -20,6 +21,14 @@ bool isNewerVersion(const QString& candidate, const QString& current)
     if (numbers.startsWith(QLatin1Char('v'))) { numbers.remove(0, 1); }
     return QVersionNumber::fromString(numbers).normalized() >
            QVersionNumber::fromString(current).normalized();
+}
+
+// Wide enough to show a key of 64 characters; the margins and the frame take the room of a few more.
+QSize keyDialogSize(const QInputDialog& dialog)
+{
+    constexpr int kShownCharacters = 64 + 6;
+    const int width = dialog.fontMetrics().horizontalAdvance(QString(kShownCharacters, QLatin1Char('X')));
+    return {qMin(width, dialog.screen()->availableSize().width()), dialog.sizeHint().height()};
 }
 
 }  // namespace
@@ -60,6 +69,7 @@ void MainWindow::showApiKeyDialogSlot()
     dialog.setLabelText(tr("Enter your Vantor API key:"));
     dialog.setTextEchoMode(QLineEdit::Normal);
     dialog.setTextValue(m_scanner->apiKey());
+    dialog.resize(keyDialogSize(dialog));
     if (dialog.exec() == QDialog::Accepted) { authenticateAndSaveApiKey(dialog.textValue()); }
 }
 

@@ -73,6 +73,9 @@ void ModalDriver::expectKeyDialog(const QString& typed, const std::function<void
                                   m_problems.append(title + QStringLiteral(": no text field"));
                                   return;
                               }
+                              if (edit->width() < edit->fontMetrics().horizontalAdvance(QString(64, u'0'))) {
+                                  m_problems.append(title + QStringLiteral(": too narrow for a key"));
+                              }
                               if (before) { before(); }
                               if (typed.isNull()) {
                                   QTest::keyClick(dialog, Qt::Key_Escape);
