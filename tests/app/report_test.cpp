@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iostream>
 
 namespace {
 
@@ -84,9 +85,20 @@ TEST_F(Report, ABlurayInBothFormatsFromEveryForm)
 
 TEST_F(Report, ADvdWhateverTheLocale)
 {
-    const QString path = QString::fromStdString(testsupport::sampleDvd().write(DiscForm::Iso, m_folder));
+    const std::string image = m_folder / "disc.iso";
+    testsupport::sampleDvd().iso({.lowerCaseNames = true}).writeTo(image);
+    const QString path = QString::fromStdString(image);
+    QStringList locales = {u"C"_s, u"de_DE.UTF-8"_s, u"de_DE"_s};
+    // In Turkish, "I" and "i" are different letters.
+    const QString turkish = QString::fromStdString(m_folder / "tr_TR.UTF-8");
+    if (QProcess::execute(u"localedef"_s, {u"-i"_s, u"tr_TR"_s, u"-f"_s, u"UTF-8"_s, turkish}) == 0) {
+        m_environment.insert(u"LOCPATH"_s, QString::fromStdString(m_folder.path()));
+        locales.append(u"tr_TR.UTF-8"_s);
+    } else {
+        std::cerr << "no Turkish locale: localedef or the package locales is missing\n";
+    }
     QByteArray inFirstLocale;
-    for (const QString& locale : {u"C"_s, u"de_DE.UTF-8"_s, u"de_DE"_s}) {
+    for (const QString& locale : locales) {
         m_environment.insert(u"LC_ALL"_s, locale);
         m_environment.insert(u"LANGUAGE"_s, locale);
         const Ended json = report({u"--report"_s, u"json"_s, path});
