@@ -101,8 +101,10 @@ void EpMap::parseStreams()
     m_isCutShort = !reader.ok();
     for (unsigned i = 0; i < streamCount && !m_isCutShort; ++i) {
         const EpTableHeader header = parseTableHeader(reader);
-        // The same tables again answer nothing that they did not answer before.
-        if (reader.ok() && std::ranges::find(met, header) != met.end()) { continue; }
+        // A stream without coarse entries has no entry points, so the place of its tables does not matter. The same
+        // tables again answer nothing that they did not answer before.
+        const bool isEmpty = header.coarseCount == 0;
+        if (reader.ok() && (isEmpty || std::ranges::find(met, header) != met.end())) { continue; }
         met.push_back(header);
         if (!m_budget->spend(header.coarseCount)) { return; }
         const EpTable table(map, header);

@@ -101,6 +101,7 @@ TEST(EpMap, FirstStreamWithAnEntryDecides)
     ClpiSpec spec;
     spec.numberOfSourcePackets = 77;
     spec.epStreams = {{}, epStream({{51200, 10}}), epStream({{25600, 20}, {76800, 30}})};
+    spec.epStreams[0].startAddress = UINT32_MAX;  // without coarse entries, its tables are not read
     EXPECT_EQ(findStart(spec, 60000), 10U);
     EXPECT_EQ(findStart(spec, 90000), 10U) << "though the third has a later one";
     EXPECT_EQ(findStart(spec, 30000), 20U);
