@@ -159,11 +159,18 @@ private:
         return true;
     }
 
+    // Reads a file of a listed name into `bytes`. In an image a name may hold the separator of paths; its path would
+    // lead to another file.
+    bool readListed(const std::string& name, std::vector<std::uint8_t>& bytes)
+    {
+        return name.find('/') == std::string::npos && readFile(m_path.data(), bytes);
+    }
+
     bool readPlaylist(const std::string& name)
     {
         m_path = discPath(kPlaylistDirectory, name, ".mpls");
         std::vector<std::uint8_t> bytes;
-        if (!readFile(m_path.data(), bytes)) { return false; }
+        if (!readListed(name, bytes)) { return false; }
         auto playlist = parsePlaylistBytes(bytes, m_streamTables);
         if (!playlist) { return false; }
         playlist->name = FixedText<5>(name);
@@ -178,7 +185,7 @@ private:
         const std::uint64_t streamFileSize =
             blurayFileSize(m_source, discPath("BDMV/STREAM", name, ".m2ts").data());
         std::vector<std::uint8_t> bytes;
-        if (!readFile(m_path.data(), bytes)) { return false; }
+        if (!readListed(name, bytes)) { return false; }
         auto clip = parseClipInfoBytes(bytes);
         if (!clip) { return false; }
         m_clipStreamCount += clip->streams.size();

@@ -31,10 +31,12 @@ bool isDotEntry(std::span<const std::uint8_t> identifier)
     return identifier.size() == 1 && identifier[0] <= 1;
 }
 
-// The identifier up to its version suffix. One that claims to be longer than its record is clipped to it.
+// The identifier up to its version suffix or its first NUL. One that claims to be longer than its record is clipped
+// to it.
 std::string identifierText(std::span<const std::uint8_t> identifier)
 {
-    const auto end = std::find(identifier.begin(), identifier.end(), std::uint8_t{';'});
+    const auto isEnd = [](std::uint8_t byte) { return byte == ';' || byte == 0; };
+    const auto end = std::ranges::find_if(identifier, isEnd);
     std::string text(identifier.begin(), end);
     text.resize(std::min(text.size(), kIdentifierLimit));
     return text;

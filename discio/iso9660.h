@@ -38,7 +38,7 @@ struct IsoExtent {
 };
 
 struct IsoDirectoryRecord {
-    std::string name;            // the identifier without its version suffix
+    std::string name;            // the identifier up to its version suffix or its first NUL
     std::uint64_t position = 0;  // of the record, in the image
     IsoExtent extent;
     bool isDirectory = false;

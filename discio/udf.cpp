@@ -143,9 +143,9 @@ bool takeFileIdentifier(ByteReader& reader, DiscDirectory& directory)
     reader.seek(start + entrySize);
     if (!reader.ok()) { return false; }
     if (identifier.size() >= 2 && identifier[0] == kEightBitCharacters) {
-        directory.add({std::string(identifier.begin() + 1, identifier.end()),
-                       (fixed[18] & kDirectoryCharacteristic) != 0, udfField(fixed, 24, 4), 0,
-                       static_cast<std::uint16_t>(udfField(fixed, 28, 2))});
+        const auto end = std::find(identifier.begin() + 1, identifier.end(), std::uint8_t{0});
+        directory.add({std::string(identifier.begin() + 1, end), (fixed[18] & kDirectoryCharacteristic) != 0,
+                       udfField(fixed, 24, 4), 0, static_cast<std::uint16_t>(udfField(fixed, 28, 2))});
     }
     return true;
 }

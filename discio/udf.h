@@ -55,8 +55,8 @@ struct UdfFileEntry {
 [[nodiscard]] std::vector<UdfBlockRun> readUdfMetadataFile(const DiscImage& image, std::uint32_t startSector,
                                                            std::uint32_t block);
 
-// The names in a directory's data, up to the first descriptor that makes no sense; the directory is listable
-// when they end where the data end. Left out are names of 16-bit characters and the parent's entry, which has
+// The names in a directory's data, each up to its first NUL, up to the first descriptor that makes no sense; the
+// directory is listable when they end where the data end. Left out are names of 16-bit characters and the parent's entry, which has
 // none.
 //
 // Deliberate: an entry marked as deleted is an entry like any other.

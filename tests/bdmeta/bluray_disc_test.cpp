@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
+#include <iterator>
 
 using testsupport::Bytes;
 using testsupport::ClpiSpec;
@@ -206,6 +208,31 @@ TEST(BlurayDisc, OneBadFileFailsTheDisc)
                       .add("BDMV/PLAYLIST/00004.mpls", {})
                       .add("BDMV/PLAYLIST/00003.mpls", {}),
                   "cannot parse playlist 'BDMV/PLAYLIST/00003.mpls'");
+}
+
+// Names that only an image can hold: a listed name ends at its first NUL, and one with a separator opens nothing.
+TEST(BlurayDisc, NamesWithNulsAndSeparators)
+{
+    const std::string kMessage = "cannot parse playlist 'BDMV/PLAYLIST/A/B.mpls'";
+    const DiscTree tree = smallDisc()
+                              .add("BDMV/PLAYLIST/00003.mplsX", MplsSpec().build())
+                              .add("BDMV/PLAYLIST/A_B.mpls", MplsSpec().build())
+                              .add("BDMV/PLAYLIST/A/B.mpls", MplsSpec().build());
+    const testsupport::TemporaryFolder folder;
+    for (const DiscForm form : {DiscForm::Iso, DiscForm::Udf}) {
+        const std::string path = tree.write(form, folder);
+        const auto patch = [&path](const std::string& name, char byte, std::size_t at) {
+            std::ifstream in(path, std::ios::binary);
+            const std::string bytes{std::istreambuf_iterator<char>(in), {}};
+            std::fstream(path).seekp(static_cast<std::streamoff>(bytes.find(name) + at)).put(byte);
+        };
+        patch("00003.mplsX", '\0', 10);
+        const ReadOutcome outcome = readPath(path);
+        ASSERT_EQ(outcome.disc.playlists.size(), 4U) << outcome.message;
+        EXPECT_EQ(outcome.disc.playlists[1].name.view(), "00003");
+        patch("A_B.mpls", '/', 1);
+        EXPECT_EQ(readPath(path).message, kMessage);
+    }
 }
 
 TEST(BlurayDisc, FilesThatCannotBeRead)
