@@ -15,12 +15,14 @@
 #include <algorithm>
 #include <cstdio>
 #include <new>
+#include <optional>
 #include <span>
 
 namespace bdmeta {
 
 using discio::ByteReader;
 using discio::ErrorText;
+using discio::ReadBudget;
 
 namespace {
 
@@ -30,11 +32,6 @@ constexpr char kClipInfoDirectory[] = "BDMV/CLIPINF";
 constexpr std::size_t kIndexMinimumSize = 16;
 constexpr std::size_t kIdMinimumSize = 60;
 constexpr std::size_t kTitleCountOffset = 28;
-
-// What one disc's navigation files may take in memory. A disc of decoys has some tens of megabytes; a sparse
-// file can claim any size at no cost, so what goes beyond this counts as memory that could not be had. In an image
-// the files together are also held to the image's own size: many names may share one extent.
-constexpr std::uint64_t kMaxNavigationBytes = 256ULL << 20U;
 
 std::string hexText(std::span<const std::uint8_t> bytes)
 {
@@ -93,6 +90,7 @@ public:
     bool run(const char* path)
     {
         if (openBluraySource(path, m_source, m_error.data(), m_error.capacity()) != 0) { return false; }
+        m_streamTables.emplace(*m_source.budget);
         m_disc.volumeId = m_source.volumeId;
         readIdentity();
 
@@ -108,11 +106,15 @@ public:
             std::ranges::all_of(playlists, [this](const std::string& name) { return readPlaylist(name); });
         if (!arePlaylistsRead) { return false; }
         m_step = Step::Clips;
-        return std::ranges::all_of(clips, [this](const std::string& name) { return readClip(name); });
+        // Also a file that the disc may lack, or a stream file's size, may have been what reached a bound.
+        return std::ranges::all_of(clips, [this](const std::string& name) { return readClip(name); }) &&
+               m_source.budget->reached() == nullptr;
     }
 
     int fail() const
     {
+        const char* const bound = m_source.budget ? m_source.budget->reached() : nullptr;
+        if (bound != nullptr) { return m_error.fail("%s", bound); }
         switch (m_step) {
         case Step::Opening:  // has its message
             break;
@@ -129,27 +131,12 @@ public:
 private:
     enum class Step { Opening, Listing, Playlists, Clips };
 
-    [[nodiscard]] std::uint64_t navigationLimit() const
-    {
-        return m_source.mode == discio::BluraySourceMode::Directory
-                   ? kMaxNavigationBytes
-                   : std::min(kMaxNavigationBytes, m_source.image.sizeBytes);
-    }
-
-    // A navigation file whole, within what all of them may take.
-    bool readFile(const char* path, std::vector<std::uint8_t>& bytes)
-    {
-        if (readWholeFile(m_source, path, bytes, navigationLimit() - m_readBytes) != 0) { return false; }
-        m_readBytes += bytes.size();
-        return true;
-    }
-
     // Both files may be missing or malformed.
     void readIdentity()
     {
         std::vector<std::uint8_t> bytes;
-        if (readFile("BDMV/index.bdmv", bytes)) { parseIndex(bytes, m_disc); }
-        if (readFile("CERTIFICATE/id.bdmv", bytes)) { parseId(bytes, m_disc); }
+        if (readWholeFile(m_source, "BDMV/index.bdmv", bytes) == 0) { parseIndex(bytes, m_disc); }
+        if (readWholeFile(m_source, "CERTIFICATE/id.bdmv", bytes) == 0) { parseId(bytes, m_disc); }
     }
 
     bool listSorted(const char* directory, const char* suffix, std::vector<std::string>& names)
@@ -163,7 +150,7 @@ private:
     // lead to another file.
     bool readListed(const std::string& name, std::vector<std::uint8_t>& bytes)
     {
-        return name.find('/') == std::string::npos && readFile(m_path.data(), bytes);
+        return name.find('/') == std::string::npos && readWholeFile(m_source, m_path.data(), bytes) == 0;
     }
 
     bool readPlaylist(const std::string& name)
@@ -171,7 +158,7 @@ private:
         m_path = discPath(kPlaylistDirectory, name, ".mpls");
         std::vector<std::uint8_t> bytes;
         if (!readListed(name, bytes)) { return false; }
-        auto playlist = parsePlaylistBytes(bytes, m_streamTables);
+        auto playlist = parsePlaylistBytes(bytes, *m_streamTables);
         if (!playlist) { return false; }
         playlist->name = FixedText<5>(name);
         playlist->rawData = std::move(bytes);
@@ -188,8 +175,7 @@ private:
         if (!readListed(name, bytes)) { return false; }
         auto clip = parseClipInfoBytes(bytes);
         if (!clip) { return false; }
-        m_clipStreamCount += clip->streams.size();
-        if (m_clipStreamCount > kMaxDiscStreams) { return false; }
+        if (!m_source.budget->spend(ReadBudget::Bound::Streams, clip->streams.size())) { return false; }
         clip->name = ClipName(name);
         clip->streamFileSize = streamFileSize;
         clip->rawData = std::move(bytes);
@@ -200,9 +186,7 @@ private:
     BlurayDisc& m_disc;
     const ErrorText& m_error;
     discio::BlurayDiscSource m_source;
-    StreamTables m_streamTables;
-    std::size_t m_clipStreamCount = 0;
-    std::uint64_t m_readBytes = 0;
+    std::optional<StreamTables> m_streamTables;
     Step m_step = Step::Opening;
     DiscPath m_path = {};  // of the file being read
 };

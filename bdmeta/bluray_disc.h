@@ -154,9 +154,8 @@ struct BlurayDisc {
 };
 
 // Reads a disc directory or image. 0 on success. -1 on failure with a printf-style message in `errorText`;
-// `disc` is then empty. One bad playlist or clip information file fails the whole disc, and so does the one
-// with which the navigation files come to more than 256 MiB, or the streams of the playlists or of the clips
-// to more than 4 million. Either of `errorText` and its capacity may be missing.
+// `disc` is then empty. One bad playlist or clip information file fails the whole disc, and so does a bound that
+// is reached (discio/read_budget.h). Either of `errorText` and its capacity may be missing.
 [[nodiscard]] int readBlurayDisc(const char* path, BlurayDisc* disc, char* errorText,
                                  std::size_t errorCapacity);
 

@@ -52,7 +52,8 @@ int openImage(const std::string& path, BlurayDiscSource& source, const ErrorText
     if (!opened.stream) {
         return error.fail("cannot open '%s': %s", path.c_str(), systemErrorText(opened.errorNumber));
     }
-    source.image = {opened.stream, opened.sizeBytes};
+    source.image = {opened.stream, opened.sizeBytes, source.budget};
+    source.budget->holdToImage(opened.sizeBytes);
     std::array<std::uint8_t, kIsoSectorSize> sector = {};
     if (readImage(source.image, kIsoDescriptorOffset, sector) == sector.size()) {
         const auto iso = parsePrimaryVolumeDescriptor(sector);
@@ -69,6 +70,7 @@ int openImage(const std::string& path, BlurayDiscSource& source, const ErrorText
             source.udf = std::move(*udf);
         }
     }
+    if (const char* const bound = source.budget->reached()) { return error.fail("%s", bound); }
     if (source.mode == BluraySourceMode::Directory) {
         return error.fail("'%s' is not a supported ISO-9660 or UDF image", path.c_str());
     }
@@ -77,6 +79,7 @@ int openImage(const std::string& path, BlurayDiscSource& source, const ErrorText
 
 int openPath(const char* path, BlurayDiscSource& source, const ErrorText& error)
 {
+    source.budget = std::make_shared<ReadBudget>();
     const PathStatus status = queryPath(path);
     switch (status.kind) {
     case PathKind::Missing:
@@ -95,23 +98,27 @@ int openPath(const char* path, BlurayDiscSource& source, const ErrorText& error)
 // ---- Reading ----
 
 bool readFromTree(const BlurayDiscSource& source, std::string_view relativePath,
-                  std::vector<std::uint8_t>& bytes, std::uint64_t limitBytes)
+                  std::vector<std::uint8_t>& bytes)
 {
     std::string path;
     if (resolveDirectoryPath(source, relativePath, path) != 0) { return false; }
     const OpenedFile opened = openRegularFile(path);
-    if (!opened.stream || opened.sizeBytes > limitBytes) { return false; }
+    if (!opened.stream || !source.budget->spend(ReadBudget::Bound::NavigationBytes, opened.sizeBytes)) {
+        return false;
+    }
     bytes.resize(static_cast<std::size_t>(opened.sizeBytes));
     return readExactly(opened.stream.get(), 0, bytes);
 }
 
 bool readFromImage(const BlurayDiscSource& source, std::string_view relativePath,
-                   std::vector<std::uint8_t>& bytes, std::uint64_t limitBytes)
+                   std::vector<std::uint8_t>& bytes)
 {
     ExtentList data;
     bool isDirectory = false;
     return resolveImagePath(source, relativePath, data, isDirectory) == 0 && !isDirectory &&
-           data.sizeBytes <= limitBytes && readExtents(source.image, data, bytes);
+           data.sizeBytes <= source.image.sizeBytes &&
+           source.budget->spend(ReadBudget::Bound::NavigationBytes, data.sizeBytes) &&
+           readExtents(source.image, data, bytes);
 }
 
 }  // namespace
@@ -167,11 +174,11 @@ int resolveImagePath(const BlurayDiscSource& source, std::string_view relativePa
 }
 
 int readWholeFile(const BlurayDiscSource& source, std::string_view relativePath,
-                  std::vector<std::uint8_t>& bytes, std::uint64_t limitBytes)
+                  std::vector<std::uint8_t>& bytes)
 {
     const bool isRead = source.mode == BluraySourceMode::Directory
-                            ? readFromTree(source, relativePath, bytes, limitBytes)
-                            : readFromImage(source, relativePath, bytes, limitBytes);
+                            ? readFromTree(source, relativePath, bytes)
+                            : readFromImage(source, relativePath, bytes);
     if (!isRead) { bytes = {}; }
     return isRead ? 0 : -1;
 }

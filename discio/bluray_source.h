@@ -8,6 +8,9 @@
 // A directory of the disc is read once, however many of its files are asked for, and once read it is
 // remembered as it was. In an image a path has 1 to 64 components, and nothing is read from 2 GiB on (see
 // disc_image.h).
+//
+// Once a bound of the source's budget is reached, nothing more is found or read. A file that is missing for that reason
+// must not pass for one that the disc lacks either: whoever reads a disc asks the budget at the end.
 #pragma once
 
 #include "discio/disc_directory.h"
@@ -19,6 +22,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -33,12 +37,13 @@ using DirectoryCache = std::map<std::string, std::optional<DiscDirectory>, std::
 
 struct BlurayDiscSource {
     BluraySourceMode mode = BluraySourceMode::Directory;
-    std::string rootPath;         // directory: the disc root as given
-    DiscImage image;              // images
-    std::uint32_t blockSize = 0;  // ISO-9660: as the volume descriptor has it, unchecked
-    IsoExtent isoRootExtent;      // ISO-9660
-    UdfVolume udf;                // UDF
-    std::string volumeId;         // of the ISO-9660 side, without the blanks that pad it
+    std::shared_ptr<ReadBudget> budget;  // null where the source is not open
+    std::string rootPath;                // directory: the disc root as given
+    DiscImage image;                     // images
+    std::uint32_t blockSize = 0;         // ISO-9660: as the volume descriptor has it, unchecked
+    IsoExtent isoRootExtent;             // ISO-9660
+    UdfVolume udf;                       // UDF
+    std::string volumeId;                // of the ISO-9660 side, without the blanks that pad it
     mutable DirectoryCache directories;
 };
 
@@ -60,10 +65,10 @@ struct BlurayDiscSource {
 [[nodiscard]] int resolveImagePath(const BlurayDiscSource& source, std::string_view relativePath,
                                    ExtentList& data, bool& isDirectory);
 
-// Any mode: reads a file whole. 0, or -1 on any failure, which is also that the file is longer than
-// `limitBytes`. Memory is taken only for bytes that are there.
+// Any mode: reads a file whole. 0, or -1 on any failure, which is also that the file is longer than the source's
+// budget allows. Memory is taken only for bytes that are there.
 [[nodiscard]] int readWholeFile(const BlurayDiscSource& source, std::string_view relativePath,
-                                std::vector<std::uint8_t>& bytes, std::uint64_t limitBytes = UINT64_MAX);
+                                std::vector<std::uint8_t>& bytes);
 
 // Any mode: a file's size without reading it; 0 where the path does not resolve or is no file.
 [[nodiscard]] std::uint64_t blurayFileSize(const BlurayDiscSource& source, std::string_view relativePath);

@@ -107,7 +107,7 @@ struct DvdDisc {
 
 // Reads a disc directory or ISO image. 0 on success. -1 on failure with a printf-style message in
 // `errorText`, which is empty for the few failures that have no message of their own; `disc` is then empty.
-// One bad file fails the whole disc, and so do IFO files of more than 256 MiB together. Either of `errorText`
+// One bad file fails the whole disc, and so does a bound that is reached (discio/read_budget.h). Either of `errorText`
 // and its capacity may be missing.
 [[nodiscard]] int readDvdDisc(const char* path, DvdDisc* disc, char* errorText, std::size_t errorCapacity);
 

@@ -13,7 +13,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!clip) { return 0; }
     clip->rawData.assign(data, data + size);
     clip->streamFileSize = std::uint64_t{clip->sourcePacketCount} * 192;
-    bdmeta::WalkBudget budget(1U << 20U);
+    discio::ReadBudget budget;
+    budget.lower(discio::ReadBudget::Bound::LookUps, 1U << 20U, "steps");
     bdmeta::EpMap map(*clip, budget);
     constexpr std::uint32_t kTimes[] = {0, 1, 1U << 19U, 45000 * 600U, UINT32_MAX};
     for (std::uint8_t stcId = 0; stcId < 3; ++stcId) {

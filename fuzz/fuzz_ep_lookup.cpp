@@ -40,13 +40,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     clip.rawData.assign(data + kQuestionsSize, data + size);
     clip.sourcePacketCount = 123456;
     const EpWalk walk(clip.rawData, clip.sourcePacketCount);
-    bdmeta::WalkBudget budget;
+    discio::ReadBudget budget;
     bdmeta::EpMap map(clip, budget);
     for (std::size_t i = 0; i < kQuestionCount; ++i) {
         const Question question = questionAt(data + i * kQuestionSize);
         std::uint32_t packet = 0;
         const bool isFound = findEntryPacket(map, question.time, question.isStart, question.stcId, packet);
-        if (budget.isExhausted()) { return 0; }
+        if (budget.reached() != nullptr) { return 0; }
         const auto expected = walk.find(question.time, question.isStart, question.stcId);
         fuzz::abortUnless(isFound == expected.has_value());
         if (expected) { fuzz::abortUnless(packet == *expected); }

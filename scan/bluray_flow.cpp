@@ -118,7 +118,11 @@ DiscScanResult describeBluray(const bdmeta::BlurayDisc* disc)
     std::vector<bdmeta::BlurayTitle> titles;
     bdmeta::BlurayDiscSummary summary;
     bdmeta::SizeFallback fallback;
-    if (bdmeta::deriveBlurayTitles(disc, &titles, &summary, &fallback) != 0) {
+    discio::ReadBudget budget;
+    if (bdmeta::deriveBlurayTitles(disc, &titles, &summary, &fallback, budget) != 0) {
+        if (const char* const bound = budget.reached()) {
+            logging::log(logging::kBdmeta, logging::kError, QString::fromLatin1(bound));
+        }
         return errorResult(kScanFailed);
     }
     logSizes(fallback);
