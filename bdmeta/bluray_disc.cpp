@@ -33,6 +33,8 @@ constexpr std::size_t kIndexMinimumSize = 16;
 constexpr std::size_t kIdMinimumSize = 60;
 constexpr std::size_t kTitleCountOffset = 28;
 
+constexpr std::size_t kMaxReadWarnings = 100;  // the rest share one
+
 std::string hexText(std::span<const std::uint8_t> bytes)
 {
     constexpr std::string_view kDigits = "0123456789ABCDEF";
@@ -135,8 +137,36 @@ private:
     void readIdentity()
     {
         std::vector<std::uint8_t> bytes;
-        if (readWholeFile(m_source, "BDMV/index.bdmv", bytes) == 0) { parseIndex(bytes, m_disc); }
-        if (readWholeFile(m_source, "CERTIFICATE/id.bdmv", bytes) == 0) { parseId(bytes, m_disc); }
+        if (readOptional("BDMV/index.bdmv", bytes)) { parseIndex(bytes, m_disc); }
+        if (readOptional("CERTIFICATE/id.bdmv", bytes)) { parseId(bytes, m_disc); }
+    }
+
+    bool readOptional(const char* path, std::vector<std::uint8_t>& bytes)
+    {
+        if (readWholeFile(m_source, path, bytes) == 0) { return true; }
+        warnOfUnreadable(path, discio::BlurayUse::File);
+        return false;
+    }
+
+    std::uint64_t streamFileSize(const std::string& name)
+    {
+        const DiscPath path = discPath("BDMV/STREAM", name, ".m2ts");
+        const std::uint64_t sizeBytes = blurayFileSize(m_source, path.data());
+        if (sizeBytes == 0) { warnOfUnreadable(path.data(), discio::BlurayUse::Size); }
+        return sizeBytes;
+    }
+
+    // What has failed may also not be there, which is no warning.
+    void warnOfUnreadable(const char* path, discio::BlurayUse use)
+    {
+        std::vector<std::string>& warnings = m_disc.readWarnings;
+        if (m_source.budget->reached() != nullptr || warnings.size() > kMaxReadWarnings) { return; }
+        const auto unreadable = findUnreadable(m_source, path, use);
+        if (!unreadable) { return; }
+        std::string text = "cannot read '" + unreadable->path + "': " + unreadable->reason;
+        if (std::ranges::find(warnings, text) != warnings.end()) { return; }
+        if (warnings.size() == kMaxReadWarnings) { text = "more of the disc cannot be read"; }
+        warnings.push_back(std::move(text));
     }
 
     bool listSorted(const char* directory, const char* suffix, std::vector<std::string>& names)
@@ -169,15 +199,14 @@ private:
     bool readClip(const std::string& name)
     {
         m_path = discPath(kClipInfoDirectory, name, ".clpi");
-        const std::uint64_t streamFileSize =
-            blurayFileSize(m_source, discPath("BDMV/STREAM", name, ".m2ts").data());
+        const std::uint64_t sizeBytes = streamFileSize(name);
         std::vector<std::uint8_t> bytes;
         if (!readListed(name, bytes)) { return false; }
         auto clip = parseClipInfoBytes(bytes);
         if (!clip) { return false; }
         if (!m_source.budget->spend(ReadBudget::Bound::Streams, clip->streams.size())) { return false; }
         clip->name = ClipName(name);
-        clip->streamFileSize = streamFileSize;
+        clip->streamFileSize = sizeBytes;
         clip->rawData = std::move(bytes);
         m_disc.clips.push_back(std::move(*clip));
         return true;

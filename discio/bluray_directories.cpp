@@ -13,16 +13,6 @@ namespace {
 
 using Components = std::span<const std::string_view>;
 
-std::string joinPath(Components components)
-{
-    std::string path;
-    for (const std::string_view component : components) {
-        if (!path.empty()) { path += '/'; }
-        path += component;
-    }
-    return path;
-}
-
 std::optional<DiscDirectory> readTreeDirectory(const std::string& path)
 {
     auto names = listDirectory(path);
@@ -104,6 +94,16 @@ std::vector<std::string_view> splitPath(std::string_view path)
         path.remove_prefix(std::min(component.size() + 1, path.size()));
     }
     return components;
+}
+
+std::string joinPath(Components components)
+{
+    std::string path;
+    for (const std::string_view component : components) {
+        if (!path.empty()) { path += '/'; }
+        path += component;
+    }
+    return path;
 }
 
 const DiscDirectory* directoryAt(const BlurayDiscSource& source, Components components)

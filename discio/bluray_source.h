@@ -73,6 +73,23 @@ struct BlurayDiscSource {
 // Any mode: a file's size without reading it; 0 where the path does not resolve or is no file.
 [[nodiscard]] std::uint64_t blurayFileSize(const BlurayDiscSource& source, std::string_view relativePath);
 
+// How a reader uses what a path of the disc leads to: it reads a file whole, asks a file's size alone, or lists a
+// directory.
+enum class BlurayUse { File, Size, Directory };
+
+struct UnreadableEntry {
+    std::string path;    // of the file, or of the directory on the way to it that cannot be read
+    std::string reason;  // in words
+};
+
+inline constexpr char kBehindImageLimit[] =
+    "the file lies behind the image's first 2 GiB; mount the image and open the directory";
+
+// Any mode, for a path of which the use has failed: what cannot be read there, and why. Empty where nothing is there:
+// no directory lists it, or the system says that there is no such file.
+[[nodiscard]] std::optional<UnreadableEntry> findUnreadable(const BlurayDiscSource& source,
+                                                            std::string_view relativePath, BlurayUse use);
+
 // Any mode: the names in a directory that end with `suffix` (in any letter case) and are longer, without it.
 // In an image they are in the directory's order, and its directories are left out; in a directory tree they
 // are in byte-wise order, whatever they name. 0, or -1 where the directory is not there, cannot be read or

@@ -131,6 +131,9 @@ DiscScanResult describeBluray(const bdmeta::BlurayDisc* disc)
     DiscScanResult result;
     result.discType = DiscType::Bluray;
     result.blurayTitles = describeBlurayTitles(*disc, titles);
+    for (const std::string& warning : disc->readWarnings) {
+        result.readWarnings.append(text(warning));
+    }
     takeSummary(summary, result);
     QString packageError;
     result.blurayPackage =

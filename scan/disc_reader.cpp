@@ -17,6 +17,13 @@ constexpr char kNoDisc[] = QT_TRANSLATE_NOOP("Messages", "Path is not a valid Bl
 
 using ReaderError = std::array<char, kErrorCapacity>;
 
+void logWarnings(const std::vector<std::string>& warnings)
+{
+    for (const std::string& warning : warnings) {
+        logging::log(logging::kBdmeta, logging::kWarning, QString::fromLocal8Bit(warning));
+    }
+}
+
 // Each reads a disc of its kind; false where the path is no such disc, with the reader's words in `error`.
 
 bool readBluray(const QByteArray& path, bdmeta::BlurayDisc& disc, ReaderError& error)
@@ -27,6 +34,7 @@ bool readBluray(const QByteArray& path, bdmeta::BlurayDisc& disc, ReaderError& e
                  QStringLiteral("finished parsing: %1 playlists, %2 clips")
                      .arg(disc.playlists.size())
                      .arg(disc.clips.size()));
+    logWarnings(disc.readWarnings);
     return true;
 }
 

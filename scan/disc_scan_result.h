@@ -108,4 +108,5 @@ struct DiscScanResult {
     QByteArray blurayDiscIdBytes;  // 16 raw bytes
     quint64 extra = 0;             // reserved, carried along
     QStringList readerErrors;      // of a refused path: the Blu-ray reader's error, then the DVD reader's
+    QStringList readWarnings;      // optional files that exist but cannot be read, with the reason
 };

@@ -868,6 +868,10 @@ Neue Version: %2</translation>
         <source>Platterscope - %1</source>
         <translation>Platterscope - %1</translation>
     </message>
+    <message>
+        <source>Disc Read Error</source>
+        <translation>Fehler beim Lesen der Disc</translation>
+    </message>
 </context>
 <context>
     <name>Messages</name>

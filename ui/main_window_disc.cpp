@@ -104,6 +104,9 @@ void MainWindow::openDisc(const QString& given)
     }
     stopMonitoring();  // first: the watch is for what others read, not for what the scan does
     DiscScanResult result = scanDiscWithProgress(path, false);
+    if (!m_closeRequested && !result.readWarnings.isEmpty()) {
+        messagebox::warning(this, tr("Disc Read Error"), result.readWarnings.join(QLatin1Char('\n')));
+    }
     const bool isUnknown = result.ok != 0 && !result.inDatabase;
     if (isUnknown && !m_closeRequested &&
         messagebox::ask(

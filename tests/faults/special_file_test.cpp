@@ -62,13 +62,13 @@ constexpr char kTooLarge[] = "the navigation files are larger than 512 MiB";
 const DiscFile kFiles[] = {
     {Family::Dvd, "VIDEO_TS/VIDEO_TS.IFO", "", kTooLarge},
     {Family::Dvd, "VIDEO_TS/VTS_01_0.IFO", "", kTooLarge},
-    {Family::Bluray, "BDMV/index.bdmv", faults::kWithoutIndex, kTooLarge},
-    {Family::Bluray, "CERTIFICATE/id.bdmv", faults::kWithoutIdentity, kTooLarge},
+    {Family::Bluray, "BDMV/index.bdmv", faults::warned(faults::kWithoutIndex), kTooLarge},
+    {Family::Bluray, "CERTIFICATE/id.bdmv", faults::warned(faults::kWithoutIdentity), kTooLarge},
     {Family::Bluray, "BDMV/PLAYLIST/00800.mpls", "cannot parse playlist 'BDMV/PLAYLIST/00800.mpls'",
      kTooLarge},
     {Family::Bluray, "BDMV/CLIPINF/00002.clpi", "cannot parse clip information 'BDMV/CLIPINF/00002.clpi'",
      kTooLarge},
-    {Family::Bluray, "BDMV/STREAM/00002.m2ts", faults::kWithoutOneStream,
+    {Family::Bluray, "BDMV/STREAM/00002.m2ts", faults::warned(faults::kWithoutOneStream),
      "id 0001 titles 2 playlists 3 clips 3 bytes 1502 streams 1099511640064"},
 };
 

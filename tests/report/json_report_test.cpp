@@ -106,8 +106,11 @@ TEST(JsonReport, OddDiscsKeepToTheSchema)
     bare.playItems.clear();
     const QJsonObject report = reportOf(testsupport::sampleBluray()
                                             .remove("CERTIFICATE/id.bdmv")
+                                            .remove("BDMV/index.bdmv")
+                                            .add("BDMV/index.bdmv/in it", {})
                                             .add("BDMV/PLAYLIST/00001.mpls", crowded.build())
                                             .add("BDMV/PLAYLIST/00002.mpls", bare.build()));
+    EXPECT_EQ(report[u"warnings"_s], QJsonArray{u"cannot read 'BDMV/index.bdmv': Is a directory"_s});
     EXPECT_EQ(report[u"disc"_s].toObject()[u"discId"_s], QString());
     EXPECT_EQ(report[u"disc"_s].toObject()[u"discIdBytes"_s], QString(32, u'0'));
     const QJsonArray titles = report[u"titles"_s].toArray();

@@ -188,6 +188,18 @@ void OpenDiscTest::anUnknownDiscIsAddedOnlyOnYes()
     fixture.openDirectory(path);  // known now: nothing is asked
     QCOMPARE(fixture.driver.problems(), QStringList());
     QCOMPARE(rowTexts(*fixture.tree()), kSampleRows);
+
+    // Of a disc that is not read whole, the user learns before the question, and not again when it is added.
+    const std::string damaged = testsupport::sampleBluray()
+                                    .remove("BDMV/index.bdmv")
+                                    .add("BDMV/index.bdmv/in it", {})
+                                    .write(DiscForm::Directory, fixture.folder);
+    fixture.openDirectory(damaged, [&] {
+        fixture.driver.expectBox(QStringLiteral("Disc Read Error"),
+                                 QStringLiteral("cannot read 'BDMV/index.bdmv': Is a directory"));
+        fixture.driver.expectBox(kAddTitle, kAddQuestion, QMessageBox::Yes);
+    });
+    QCOMPARE(fixture.driver.problems(), QStringList());
 }
 
 void OpenDiscTest::theQuestionsDefaultIsNo()
