@@ -130,6 +130,26 @@ public:
         return -1;
     }
 
+    // Whether the step's file or directory lies where no read of an image begins.
+    [[nodiscard]] bool isBehindImageLimit() const
+    {
+        const auto isBehind = [this](const char* path, discio::BlurayUse use) {
+            const auto unreadable = findUnreadable(m_source, path, use);
+            return unreadable && unreadable->reason == discio::kBehindImageLimit;
+        };
+        switch (m_step) {
+        case Step::Opening:
+            break;
+        case Step::Listing:
+            return isBehind(kPlaylistDirectory, discio::BlurayUse::Directory) ||
+                   isBehind(kClipInfoDirectory, discio::BlurayUse::Directory);
+        case Step::Playlists:
+        case Step::Clips:
+            return isBehind(m_path.data(), discio::BlurayUse::File);
+        }
+        return false;
+    }
+
 private:
     enum class Step { Opening, Listing, Playlists, Clips };
 
@@ -235,6 +255,10 @@ int readBlurayDisc(const char* path, BlurayDisc* disc, char* errorText, std::siz
     }
     if (isRead) { return 0; }
     releaseBlurayDisc(*disc);
+    try {
+        if (read.isBehindImageLimit()) { disc->readWarnings = {discio::kBehindImageLimit}; }
+    } catch (const std::bad_alloc&) {  // the failure's own message has to do
+    }
     return read.fail();
 }
 

@@ -53,7 +53,9 @@ ParsedDisc readDisc(const QByteArray& localPath)
 {
     ParsedDisc disc;
     ReaderError blurayError = {};
-    if (readBluray(localPath, disc.emplace<bdmeta::BlurayDisc>(), blurayError)) { return disc; }
+    auto& bluray = disc.emplace<bdmeta::BlurayDisc>();
+    if (readBluray(localPath, bluray, blurayError)) { return disc; }
+    const std::vector<std::string> warnings = std::move(bluray.readWarnings);
     logging::log(logging::kBdmeta, logging::kInfo,
                  QStringLiteral("not a Blu-ray source; trying DVD parsing"));
     ReaderError dvdError = {};
@@ -61,6 +63,7 @@ ParsedDisc readDisc(const QByteArray& localPath)
     const NoDisc none = {
         {QString::fromLocal8Bit(blurayError.data()), QString::fromLocal8Bit(dvdError.data())}};
     logging::log(logging::kBdmeta, logging::kError, none.readerErrors.first());
+    logWarnings(warnings);
     logging::log(logging::kDvdmeta, logging::kError, none.readerErrors.last());
     return none;
 }
