@@ -32,10 +32,6 @@ constexpr std::uint64_t kTitleTableSectorOffset = 0xC4;
 constexpr std::uint64_t kTitleTableHeaderSize = 8;
 constexpr std::uint64_t kTitleEntrySize = 12;
 
-// The most memory for the IFO files of one disc. Those of a full disc take a few megabytes, but a sparse file
-// can have any size at no cost. A file beyond the limit counts as one that cannot be read.
-constexpr std::uint64_t kMaxIfoBytes = 256ULL << 20U;
-
 // The numbers 100 to 255 give a name of 13 characters.
 std::string titleSetFileName(std::uint32_t number)
 {
@@ -55,6 +51,14 @@ public:
 
     int run(const char* path)
     {
+        const int outcome = read(path);
+        const char* const bound = m_source.budget->reached();
+        return bound == nullptr ? outcome : m_error.fail("%s", bound);
+    }
+
+private:
+    int read(const char* path)
+    {
         if (openDvdSource(path, m_source, m_error.data(), m_error.capacity()) != 0) { return -1; }
         discio::DiscFileRef ref;
         if (openDvdFile(m_source, kManagerName, ref, m_error.data(), m_error.capacity()) != 0) { return -1; }
@@ -66,12 +70,9 @@ public:
         return 0;
     }
 
-private:
     IfoFile load(const std::string& name, const discio::DiscFileRef& ref)
     {
-        discio::DiscFileBytes file = readDiscFile(ref, kMaxIfoBytes - m_loadedBytes);
-        m_loadedBytes += file.bytes.size();
-        return {name, std::move(file)};
+        return {name, readDiscFile(ref, *m_source.budget)};
     }
 
     int readManager(const IfoFile& manager)
@@ -188,7 +189,6 @@ private:
     DvdDisc& m_disc;
     const ErrorText& m_error;
     discio::DvdDiscSource m_source;
-    std::uint64_t m_loadedBytes = 0;
     std::map<std::uint32_t, IfoFile> m_titleSetFiles;
 };
 

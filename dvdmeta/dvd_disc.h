@@ -50,6 +50,13 @@ struct DvdStreamAttributes {
     std::vector<DvdSubpictureStream> subpicture;  // at most 32
 };
 
+// A cell of a program chain: a piece of the title's video and how long it plays.
+struct DvdCell {
+    std::uint64_t durationMs = 0;
+    std::uint32_t firstSector = 0;  // counted from the first sector of the title VOBs, like lastSector
+    std::uint32_t lastSector = 0;
+};
+
 struct DvdTitle {
     // From the manager's title table.
     std::uint32_t titleNumber = 0;     // 1-based
@@ -70,6 +77,7 @@ struct DvdTitle {
     std::uint64_t playbackSizeBytes = 0;  // of angle 1
     std::uint64_t firstSector = 0;        // counted from the title set's start, like lastSector
     std::uint64_t lastSector = 0;
+    std::vector<DvdCell> cells;  // of angle 1, from the title's first on
     DvdStreamAttributes streams;
 
     // True if several angles or PGCs share the title's sectors, so that the size of angle 1 is an estimate.
@@ -99,7 +107,7 @@ struct DvdDisc {
 
 // Reads the disc directory or ISO image at `path` into `disc`. Returns 0; or -1 with `disc` empty and a message
 // in `errorText`. The message is "" if a title's numbers are 0 or memory does not suffice. One bad file fails the
-// whole disc, and so do IFO files of more than 256 MiB together. `errorText` may be null.
+// whole disc, and so does a bound that is reached (discio/read_budget.h). `errorText` may be null.
 [[nodiscard]] int readDvdDisc(const char* path, DvdDisc* disc, char* errorText, std::size_t errorCapacity);
 
 // Empties the record and frees its memory.

@@ -13,7 +13,8 @@
 //
 //     2  programs    3  cells    4  playback time, BCD h m s f; the top two bits of f are the frame rate
 //   230  offset of the program map (a byte for each program: its first cell)
-//   232  offset of the cell playback table, 24 bytes a cell: byte 0 angle block bits, 8 first sector, 20 last
+//   232  offset of the cell playback table, 24 bytes a cell: byte 0 angle block bits, 4 playback time,
+//        8 first sector, 20 last
 //
 // Sectors are 2,048 bytes; sector numbers, offsets and counts are big-endian.
 #pragma once

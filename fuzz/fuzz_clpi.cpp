@@ -9,7 +9,8 @@ void fuzz::target(Input input)
     if (!clip) { return; }
     clip->rawData.assign(input.begin(), input.end());
     clip->streamFileSize = std::uint64_t{clip->sourcePacketCount} * 192;
-    bdmeta::WalkBudget budget(1U << 20U);
+    discio::ReadBudget budget;
+    budget.lower(discio::ReadBudget::Bound::LookUps, 1U << 20U, "steps");
     bdmeta::EpMap map(*clip, budget);
     constexpr std::uint32_t kTimes[] = {0, 1, 1U << 19U, 45000 * 600U, UINT32_MAX};
     for (std::uint8_t stcId = 0; stcId < 3; ++stcId) {

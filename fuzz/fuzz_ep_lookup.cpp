@@ -13,7 +13,7 @@ void fuzz::target(Input input)
     clip.rawData.assign(input.begin() + kQuestionsSize, input.end());
     clip.sourcePacketCount = 123456;
     const EpWalk walk(clip.rawData, clip.sourcePacketCount);
-    bdmeta::WalkBudget budget;
+    discio::ReadBudget budget;
     bdmeta::EpMap map(clip, budget);
     for (std::size_t at = 0; at < kQuestionsSize; at += 6) {
         const Input question = input.subspan(at, 6);
@@ -22,7 +22,7 @@ void fuzz::target(Input input)
         const bool isStart = question[4] % 2 == 0;
         std::uint32_t packet = 0;
         const bool isFound = findEntryPacket(map, time, isStart, question[5], packet);
-        if (budget.isExhausted()) { return; }
+        if (budget.reached() != nullptr) { return; }
         const auto expected = walk.find(time, isStart, question[5]);
         require(isFound == expected.has_value() && (!isFound || packet == *expected));
     }

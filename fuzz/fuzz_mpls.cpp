@@ -4,10 +4,10 @@
 
 void fuzz::target(Input input)
 {
-    constexpr std::size_t kMaxStreams = 100'000;
-    bdmeta::StreamTables tables(kMaxStreams);
+    discio::ReadBudget budget;
+    budget.lower(discio::ReadBudget::Bound::Streams, 100'000, "streams");
+    bdmeta::StreamTables tables(budget);
     const auto playlist = bdmeta::parsePlaylistBytes(input, tables);
-    require(tables.streamCount() <= kMaxStreams);
     if (!playlist) { return; }
     std::uint64_t durationMs = 0;
     for (const bdmeta::BlurayPlayItem& item : playlist->playItems) {

@@ -1,6 +1,7 @@
 // A DVD's record as text, to compare with golden files: a line for the disc, each title, stream and file.
 #pragma once
 
+#include "dvdmeta/distinct_play_time.h"
 #include "dvdmeta/dvd_disc.h"
 
 #include <cstdio>
@@ -48,6 +49,9 @@ inline std::string textOf(const dvdmeta::DvdTitle& title)
         << " cells, " << title.durationMs << " ms, " << title.playbackSizeBytes << " bytes, sectors "
         << title.firstSector << " to " << title.lastSector
         << (title.complexAngle == 1 ? ", complex angles" : "");
+    if (const auto ms = dvdmeta::distinctPlayTimeMs(title.cells); ms > 0) {
+        out << ", distinct " << ms << " ms";
+    }
     return out.str();
 }
 

@@ -145,8 +145,8 @@ TEST(DvdDisc, FilesThatAreMissingOrCannotBeRetained)
     EXPECT_EQ(readPath(disc).message, "cannot open '" + path + "': Is a directory");
     fs::remove(path);
     testsupport::writeFile(path, spec.titleSets[1].build());
-    fs::resize_file(path, 256U << 20U);  // sparse; with the other files above the limit of memory
-    EXPECT_EQ(readPath(disc).message, "cannot read VIDEO_TS/VTS_02_0.IFO");
+    fs::resize_file(path, 512U << 20U);  // sparse; with the other files above the limit of memory
+    EXPECT_EQ(readPath(disc).message, "the navigation files are larger than 512 MiB");
 }
 
 TEST(DvdDisc, ManagerCutOff)

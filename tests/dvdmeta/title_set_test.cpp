@@ -80,6 +80,16 @@ TEST(DvdTitle, SizeIsThatOfAngle1FromTheStartProgramOn)
         // Cells that end before they begin.
         {1, {.cells = {{9, 8}, {5, 5}, {UINT32_MAX, 0}}}, "2048 bytes, sectors 12 to 12"},
         {1, {.cells = {{9, 8}}}, "0 bytes, sectors 0 to 0"},
+        // The play time of the cells, each sector range once: 1 + 2 + 8 minutes from the second program on.
+        {2,
+         {.programMap = {1, 2},
+          .cells = {{0, 9, 0, {0, 0x40}},
+                    {10, 19, 0, {0, 1}},
+                    {20, 29, 0x50, {0, 2}},
+                    {30, 39, 0xD0, {0, 4}},
+                    {10, 19, 0, {0, 1}},
+                    {10, 15, 0, {0, 8}}}},
+         "73728 bytes, sectors 17 to 36, complex angles, distinct 660000 ms"},
         {1, {.cells = Cells(255, {0, UINT32_MAX})}, "2243003720663040 bytes, sectors 7 to 4294967302"},
     };
     for (const auto& [startProgram, pgc, expected] : rows) {

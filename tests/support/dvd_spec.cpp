@@ -55,6 +55,7 @@ Bytes programChain(const PgcSpec& spec)
     for (const CellSpec& cell : spec.cells) {
         const std::size_t entry = pgc.size();
         putBe(pgc, entry, cell.blockBits, 1);
+        putBytes(pgc, entry + 4, {cell.time.begin(), cell.time.end()});
         putBe(pgc, entry + 8, cell.firstSector, 4);
         putBe(pgc, entry + 20, cell.lastSector, 4);
     }

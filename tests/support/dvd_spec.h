@@ -61,6 +61,7 @@ struct CellSpec {
     std::uint32_t lastSector = 0;
     // Top two bits: 1 first, 2 middle, 3 last cell of a block; 0x10: the block is one of angles.
     std::uint8_t blockBits = 0;
+    std::array<std::uint8_t, 4> time = {};  // as that of a program chain
 };
 
 struct PgcSpec {

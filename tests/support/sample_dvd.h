@@ -16,7 +16,9 @@ namespace testsupport {
                          .titles = {{{1, 1}, {1, 2}, {1, 3}}},
                          .pgcs = {{.time = {0x01, 0x01, 0x01, 0x40},
                                    .programMap = {1, 2, 3},
-                                   .cells = {{0, 399}, {400, 799}, {800, 999}}}}};
+                                   .cells = {{0, 399, 0, {0x01, 0, 0, 0x40}},
+                                             {400, 799, 0, {0, 0, 0x30, 0x40}},
+                                             {800, 999, 0, {0, 0, 0x30, 0x40}}}}}};
     spec.titleSets[2] = {.video = {.system = 0},
                          .audio = {{.codingMode = 4, .languageType = 0, .channels = 1}},
                          .pgcs = {{.time = {0, 0, 0x30, 0xC0}, .cells = {CellSpec{0, 49}}}}};
