@@ -10,6 +10,8 @@
 // One thread serves one connection after the other and closes each after its reply.
 #pragma once
 
+#include <unistd.h>
+
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
@@ -23,6 +25,24 @@
 #include <vector>
 
 namespace testsupport {
+
+// A port of this computer, chosen by the system. If it listens and nobody accepts, connections are made and never
+// answered; if it does not listen, they are refused.
+class LoopbackPort {
+public:
+    explicit LoopbackPort(bool isListening = true);
+    ~LoopbackPort() { ::close(m_socket); }
+    LoopbackPort(const LoopbackPort&) = delete;
+    LoopbackPort& operator=(const LoopbackPort&) = delete;
+
+    [[nodiscard]] int socket() const { return m_socket; }
+    [[nodiscard]] int number() const { return m_number; }
+    [[nodiscard]] std::string url() const { return "http://127.0.0.1:" + std::to_string(m_number); }
+
+private:
+    int m_socket;
+    int m_number = 0;
+};
 
 struct RecordedRequest {
     std::string method;
@@ -42,25 +62,23 @@ struct ScriptedReply {
     std::optional<std::string> rawBytes = std::nullopt;  // sent instead of all this; empty: just close
     bool isHeld = false;                                 // not sent before release(); may be for ever
 
-    // Sent behind all that, so many times: a body or a head of any size that takes no memory here.
+    // Sent after all that, so many times: a body or a head of any size that takes no memory here.
     std::string repeated = {};
     std::uint64_t repeats = 0;
-    std::string end = {};  // behind the last of them
+    std::chrono::milliseconds interval{0};  // a time to wait before each
+    std::string end = {};                   // sent after the last of them
 
-    std::chrono::milliseconds byteInterval{0};  // a time to wait before each byte
-    bool staysOpen = false;    // nothing follows, but the connection lasts until the client ends it
-    bool endsByReset = false;  // instead of the polite end
+    bool staysOpen = false;  // nothing follows, but the connection lasts until the client ends it
 };
 
 class ScriptedServer {
 public:
-    ScriptedServer();
-    ~ScriptedServer();  // whatever it is doing, held replies included, ends at once
+    ScriptedServer() = default;
+    ~ScriptedServer();  // releases a held reply and waits for the client that is being served
     ScriptedServer(const ScriptedServer&) = delete;
     ScriptedServer& operator=(const ScriptedServer&) = delete;
 
-    // "http://127.0.0.1:<port>"; the system chose the port.
-    [[nodiscard]] std::string url() const;
+    [[nodiscard]] std::string url() const { return m_port.url(); }
 
     // Queues a reply. Replies are played in this order, one per request, whatever is asked.
     void play(ScriptedReply reply);
@@ -81,31 +99,17 @@ public:
 
 private:
     void serveConnections();
-    void serve(int client);
-    std::optional<RecordedRequest> receive(int client);
-    bool receiveMore(int client, std::string& buffer);
-    bool send(int client, const std::string& bytes);
-    bool sendReply(int client, const ScriptedReply& reply);
-    bool sendSlowly(int client, const std::string& bytes, std::chrono::milliseconds interval);
-    ScriptedReply takeReply(const RecordedRequest& request);
-    bool waitUntilReady(int descriptor, short events);
-    bool waitForRelease(int client);
-    bool waitForClientsEnd(int client, std::chrono::milliseconds timeout);
-    void wake() const;
+    ScriptedReply takeReply(RecordedRequest request);
 
-    int m_listener = -1;
-    int m_wakeUp = -1;  // an eventfd: written to end a wait
-    int m_port = 0;
-
+    LoopbackPort m_port;
     mutable std::mutex m_mutex;  // guards what follows
-    mutable std::condition_variable m_recorded;
+    mutable std::condition_variable m_changed;
     std::deque<ScriptedReply> m_queue;
     std::map<std::string, ScriptedReply> m_repliesByPath;
     std::vector<RecordedRequest> m_requests;
     int m_releases = 0;
-    bool m_isStopping = false;
 
-    std::thread m_thread;
+    std::thread m_thread{&ScriptedServer::serveConnections, this};
 };
 
 }  // namespace testsupport
