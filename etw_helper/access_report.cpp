@@ -1,6 +1,6 @@
 #include "etw_helper/access_report.h"
 
-#include "monitor/helper_meeting_windows.h"
+#include "monitor/helper_endpoint_windows.h"
 
 #include <utility>
 

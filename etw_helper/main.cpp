@@ -2,7 +2,7 @@
 #include "etw_helper/file_trace.h"
 #include "etw_helper/helper_arguments.h"
 #include "monitor/helper_client.h"
-#include "monitor/helper_meeting_windows.h"
+#include "monitor/helper_endpoint_windows.h"
 
 #include <cstdio>
 #include <span>

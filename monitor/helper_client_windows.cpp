@@ -1,5 +1,5 @@
 #include "monitor/helper_client.h"
-#include "monitor/helper_meeting_windows.h"
+#include "monitor/helper_endpoint_windows.h"
 
 #include <algorithm>
 #include <array>

@@ -1,175 +1,204 @@
-// The watcher over the helper protocol, with a real second process: what it makes of the reports, and the words
-// of every failure.
-#include "monitor/helper_watch.h"
+// InotifyWatcher over a watch that reports what a test gives it.
 #include "monitor/inotify_watcher.h"
-#include "tests/support/scoped_environment.h"
+#include "tests/support/golden.h"
 #include "tests/support/temporary_folder.h"
 
-#include <QSignalSpy>
 #include <QTest>
-#include <QUuid>
+#include <QThread>
 
-#include <filesystem>
-#include <fstream>
+#include <thread>
 
-namespace fs = std::filesystem;
+using monitor::AccessEvent;
+using monitor::WatchFailure;
+using Kind = WatchFailure::Kind;
 
 class InotifyWatcherTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void itTellsPlaylistsFromStreamsAndKeepsTheSets();
-    void aStopEmptiesTheSetsInSilence();
-    void everyFailureHasItsWords_data();
-    void everyFailureHasItsWords();
-    void aHelperThatCannotBeStartedHasItsWords();
-    void whatIsNoDirectoryIsRefused();
-    void whoIsToldMayStopTheWatch();
+    void itKeepsTheSetsOfOpenFiles();
+    void aStopDropsWhatIsOnItsWay();
+    void aFloodComesInLotsBeforeTheFailure();
+    void everyFailureHasItsText();
+    void onlyADirectoryIsWatched();
+    void aReceiverMayStopTheWatch();
 };
 
 namespace {
 
-// A watcher whose helper acts out a script (see test_helper.cpp), and all it says.
-struct Watched {
-    explicit Watched(const std::string& script, std::string helper = TEST_HELPER)
-        : watcher([this, helper] { return std::make_unique<monitor::HelperWatch>(helper, uuid); })
+// What a test and the watches that it makes share.
+struct Shared {
+    std::string calls;                    // made by the watcher
+    std::optional<WatchFailure> refusal;  // of the next start
+    monitor::WatchSink sink;              // of the last start
+};
+
+class FakeWatch final : public monitor::AccessWatch {
+public:
+    explicit FakeWatch(Shared& shared)
+        : m_shared(shared)
+    {}
+    std::optional<WatchFailure> start(const std::string& root, monitor::WatchSink sink) override
     {
-        std::ofstream(folder.path() / "script") << script;
-        const auto event = [this](const char* kind) {
-            return [this, kind](const QString& path, const QString& type) {
-                said.append(QStringLiteral("%1 %2 %3").arg(QString::fromLatin1(kind), type, path));
-            };
+        m_shared.calls += "start " + root + '\n';
+        m_shared.sink = std::move(sink);
+        return m_shared.refusal;
+    }
+    void stop() override { m_shared.calls += "stop\n"; }
+
+private:
+    Shared& m_shared;
+};
+
+// A watcher, and all its signals as text.
+struct Watched : Shared {
+    Watched()
+    {
+        const auto event = [this](const QString& kind) {
+            return [this, kind](const QString& path, const QString& type) { add(kind + type + u' ' + path); };
         };
-        const auto set = [this](const char* kind) {
+        const auto set = [this](const QString& kind) {
             return [this, kind](const QSet<QString>& files) {
                 QStringList names(files.begin(), files.end());
                 names.sort();
-                said.append(QString::fromLatin1(kind) + QStringLiteral(" {") + names.join(u' ') + u'}');
+                add(kind + u'{' + names.join(u' ') + u'}');
             };
         };
-        QObject::connect(&watcher, &InotifyWatcher::mplsEvent, event("mpls"));
-        QObject::connect(&watcher, &InotifyWatcher::m2tsEvent, event("m2ts"));
-        QObject::connect(&watcher, &InotifyWatcher::openMplsFilesChanged, set("mpls"));
-        QObject::connect(&watcher, &InotifyWatcher::openFilesChanged, set("m2ts"));
+        QObject::connect(&watcher, &InotifyWatcher::mplsEvent, event(QStringLiteral("mpls ")));
+        QObject::connect(&watcher, &InotifyWatcher::m2tsEvent, event(QStringLiteral("m2ts ")));
+        QObject::connect(&watcher, &InotifyWatcher::openMplsFilesChanged, set(QStringLiteral("mpls ")));
+        QObject::connect(&watcher, &InotifyWatcher::openFilesChanged, set(QStringLiteral("m2ts ")));
         QObject::connect(&watcher, &InotifyWatcher::errorOccurred,
-                         [this](const QString& message) { errors.append(message); });
+                         [this](const QString& text) { add(text); });
+    }
+    void add(const QString& text)
+    {
+        QCOMPARE(QThread::currentThread(), watcher.thread());
+        emitted.append(text);
     }
 
     void start() { watcher.startWatching(QString::fromStdString(folder.path())); }
 
-    const std::string uuid = QUuid::createUuid().toString(QUuid::WithoutBraces).toStdString();
+    // Delivers "+path", "-path" or, if others have the file open, "~path", from a thread as a watch does.
+    void report(const std::vector<std::string>& lines) const
+    {
+        std::vector<AccessEvent> events;
+        for (const std::string& line : lines) {
+            events.push_back({line[0] == '+' ? AccessEvent::Kind::Open : AccessEvent::Kind::Close,
+                              line.substr(1), line[0] == '~'});
+        }
+        std::thread([&] { sink.onEvents(std::move(events)); }).join();
+    }
+    void fail(WatchFailure failure) const
+    {
+        std::thread([&] { sink.onFailure(std::move(failure)); }).join();
+    }
+
     testsupport::TemporaryFolder folder;
-    InotifyWatcher watcher;
-    QStringList said;
-    QStringList errors;
+    InotifyWatcher watcher{[this] { return std::make_unique<FakeWatch>(*this); }};
+    QStringList emitted;
 };
 
 }  // namespace
 
-void InotifyWatcherTest::itTellsPlaylistsFromStreamsAndKeepsTheSets()
+void InotifyWatcherTest::itKeepsTheSetsOfOpenFiles()
 {
-    Watched watched(
-        "connect\nmessage 1 nothing\nmessage 2 /d/a.mpls\nmessage 2 /d/A.MPLS\nmessage 2 /d/b.M2ts\n"
-        "message 2 /d/b.M2ts\nmessage 2 /d/c.clpi\nmessage 2 /d/mpls\nmessage 3 /d/never.mpls\n"
-        "message 3 /d/a.mpls\nmessage 3 /d/b.M2ts\nmessage 3 /d/b.M2ts\nmessage 4 That is all.\n");
+    Watched watched;
     watched.start();
-    QTRY_COMPARE(watched.errors, QStringList{QStringLiteral("That is all.")});
-    QCOMPARE(watched.said,
-             (QStringList{QStringLiteral("mpls OPEN /d/a.mpls"), QStringLiteral("mpls {/d/a.mpls}"),
-                          QStringLiteral("mpls OPEN /d/A.MPLS"), QStringLiteral("mpls {/d/A.MPLS /d/a.mpls}"),
-                          QStringLiteral("m2ts OPEN /d/b.M2ts"), QStringLiteral("m2ts {/d/b.M2ts}"),
-                          QStringLiteral("m2ts OPEN /d/b.M2ts"), QStringLiteral("mpls CLOSE /d/never.mpls"),
-                          QStringLiteral("mpls CLOSE /d/a.mpls"), QStringLiteral("mpls {/d/A.MPLS}"),
-                          QStringLiteral("m2ts CLOSE /d/b.M2ts"), QStringLiteral("m2ts {}"),
-                          QStringLiteral("m2ts CLOSE /d/b.M2ts")}));
+    watched.report({"+/d/a.mpls", "+/d/A.MPLS", "+/d/b.M2ts", "+/d/b.M2ts", "+/d/c.clpi", "+/d/mpls"});
+    watched.report({"+/d/.clpi"});
+    watched.report({"-/d/never.mpls", "-/d/a.mpls", "~/d/b.M2ts", "-/d/b.M2ts", "-/d/b.M2ts"});
+    QTRY_COMPARE(watched.emitted.size(), 14);
+    QCOMPARE(watched.emitted.join(u'\n'),
+             QStringLiteral(
+                 "mpls OPEN /d/a.mpls\nmpls {/d/a.mpls}\nmpls OPEN /d/A.MPLS\nmpls {/d/A.MPLS /d/a.mpls}\n"
+                 "m2ts OPEN /d/b.M2ts\nm2ts {/d/b.M2ts}\nm2ts OPEN /d/b.M2ts\nmpls CLOSE /d/never.mpls\n"
+                 "mpls CLOSE /d/a.mpls\nmpls {/d/A.MPLS}\nm2ts CLOSE /d/b.M2ts\nm2ts CLOSE /d/b.M2ts\n"
+                 "m2ts {}\nm2ts CLOSE /d/b.M2ts"));
 }
 
-void InotifyWatcherTest::aStopEmptiesTheSetsInSilence()
+void InotifyWatcherTest::aStopDropsWhatIsOnItsWay()
 {
-    Watched watched("connect\nmessage 2 /d/a.mpls\nwait\n");
+    Watched watched;
     watched.start();
-    QTRY_COMPARE(watched.said.size(), 2);
+    watched.report({"+/d/a.mpls"});
+    QTRY_COMPARE(watched.emitted.size(), 2);
+    watched.report({"+/d/b.mpls"});
     watched.watcher.stopWatching();
     watched.watcher.stopWatching();
-    QCOMPARE(watched.said.size(), 2);
     watched.start();
-    QTRY_COMPARE(watched.said.size(), 4);
-    QCOMPARE(watched.said.last(), QStringLiteral("mpls {/d/a.mpls}"));
-    QCOMPARE(watched.errors, QStringList());
-}
-
-void InotifyWatcherTest::everyFailureHasItsWords_data()
-{
-    QTest::addColumn<QByteArray>("script");
-    QTest::addColumn<QString>("message");
-    const auto row = [](const char* name, const char* script, const char* message) {
-        QTest::newRow(name) << QByteArray(script) << QString::fromUtf8(message);
-    };
-    row("ends before it connects", "", "The elevated Windows ETW helper did not connect (error 32).");
-    row("too long", "connect\nheader 2 65537\nwait\n", "The Windows ETW helper sent an invalid message.");
-    row("unknown", "connect\nmessage 5 x\nwait\n", "The Windows ETW helper sent an unknown message.");
-    row("says why", "connect\nmessage 4 <b>50%1</b>\nwait\n", "<b>50%1</b>");
-    row("says nothing", "connect\nmessage 4\nwait\n", "The Windows ETW helper failed.");
-    row("is killed", "connect\nmessage 1\nkill\n", "The elevated Windows ETW helper stopped unexpectedly.");
-}
-
-void InotifyWatcherTest::everyFailureHasItsWords()
-{
-    QFETCH(QByteArray, script);
-    QFETCH(QString, message);
-    Watched watched(script.toStdString());
+    watched.report({"+/d/c.mpls"});
+    QTRY_COMPARE(watched.emitted.size(), 4);
+    QCOMPARE(watched.emitted.last(), QStringLiteral("mpls {/d/c.mpls}"));
     watched.start();
-    QTRY_COMPARE(watched.errors, QStringList{message});
-    watched.watcher.stopWatching();
-    QCoreApplication::processEvents();
-    QCOMPARE(watched.errors.size(), 1);
+    const std::string start = "start " + watched.folder.path().string() + '\n';
+    QCOMPARE(watched.calls, start + "stop\n" + start + "stop\n" + start);
 }
 
-void InotifyWatcherTest::aHelperThatCannotBeStartedHasItsWords()
+void InotifyWatcherTest::aFloodComesInLotsBeforeTheFailure()
 {
-    Watched missing("", "/no/such/helper");
-    missing.start();
-    QCOMPARE(missing.errors,
-             QStringList{QStringLiteral("The Windows ETW helper was not installed beside Platterscope.")});
-
-    Watched declined("", "/etc/passwd");  // not a program
-    declined.start();
-    QCOMPARE(declined.errors, QStringList{QStringLiteral(
-                                  "Windows access monitoring needs administrator permission (error 13).")});
-
-    Watched taken("");
-    monitor::HelperChannel other;
-    QCOMPARE(other.createStopEvent(monitor::helperNames(taken.uuid).stopEvent), 0U);
-    taken.start();
-    QCOMPARE(taken.errors,
-             QStringList{QStringLiteral("Unable to create the Windows ETW stop event (error 17).")});
-
-    Watched refused("");
-    const testsupport::ScopedEnvironment folder("TMPDIR", refused.folder / "none");
-    refused.start();
-    QCOMPARE(refused.errors,
-             QStringList{QStringLiteral("Unable to create the Windows ETW helper pipe (error 2).")});
-}
-
-void InotifyWatcherTest::whatIsNoDirectoryIsRefused()
-{
-    Watched watched("connect\nwait\n");
-    for (const std::string& root : {std::string(), watched.folder / "none", watched.folder / "script"}) {
-        watched.watcher.startWatching(QString::fromStdString(root));
-        QCOMPARE(watched.errors.takeLast(), QStringLiteral("Unable to monitor the selected disc directory."));
+    Watched watched;
+    watched.start();
+    watched.report(std::vector<std::string>(2500, "-/d/a.mpls"));
+    watched.fail({Kind::HelperFailed, 0, "over"});
+    while (watched.emitted.isEmpty()) {
+        QCoreApplication::processEvents();
     }
-    QCOMPARE(watched.errors, QStringList());
+    QCOMPARE(watched.emitted.size(), 1000);
+    QTRY_COMPARE(watched.emitted.size(), 2501);
+    QCOMPARE(watched.emitted.last(), QStringLiteral("over"));
 }
 
-void InotifyWatcherTest::whoIsToldMayStopTheWatch()
+void InotifyWatcherTest::everyFailureHasItsText()
 {
-    Watched watched("connect\nmessage 2 /d/a.mpls\nmessage 2 /d/b.mpls\nmessage 4 late\n");
+    std::vector<WatchFailure> failures = {{Kind::HelperFailed, 0, "<b>50%1</b>"}};
+    for (int kind = 0; kind <= static_cast<int>(Kind::HelperStopped); ++kind) {
+        failures.push_back({static_cast<Kind>(kind), UINT32_MAX, {}});
+    }
+    std::string texts;
+    for (const WatchFailure& failure : failures) {
+        Watched watched;
+        watched.start();
+        watched.fail(failure);
+        QTRY_COMPARE(watched.emitted.size(), 1);
+        watched.refusal = failure;
+        watched.start();
+        QCOMPARE(watched.emitted.size(), 2);
+        QCOMPARE(watched.emitted.last(), watched.emitted.first());
+        watched.watcher.stopWatching();
+        const std::string startAndStop = "start " + watched.folder.path().string() + "\nstop\n";
+        QCOMPARE(watched.calls, startAndStop + startAndStop);
+        texts += watched.emitted.first().toStdString() + '\n';
+    }
+    QCOMPARE(testsupport::goldenDifference(texts, "monitor/golden/failures.txt"), std::string());
+}
+
+void InotifyWatcherTest::onlyADirectoryIsWatched()
+{
+    Watched watched;
+    testsupport::writeFile(watched.folder / "file", {});
+    for (const std::string& root : {std::string(), watched.folder / "none", watched.folder / "file"}) {
+        watched.watcher.startWatching(QString::fromStdString(root));
+        QCOMPARE(watched.emitted.takeLast(),
+                 QStringLiteral("Unable to monitor the selected disc directory."));
+    }
+    QCOMPARE(watched.calls, std::string());
+    std::filesystem::create_directory_symlink(watched.folder.path(), watched.folder / "link");
+    watched.watcher.startWatching(QString::fromStdString(watched.folder / "link/."));
+    QCOMPARE(watched.calls, "start " + watched.folder.path().string() + '\n');
+    QCOMPARE(watched.emitted, QStringList());
+}
+
+void InotifyWatcherTest::aReceiverMayStopTheWatch()
+{
+    Watched watched;
     connect(&watched.watcher, &InotifyWatcher::mplsEvent, &watched.watcher, &InotifyWatcher::stopWatching);
     watched.start();
-    QTRY_VERIFY(!watched.said.isEmpty());
+    watched.report({"+/d/a.mpls", "+/d/b.mpls"});
+    watched.fail({});
+    QTRY_VERIFY(!watched.emitted.isEmpty());
     QTest::qWait(50);
-    QCOMPARE(watched.said, QStringList{QStringLiteral("mpls OPEN /d/a.mpls")});
-    QCOMPARE(watched.errors, QStringList());
+    QCOMPARE(watched.emitted, QStringList{QStringLiteral("mpls OPEN /d/a.mpls")});
 }
 
 QTEST_GUILESS_MAIN(InotifyWatcherTest)
