@@ -1,4 +1,5 @@
 // HelperWatch over a channel that plays what a helper writes. helper_channel_test.cpp tests the real channel.
+#include "monitor/helper_message.h"
 #include "monitor/helper_watch.h"
 #include "tests/monitor/reports.h"
 
@@ -19,8 +20,7 @@ struct Script {
     std::size_t step = 100'000;  // bytes of one read
     bool isEndless = false;      // the helper writes them again and again
     bool staysOpen = false;      // the pipe does not end after them
-    std::string failing =
-        {};  // the call that fails with kError; "connect (waits)" blocks until it is cancelled
+    std::string failing = {};    // this call fails with kError, "connect later" after cancelIo()
 };
 
 class FakeChannel final : public monitor::HelperChannel {
@@ -40,7 +40,7 @@ public:
     }
     std::uint32_t waitForConnection() override
     {
-        if (m_script.failing == "connect (waits)") { waitForCancel(); }
+        if (m_script.failing == "connect later") { waitForCancel(); }
         return m_script.failing.starts_with("connect") ? kError : 0;
     }
     std::size_t read(std::span<std::uint8_t> buffer) override
@@ -84,23 +84,25 @@ private:
     int m_cancels = 0;
 };
 
+const std::string kOpening = "pipe Platterscope-ETW-u\nevent Local\\Platterscope-ETW-Stop-u\n";
+const std::string kRoot = R"(E:\two words\a"b\"c\\"d\\)";
+const std::string kLaunch =
+    R"(launch helper --pipe "Platterscope-ETW-u" --root "E:\two words\a\"b\\\"c\\\\\"d\\\\" )"
+    R"(--stop-event "Local\Platterscope-ETW-Stop-u" --parent-pid 4711)"
+    "\n";
+const std::string kClosing = "stop\nclose pipe\nrelease 5000\nclose event\n";
+
 // A watch over the channel, and the calls that it made.
 struct Watched {
     explicit Watched(Script script, const std::string& executable = "helper")
         : watch(std::make_unique<FakeChannel>(std::move(script), calls), executable, "u")
     {}
-    [[nodiscard]] auto start() { return watch.start("E:\\", reports.sink()); }
+    [[nodiscard]] auto start() { return watch.start(kRoot, reports.sink()); }
 
     std::string calls;
     testsupport::Reports reports;
     monitor::HelperWatch watch;
 };
-
-const std::string kOpening = "pipe Platterscope-ETW-u\nevent Local\\Platterscope-ETW-Stop-u\n";
-const std::string kLaunch = R"(launch helper --pipe "Platterscope-ETW-u" --root "E:\\" )"
-                            R"(--stop-event "Local\Platterscope-ETW-Stop-u" --parent-pid 4711)"
-                            "\n";
-const std::string kClosing = "stop\nclose pipe\nrelease 5000\nclose event\n";
 
 // A message of this kind that announces `length` bytes, and `payload`.
 std::string message(std::uint32_t kind, std::uint32_t length, const std::string& payload)
@@ -182,7 +184,7 @@ TEST(HelperWatch, StopsAtAnyMoment)
         std::ptrdiff_t count;
         const char* reports;  // the first `count`
     } rows[] = {{{.failing = "connect"}, 1, "FAILED NotConnected 5"},
-                {{.failing = "connect (waits)"}, 0, ""},
+                {{.failing = "connect later"}, 0, ""},
                 {{.staysOpen = true}, 0, ""},
                 {{.bytes = a + a.substr(0, 8), .staysOpen = true}, 1, "OPEN a"},
                 {{.bytes = a, .isEndless = true}, 2, "OPEN a; OPEN a"}};
@@ -193,6 +195,24 @@ TEST(HelperWatch, StopsAtAnyMoment)
         watched.watch.stop();
         EXPECT_EQ(watched.reports.text().find("FAILED", 1), std::string::npos);
         EXPECT_EQ(watched.calls, kOpening + kLaunch + kClosing);
+    }
+}
+
+TEST(HelperMessage, IsCutAtTheEndOfACharacter)
+{
+    const std::string full(65'536, 'x');
+    const std::string noText(full.size() + 9, '\x80');
+    const std::pair<std::string, std::string> rows[] = {
+        {"/a", "/a"},
+        {full, full},
+        {full + "y", full},
+        {full.substr(1) + "\xC3\xA9", full.substr(1)},
+        {full.substr(3) + "\xF0\x9F\x92\xBF", full.substr(3)},
+        {full.substr(4) + "\xF0\x9F\x92\xBFy", full.substr(4) + "\xF0\x9F\x92\xBF"},
+        {noText, noText.substr(9)}};
+    for (const auto& [payload, sent] : rows) {
+        EXPECT_TRUE(monitor::encodeMessage(monitor::MessageKind::Closed, payload) == message(3, sent))
+            << payload.size() << ' ' << payload.substr(0, 10);
     }
 }
 
