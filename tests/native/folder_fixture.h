@@ -11,9 +11,8 @@
 
 namespace native_test {
 
-// Lets everybody read, or read and write, the file or directory.
-[[nodiscard]] bool giveEverybodyRead(const std::filesystem::path& path);
-[[nodiscard]] bool giveEverybodyWrite(const std::filesystem::path& path);
+// Lets everybody read the file or directory, and write it if `canWrite`.
+[[nodiscard]] bool giveEverybody(const std::filesystem::path& path, bool canWrite);
 
 class FolderTest : public testing::Test {
 protected:

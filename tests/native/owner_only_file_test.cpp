@@ -58,14 +58,14 @@ TEST_F(OwnerOnlyFile, WhatIsWrittenIsReadAndNobodyElses)
 TEST_F(OwnerOnlyFile, RightsOfOthersAreSeenAndTakenAway)
 {
     ASSERT_TRUE(replaceOwnerOnlyFile(text(m_file), "key").ok());
-    ASSERT_TRUE(native_test::giveEverybodyRead(m_file));
+    ASSERT_TRUE(native_test::giveEverybody(m_file, false));
     EXPECT_FALSE(isOwnerOnly(text(m_file)));
     EXPECT_EQ(readBack(m_file), "key");
     EXPECT_TRUE(isOwnerOnly(text(m_file)));
 
-    ASSERT_TRUE(native_test::giveEverybodyRead(m_directory));
+    ASSERT_TRUE(native_test::giveEverybody(m_directory, false));
     EXPECT_TRUE(isOwnerOnly(text(m_file))) << "who sees the directory cannot read the file";
-    ASSERT_TRUE(native_test::giveEverybodyWrite(m_directory));
+    ASSERT_TRUE(native_test::giveEverybody(m_directory, true));
     EXPECT_FALSE(isOwnerOnly(text(m_file))) << "another file could be put there";
     EXPECT_TRUE(makeOwnerOnlyDirectory(text(m_directory)));
     EXPECT_TRUE(isOwnerOnly(text(m_file)));

@@ -2,12 +2,7 @@
 
 #include <sys/stat.h>
 
-bool native_test::giveEverybodyRead(const std::filesystem::path& path)
+bool native_test::giveEverybody(const std::filesystem::path& path, bool canWrite)
 {
-    return ::chmod(path.c_str(), 0755) == 0;
-}
-
-bool native_test::giveEverybodyWrite(const std::filesystem::path& path)
-{
-    return ::chmod(path.c_str(), 0777) == 0;
+    return ::chmod(path.c_str(), canWrite ? 0777 : 0755) == 0;
 }
