@@ -143,7 +143,8 @@ TEST(HelperWatch, ReportsMessagesUpToTheFirstFailure)
         {a + message(4, "No right \xC3\xA9!") + a, "OPEN a; FAILED HelperFailed No right \xC3\xA9!"},
         {message(4), "FAILED HelperFailed"}};
     for (const auto& row : rows) {
-        for (const std::size_t step : {1U, 11U, 100'000U}) {
+        for (const std::size_t step : {1U, 7U, 30'000U}) {
+            if (1000 * step < row.bytes.size()) { continue; }  // would take seconds
             SCOPED_TRACE(row.reports.substr(0, 80) + " in steps of " + std::to_string(step));
             Watched watched(
                 {.bytes = row.bytes, .step = step, .staysOpen = !row.reports.ends_with("HelperStopped")});
