@@ -42,11 +42,10 @@ struct Watched {
     // Whether opening the file is reported, at last.
     [[nodiscard]] bool isWatched(const std::string& file)
     {
+        const std::string close = "CLOSE " + fs::path(file).filename().string();
         for (int i = 0; i < 1000; ++i) {
-            if (reportsOf(": <" + file).find("CLOSE " + fs::path(file).filename().string()) !=
-                std::string::npos) {
-                return true;
-            }
+            if (reportsOf(": <" + file).find(close) != std::string::npos) { return true; }
+            if (!reports.text().ends_with("CLOSE mark.mpls")) { return false; }
         }
         return false;
     }
