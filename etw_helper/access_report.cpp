@@ -1,6 +1,6 @@
 #include "etw_helper/access_report.h"
 
-#include "monitor/helper_meeting_windows.h"
+#include "monitor/helper_endpoint_windows.h"
 
 #include <utility>
 
@@ -11,7 +11,7 @@ using monitor::MessageKind;
 namespace {
 
 constexpr std::uint32_t kFirstFailure = 0x8000'0000;
-constexpr std::uint32_t kReparse = 0x104;  // the open starts again, under another name
+constexpr std::uint32_t kReparse = 0x104;  // the open is repeated under another name
 
 bool isOpened(std::uint32_t status)
 {
@@ -27,10 +27,10 @@ AccessReport::AccessReport(WatchedRoot root, Sink sink)
 
 void AccessReport::openBegins(std::uint64_t request, std::uint64_t fileObject, std::wstring_view devicePath)
 {
-    m_begun.erase(request);  // it is free to be used again, so its end was missed
+    m_begun.erase(request);  // a number in use again: the end of its old request was missed
     const auto path = m_root.dosPath(devicePath);
     if (!path) { return; }
-    // An end that is missed now and then must not add up.
+    // Opens whose end was missed must not pile up.
     if (m_begun.size() >= kMaximumFiles) { m_begun.clear(); }
     m_begun[request] = {fileObject, monitor::utf8Text(*path)};
 }
@@ -39,7 +39,7 @@ void AccessReport::requestEnds(std::uint64_t request, std::uint32_t status)
 {
     auto begun = m_begun.extract(request);
     if (begun.empty() || !isOpened(status)) { return; }
-    lastHandleCloses(begun.mapped().fileObject);  // it names another file now
+    lastHandleCloses(begun.mapped().fileObject);  // a number in use again: its old file is closed
     if (m_open.size() >= kMaximumFiles) {
         fail("The Windows ETW helper cannot follow so many open files.");
         return;

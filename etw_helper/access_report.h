@@ -1,6 +1,6 @@
-// Which of the traced file operations are worth a message, and which messages. An open is traced twice: when it
-// begins, with the file's name, and when it ends, with its outcome; only the number of its request (IRP) joins the
-// two. What ends a file object's use names the object alone. So this remembers both.
+// Turns traced file operations into messages. An open makes two events: its begin has the file's name, its end has the
+// status, and both have the number of the request (IRP). A close has only the file object. So this class remembers the
+// begun opens by request and the open files by file object.
 #pragma once
 
 #include "etw_helper/watched_root.h"
@@ -15,7 +15,7 @@
 
 namespace etw_helper {
 
-// Far more than a player has at a time.
+// The limit of begun opens and of open files; far more than a player needs.
 inline constexpr std::size_t kMaximumFiles = 65'536;
 
 class AccessReport {
@@ -33,10 +33,11 @@ public:
     // The last handle to the file object was closed.
     void lastHandleCloses(std::uint64_t fileObject);
 
-    // The helper cannot go on, for the reason the sentence gives. Nothing is reported any more.
+    // Sends `sentence` as the helper's failure. Nothing is sent after it.
     void fail(const std::string& sentence);
 
-    // Whether requestEnds or lastHandleCloses could tell anything at present: most events of a system are others'.
+    // Whether requestEnds() or lastHandleCloses() can have an effect now. Most events belong to other files; this
+    // saves reading their properties.
     [[nodiscard]] bool awaitsRequests() const { return !m_begun.empty(); }
     [[nodiscard]] bool awaitsCloses() const { return !m_open.empty(); }
 

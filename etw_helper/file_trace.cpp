@@ -10,12 +10,12 @@ namespace etw_helper {
 
 namespace {
 
-// The numbers of the file provider's events that matter, and their properties.
+// Event numbers of the file provider, and the properties that are read.
 constexpr USHORT kOpenBegins = 12;   // "Create": Irp, FileObject, FileName
 constexpr USHORT kLastClose = 13;    // "Cleanup": FileObject
 constexpr USHORT kRequestEnds = 24;  // "OperationEnd": Irp, Status
 
-// Not the file provider's: the session itself says that it had to drop events.
+// The provider of the session's own event for lost events.
 constexpr GUID kLostEvents = {0x6A399AE0, 0x4BC6, 0x4DE9, {0x87, 0x0B, 0x36, 0x57, 0xF8, 0x94, 0x7E, 0x7E}};
 
 std::string sentence(const char* what, DWORD error)
@@ -24,14 +24,14 @@ std::string sentence(const char* what, DWORD error)
            ").";
 }
 
-// The properties of one event, by name: their order and sizes differ between the versions of an event.
+// Reads properties by name, because their order and sizes differ between the versions of an event.
 class EventProperties {
 public:
     explicit EventProperties(EVENT_RECORD& event)
         : m_event(event)
     {}
 
-    // Of 4 or 8 bytes; 0 when it cannot be read.
+    // A number of 4 or 8 bytes; 0 on failure.
     std::uint64_t number(const wchar_t* name)
     {
         std::uint64_t value = 0;
@@ -52,7 +52,7 @@ public:
         return text.substr(0, text.find(L'\0'));
     }
 
-    // Why the first property could not be read that could not.
+    // The error of the first property that could not be read.
     [[nodiscard]] DWORD error() const { return m_error; }
 
 private:

@@ -15,16 +15,16 @@ namespace etw_helper {
 
 class FileTrace {
 public:
-    // From start() to stop() the report is used on the trace's thread alone.
+    // From start() to stop() only the trace's thread uses the report.
     explicit FileTrace(AccessReport& report);
-    ~FileTrace();  // stops
+    ~FileTrace();  // calls stop()
     FileTrace(const FileTrace&) = delete;
     FileTrace& operator=(const FileTrace&) = delete;
 
-    // The sentence that says what failed, or nothing; what fails later goes to the report.
+    // Returns a sentence on failure, nothing on success. Later failures go to the report.
     [[nodiscard]] std::optional<std::string> start();
 
-    // What was traced up to now may still be reported meanwhile, nothing afterwards.
+    // Ends the session and the thread. Nothing is reported after it has returned.
     void stop();
 
 private:

@@ -1,7 +1,7 @@
 #include "etw_helper/helper_arguments.h"
 
 #include "etw_helper/process_id.h"
-#include "monitor/helper_meeting_windows.h"
+#include "monitor/helper_endpoint_windows.h"
 
 #include <array>
 #include <string_view>

@@ -12,12 +12,13 @@ namespace etw_helper {
 
 struct HelperArguments {
     std::string pipe;       // UTF-8, without \\.\pipe\ before it
-    std::wstring root;      // in its DOS form: C:\Discs\Film
+    std::wstring root;      // with a drive letter: C:\Discs\Film
     std::string stopEvent;  // UTF-8
     std::uint32_t parentProcessId = 0;
 };
 
-// `arguments` without the program's name. All four in this order, none of them empty, and nothing else; or nothing.
+// Parses the arguments after the program's name. Returns nothing unless they are exactly these four, in this order,
+// with values that are not empty.
 [[nodiscard]] std::optional<HelperArguments> parseHelperArguments(std::span<const wchar_t* const> arguments);
 
 }  // namespace etw_helper

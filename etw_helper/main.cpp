@@ -1,8 +1,8 @@
-// The process that watches file accesses for the program, which lacks the rights to (README.md).
+// The helper process, which has the rights to trace file accesses (README.md).
 #include "etw_helper/file_trace.h"
 #include "etw_helper/helper_arguments.h"
 #include "monitor/helper_client.h"
-#include "monitor/helper_meeting_windows.h"
+#include "monitor/helper_endpoint_windows.h"
 
 #include <cstdio>
 #include <span>
@@ -18,8 +18,8 @@ constexpr char kUsage[] = "Usage: PlatterscopeEtwHelper --pipe NAME --root DIREC
                           "--parent-pid NUMBER\n"
                           "Platterscope starts this program by itself.\n";
 
-// Where the rights are those of an administrator other than the user, the user's process is another's, and without
-// this privilege its end cannot be waited for. Should that fail, so will connecting, if it was needed.
+// If the helper runs as an administrator who is not the user, it needs this privilege to open the user's process, whose
+// end it waits for. A failure is ignored: connect() fails then if the privilege was needed.
 void enableDebugPrivilege()
 {
     HANDLE token = nullptr;

@@ -1,4 +1,4 @@
-// Process ids as texts.
+// Parsing of process ids.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,7 @@
 
 namespace etw_helper {
 
-// From decimal digits alone; 0, which is nobody's number, for anything else.
+// Parses decimal digits. Returns 0 (never a valid id) on any other text.
 [[nodiscard]] constexpr std::uint32_t processIdOf(std::wstring_view text)
 {
     std::uint64_t value = 0;

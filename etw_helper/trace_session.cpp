@@ -1,7 +1,7 @@
 #include "etw_helper/trace_session.h"
 
 #include "etw_helper/process_id.h"
-#include "monitor/helper_meeting_windows.h"
+#include "monitor/helper_endpoint_windows.h"
 
 #include <array>
 #include <cstddef>
@@ -14,20 +14,20 @@ namespace {
 constexpr std::wstring_view kNamePrefix = L"Platterscope-ETW-Helper-";
 
 constexpr GUID kFileProvider = {0xEDD08927, 0x9CC4, 0x4E65, {0xB9, 0x70, 0xC2, 0x56, 0x0F, 0xB5, 0xC2, 0x89}};
-constexpr ULONGLONG kFileIoKeyword = 0x20;  // with it Cleanup comes
-constexpr ULONGLONG kOpEndKeyword = 0x40;   // OperationEnd
-constexpr ULONGLONG kCreateKeyword = 0x80;  // Create
+constexpr ULONGLONG kFileIoKeyword = 0x20;  // enables Cleanup
+constexpr ULONGLONG kOpEndKeyword = 0x40;   // enables OperationEnd
+constexpr ULONGLONG kCreateKeyword = 0x80;  // enables Create
 constexpr UCHAR kEveryLevel = 0xFF;
 
 constexpr ULONG kQpcClock = 1;
 constexpr ULONG kBufferKilobytes = 64;
 constexpr ULONG kMinimumBuffers = 64;
 constexpr ULONG kMaximumBuffers = 256;
-constexpr ULONG kFlushSeconds = 1;      // the longest an event waits in a buffer that is not full
-constexpr ULONG kMaximumSessions = 64;  // as many as the system takes at once
+constexpr ULONG kFlushSeconds = 1;      // flush interval of buffers that are not full
+constexpr ULONG kMaximumSessions = 64;  // the system's own limit
 constexpr std::size_t kMaximumNameUnits = 1024;
 
-// The system writes the names behind the properties.
+// The properties, and room for the names, which the system writes after them.
 struct SessionProperties {
     SessionProperties()
     {
@@ -50,7 +50,7 @@ SessionProperties newSessionProperties()
     session.properties.MinimumBuffers = kMinimumBuffers;
     session.properties.MaximumBuffers = kMaximumBuffers;
     session.properties.LogFileMode = EVENT_TRACE_REAL_TIME_MODE;
-    session.properties.LogFileNameOffset = 0;  // no file
+    session.properties.LogFileNameOffset = 0;  // no log file
     session.properties.FlushTimer = kFlushSeconds;
     return session;
 }
@@ -64,7 +64,7 @@ void stopSession(const std::wstring& name)
 bool isRunning(std::uint32_t processId)
 {
     const monitor::Handle process(::OpenProcess(SYNCHRONIZE, FALSE, processId));
-    if (!process) { return ::GetLastError() != ERROR_INVALID_PARAMETER; }  // which says that there is none
+    if (!process) { return ::GetLastError() != ERROR_INVALID_PARAMETER; }  // then no process has this id
     return ::WaitForSingleObject(process.get(), 0) == WAIT_TIMEOUT;
 }
 
@@ -100,7 +100,7 @@ TraceSession::~TraceSession()
 DWORD TraceSession::start()
 {
     stopOrphanedSessions();
-    stopSession(m_name);  // of a former process of this one's number
+    stopSession(m_name);  // left by an earlier process of the same id
     SessionProperties session = newSessionProperties();
     const ULONG started = ::StartTraceW(&m_handle, m_name.c_str(), &session.properties);
     if (started != ERROR_SUCCESS) {

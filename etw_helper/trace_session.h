@@ -1,5 +1,5 @@
-// A session of the system's event tracing that tells of every file any process opens and closes. Administrators
-// alone may start one, and it outlives the process that did, unless it is stopped.
+// A session of Event Tracing for Windows with the file events of all processes. Only administrators may start one. A
+// session that is not stopped outlives the process that started it.
 #pragma once
 
 #include <windows.h>
@@ -15,11 +15,12 @@ namespace etw_helper {
 class TraceSession {
 public:
     TraceSession();
-    ~TraceSession();  // stops
+    ~TraceSession();  // calls stop()
     TraceSession(const TraceSession&) = delete;
     TraceSession& operator=(const TraceSession&) = delete;
 
-    // The system's error number, 0 for success. First stops what helpers have left behind that are no more.
+    // Stops the sessions of helpers that no longer run, then starts this one. Returns the system's error number, 0 on
+    // success.
     [[nodiscard]] DWORD start();
     void stop();
 
@@ -30,10 +31,10 @@ private:
     TRACEHANDLE m_handle = 0;
 };
 
-// The name of the session of the helper with this process id.
+// The session's name of the helper with this process id.
 [[nodiscard]] std::wstring sessionName(std::uint32_t processId);
 
-// The way back; nothing for a session that is no helper's.
+// The process id in a session's name; nothing if it is not the session of a helper.
 [[nodiscard]] std::optional<std::uint32_t> sessionProcessId(std::wstring_view name);
 
 }  // namespace etw_helper

@@ -1,6 +1,6 @@
 #include "etw_helper/watched_root.h"
 
-#include "monitor/helper_meeting_windows.h"
+#include "monitor/helper_endpoint_windows.h"
 
 namespace etw_helper {
 

@@ -1,4 +1,4 @@
-// The watched directory under its two names. Traced events name files as the kernel does, by device:
+// The watched directory in both forms of its path. Traced events have paths in the device form:
 //
 //   DOS form      C:\Discs\Film
 //   device form   \Device\HarddiskVolume3\Discs\Film
@@ -14,11 +14,11 @@ namespace etw_helper {
 
 class WatchedRoot {
 public:
-    // Separators at the end do not count.
+    // Trailing separators are ignored.
     WatchedRoot(std::wstring_view dosForm, std::wstring_view deviceForm);
 
-    // The DOS form of a file below the root, whose device form is given; nothing for any other file and for the
-    // root itself. Letter case does not count.
+    // Converts the device form of a file below the root to its DOS form, ignoring letter case. Returns nothing for the
+    // root itself and for any other path.
     [[nodiscard]] std::optional<std::wstring> dosPath(std::wstring_view devicePath) const;
 
 private:
@@ -26,7 +26,8 @@ private:
     std::wstring m_deviceForm;
 };
 
-// The device form of an existing directory, links resolved; nothing on failure, with the system's error number.
+// The device form of an existing directory, with links resolved. On failure returns nothing and sets `errorNumber` to
+// the system's error number.
 [[nodiscard]] std::optional<std::wstring> deviceForm(const std::wstring& directory, DWORD& errorNumber);
 
 }  // namespace etw_helper

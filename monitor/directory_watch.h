@@ -1,8 +1,6 @@
-// Watching a directory tree by the kernel's own notifications, without extra rights (directory_watch_linux.cpp).
-// Every directory below the root is watched, also one that appears later; symbolic links are not followed. The
-// watch itself opens directories alone, which it does not report.
-//
-// Reported are playlists (.mpls) and streams (.m2ts) alone, with upper-case suffixes as well.
+// Watches a directory tree through inotify, which needs no rights (directory_watch_linux.cpp). All directories below
+// the root are watched, also those that appear later. Symbolic links are not followed. Only playlists (.mpls) and
+// streams (.m2ts) are reported, in any letter case.
 #pragma once
 
 #include "monitor/access_watch.h"
@@ -16,7 +14,7 @@ public:
     DirectoryWatch();
     ~DirectoryWatch() override;
 
-    // Returns when the root is watched; the directories below follow at once on the watch's thread.
+    // Returns when the root is watched. The watch's thread then adds the directories below the root.
     [[nodiscard]] std::optional<WatchFailure> start(const std::string& root, WatchSink sink) override;
     void stop() override;
 

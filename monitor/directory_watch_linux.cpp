@@ -28,7 +28,7 @@ namespace {
 constexpr std::uint32_t kMask =
     IN_OPEN | IN_CLOSE | IN_CREATE | IN_MOVE | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR | IN_DONT_FOLLOW;
 
-// Some 2,000 events; one of them takes no more than its header and a file name.
+// Room for about 2,000 events. One event is a header and at most a file name.
 constexpr std::size_t kBufferBytes = 64 * 1024;
 static_assert(kBufferBytes >= sizeof(inotify_event) + NAME_MAX + 1);
 
@@ -41,11 +41,11 @@ struct DirectoryCloser {
     void operator()(DIR* directory) const { ::closedir(directory); }
 };
 
-// What a directory holds that is to be watched; links are passed over.
+// The entries of a directory that need a watch. Links are skipped.
 struct Listing {
-    std::vector<std::string> directories;  // that are or may be
-    std::vector<std::string> files;        // that are or may be playlists or streams
-    int errorNumber = 0;                   // why it could not be listed, or not to its end
+    std::vector<std::string> directories;  // also entries of unknown type
+    std::vector<std::string> files;        // playlists and streams, by their names
+    int errorNumber = 0;                   // why the directory could not be listed completely, else 0
 };
 
 Listing listed(const std::string& path)
@@ -75,8 +75,8 @@ Listing listed(const std::string& path)
     return listing;
 }
 
-// Why a directory or file below the root that cannot be watched ends the watch; nothing where there is nothing to
-// hear: it is gone again, is something else by now, or may not be read.
+// The failure that ends the watch if a directory or file below the root cannot be watched. None if the entry is gone,
+// has been replaced or may not be read: it is skipped.
 std::optional<WatchFailure::Kind> failureOf(int errorNumber)
 {
     switch (errorNumber) {
@@ -103,7 +103,7 @@ std::string joined(const std::string& directory, std::string_view name)
 
 }  // namespace
 
-// The tables belong to the watch's thread as soon as it runs.
+// After begin() only the watch's thread uses the tables.
 class DirectoryWatch::Native {
 public:
     Native(int inotify, int wakeUp, WatchSink sink)
@@ -147,16 +147,16 @@ private:
     void handleFile(std::uint32_t mask, std::string path);
     void deliver();
     void fail(WatchFailure::Kind kind) { m_failure = m_failure ? m_failure : failure(kind); }
-    [[nodiscard]] bool goesOn() const { return !m_failure && !m_isStopping; }
+    [[nodiscard]] bool canContinue() const { return !m_failure && !m_isStopping; }
 
     const int m_inotify;
-    const int m_wakeUp;  // an eventfd: written to end the wait
+    const int m_wakeUp;  // an eventfd; writing to it ends the wait
     const WatchSink m_sink;
     int m_root = -1;
     std::unordered_map<int, std::string> m_directories;  // by watch descriptor
-    std::unordered_map<std::string, int> m_opens;        // how often each file is open
-    std::vector<std::string> m_unwatched;  // directories that were seen and wait for their watch
-    std::vector<AccessEvent> m_events;     // that were read and not delivered yet
+    std::unordered_map<std::string, int> m_opens;        // open count by path
+    std::vector<std::string> m_unwatched;                // directories without a watch yet
+    std::vector<AccessEvent> m_events;                   // read, but not delivered yet
     std::optional<WatchFailure> m_failure;
     std::atomic<bool> m_isStopping = false;
     std::thread m_thread;
@@ -165,13 +165,13 @@ private:
 void DirectoryWatch::Native::run()
 {
     try {
-        // Not before the thread runs: listing takes its time, and the caller is the window.
+        // Listing is slow, so it is done here and not in begin(), which the window calls.
         watchContents(m_directories.at(m_root));
-        while (goesOn()) {
+        while (canContinue()) {
             watchTree();
             deliver();
             std::array<pollfd, 2> polled{{{m_inotify, POLLIN, 0}, {m_wakeUp, POLLIN, 0}}};
-            if (goesOn() && ::poll(polled.data(), polled.size(), -1) > 0) { readEvents(); }
+            if (canContinue() && ::poll(polled.data(), polled.size(), -1) > 0) { readEvents(); }
         }
         deliver();
     } catch (const std::bad_alloc&) {
@@ -180,11 +180,11 @@ void DirectoryWatch::Native::run()
     if (m_failure && !m_isStopping) { m_sink.onFailure(*m_failure); }
 }
 
-// Each new watch makes events of its own, from listing its directory: they are read in between, or they alone
-// would fill the kernel's queue.
+// Listing a directory causes events. They are read after each directory, because those of a large tree would overflow
+// the kernel's queue.
 void DirectoryWatch::Native::watchTree()
 {
-    while (goesOn() && !m_unwatched.empty()) {
+    while (canContinue() && !m_unwatched.empty()) {
         const std::string path = std::move(m_unwatched.back());
         m_unwatched.pop_back();
         watchDirectory(path);
@@ -199,7 +199,7 @@ void DirectoryWatch::Native::watchDirectory(const std::string& path)
         if (const auto kind = failureOf(errno)) { fail(*kind); }
         return;
     }
-    // Seen under another name before: what it holds is watched.
+    // A known descriptor is the same directory under another name: its contents are watched already.
     if (m_directories.emplace(watch, path).second) { watchContents(path); }
 }
 
@@ -211,21 +211,20 @@ void DirectoryWatch::Native::watchContents(const std::string& path)
         m_unwatched.push_back(joined(path, name));
     }
     for (const std::string& name : listing.files) {
-        if (!goesOn()) { return; }
+        if (!canContinue()) { return; }
         watchFile(joined(path, name));
     }
 }
 
-// The kernel makes one of equal events that follow each other while nobody reads them: a player that closes a file
-// twice would have closed it once. What the watch of the file itself says stands between the two, and is passed
-// over when it is read.
+// inotify merges identical consecutive events still in its queue. A second watch on the file itself puts a different
+// event between two directory events, so no close is lost. handle() ignores those extra events.
 void DirectoryWatch::Native::watchFile(const std::string& path)
 {
     if (::inotify_add_watch(m_inotify, path.c_str(), IN_OPEN | IN_CLOSE | IN_DONT_FOLLOW) >= 0) { return; }
     if (const auto kind = failureOf(errno)) { fail(*kind); }
 }
 
-// What left the tree is not its business any more.
+// Drops the watches below a directory that was moved out, and counts its open files as closed.
 void DirectoryWatch::Native::forgetTree(const std::string& path)
 {
     const std::string below = path + '/';
@@ -241,7 +240,7 @@ void DirectoryWatch::Native::forgetTree(const std::string& path)
     }
 }
 
-// Under this name nobody will close it.
+// Reports a close: the path no longer exists.
 void DirectoryWatch::Native::countAsClosed(std::unordered_map<std::string, int>::iterator opens)
 {
     m_events.push_back({AccessEvent::Kind::Close, opens->first, false});
@@ -295,7 +294,7 @@ void DirectoryWatch::Native::handleFile(std::uint32_t mask, std::string path)
         ++m_opens[path];
         m_events.push_back({AccessEvent::Kind::Open, std::move(path), false});
     } else if ((mask & IN_CLOSE) != 0) {
-        // Not there: opened before the watch began.
+        // A path without an entry was opened before the watch began.
         const bool isStillOpen = opens != m_opens.end() && --opens->second > 0;
         if (opens != m_opens.end() && !isStillOpen) { m_opens.erase(opens); }
         m_events.push_back({AccessEvent::Kind::Close, std::move(path), isStillOpen});

@@ -1,4 +1,4 @@
-// Which of a disc's files are watched, by their names.
+// The kind of a disc's file, by its name.
 #pragma once
 
 #include <algorithm>
@@ -9,7 +9,7 @@ namespace monitor {
 
 enum class DiscFile { Other, Playlist, Stream };
 
-// ".mpls" or ".m2ts" at the end, in any letter case.
+// By the suffix, ".mpls" or ".m2ts", in any letter case.
 [[nodiscard]] inline DiscFile discFileOf(std::string_view path)
 {
     const auto endsWith = [path](std::string_view suffix) {

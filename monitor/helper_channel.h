@@ -1,14 +1,12 @@
-// The system's side of one watch through a helper process: the pipe the helper writes to, the event that tells
-// it to stop, and the process itself (helper_channel_windows.cpp; helper_channel_posix.cpp has the same shape on
-// sockets, semaphores and processes, so that the protocol runs and is tested everywhere). Calls return the
-// system's error number, 0 for success; what is not there is passed over.
+// The system's side of one watch through a helper process: the pipe that the helper writes to, the event that stops
+// the helper, and the process itself. An interface, so that HelperWatch can be tested on every system. Functions that
+// return std::uint32_t return the system's error number, 0 on success. Closing what is not open does nothing.
 #pragma once
 
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <span>
 #include <string>
 
@@ -16,50 +14,50 @@ namespace monitor {
 
 class HelperChannel {
 public:
-    HelperChannel();
-    ~HelperChannel();  // closes whatever is open
+    HelperChannel() = default;
+    virtual ~HelperChannel() = default;  // implementations close everything
     HelperChannel(const HelperChannel&) = delete;
     HelperChannel& operator=(const HelperChannel&) = delete;
 
-    // Inbound, one instance, a byte stream. Windows: an input buffer of one maximal message.
-    [[nodiscard]] std::uint32_t createPipe(const std::string& name);
+    // Creates the pipe: inbound, one instance, a byte stream, with a buffer of one maximal message.
+    [[nodiscard]] virtual std::uint32_t createPipe(const std::string& name) = 0;
 
-    // Manual reset, not signalled.
-    [[nodiscard]] std::uint32_t createStopEvent(const std::string& name);
+    // Creates the stop event: manual reset, not signalled.
+    [[nodiscard]] virtual std::uint32_t createStopEvent(const std::string& name) = 0;
 
-    // Starts the helper with administrator rights (Windows: the elevation prompt; elsewhere: as it is), without
-    // a window. `parameters` follow the quoting rules of Windows.
-    [[nodiscard]] std::uint32_t launch(const std::string& executable, const std::string& parameters);
+    // Whether `path` exists and is not a directory.
+    [[nodiscard]] virtual bool fileExists(const std::string& path) const = 0;
 
-    // Blocks until the helper has connected, be it before the call. Ends with the system's number for a broken
-    // pipe when the helper's process ends first, and with the one for a cancelled operation after cancelIo().
-    [[nodiscard]] std::uint32_t waitForConnection();
+    [[nodiscard]] virtual std::uint64_t currentProcessId() const = 0;
 
-    // Blocks until something can be read; how much was. 0 at the end of the pipe, on a failure and when it was
-    // cancelled.
-    [[nodiscard]] std::size_t read(std::span<std::uint8_t> buffer);
+    // Starts the helper with administrator rights (the elevation prompt), without a window. `parameters` is its
+    // command line, quoted by the rules of Windows.
+    [[nodiscard]] virtual std::uint32_t launch(const std::string& executable,
+                                               const std::string& parameters) = 0;
 
-    void signalStop();
+    // Blocks until the helper has connected, which it may have done before the call. Returns the number of a broken
+    // pipe if the helper's process ends first, and the number of an aborted operation after cancelIo().
+    [[nodiscard]] virtual std::uint32_t waitForConnection() = 0;
 
-    // Ends a wait or a read that is pending; one that begins just then may be missed, so it is repeated until the
+    // Blocks until there is something to read. Returns the count of bytes read; 0 at the end of the pipe, on failure
+    // and after cancelIo().
+    [[nodiscard]] virtual std::size_t read(std::span<std::uint8_t> buffer) = 0;
+
+    virtual void signalStop() = 0;
+
+    // Ends a pending wait or read. Misses one that is just about to begin, so the caller repeats the call until the
     // reader has ended. May be called from any thread.
-    void cancelIo();
+    virtual void cancelIo() = 0;
 
-    void closePipe();
+    virtual void closePipe() = 0;
 
-    // Waits for the process's end no longer than `limit`, and lets go of it.
-    void releaseProcess(std::chrono::milliseconds limit);
+    // Waits at most `limit` for the process to end, then closes its handle.
+    virtual void releaseProcess(std::chrono::milliseconds limit) = 0;
 
-    void closeStopEvent();
-
-private:
-    struct Native;
-    std::unique_ptr<Native> m_native;
+    virtual void closeStopEvent() = 0;
 };
 
-[[nodiscard]] std::uint64_t currentProcessId();
-
-// Whether there is a file of this name, a directory not counted.
-[[nodiscard]] bool fileExists(const std::string& path);
+// The channel of Windows (helper_channel_windows.cpp); other systems have none.
+[[nodiscard]] std::unique_ptr<HelperChannel> makeHelperChannel();
 
 }  // namespace monitor

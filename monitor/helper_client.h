@@ -1,5 +1,5 @@
-// A helper process's side of the channel: how it reaches the pipe and hears that it is to stop
-// (helper_client_windows.cpp, helper_client_posix.cpp).
+// The helper's side of the channel: connects to the pipe, writes to it and waits for the stop event
+// (helper_client_windows.cpp; only Windows has a helper).
 #pragma once
 
 #include <cstdint>
@@ -16,11 +16,11 @@ public:
     HelperClient(const HelperClient&) = delete;
     HelperClient& operator=(const HelperClient&) = delete;
 
-    // The system's error number, 0 for success.
+    // Opens the parent process, the stop event and the pipe. Returns the system's error number, 0 on success.
     [[nodiscard]] std::uint32_t connect(const std::string& pipe, const std::string& stopEvent,
                                         std::uint64_t parentProcessId);
 
-    // Writes all of it; false when the other side is gone. One thread at a time.
+    // Writes all bytes. Returns false if the other side has closed the pipe. One thread at a time.
     [[nodiscard]] bool write(std::string_view bytes);
 
     // Blocks until the stop event is signalled or the parent process has ended.

@@ -1,5 +1,5 @@
 #include "monitor/helper_client.h"
-#include "monitor/helper_meeting_windows.h"
+#include "monitor/helper_endpoint_windows.h"
 
 #include <algorithm>
 #include <array>
@@ -27,7 +27,7 @@ std::uint32_t HelperClient::connect(const std::string& pipe, const std::string& 
     if (!m_native->parent) { return lastError(); }
     m_native->stopEvent.reset(::OpenEventW(SYNCHRONIZE, FALSE, wideText(stopEvent).c_str()));
     if (!m_native->stopEvent) { return lastError(); }
-    // The helper has more rights than the program it writes to, which is not to act with them.
+    // Anonymous: the server of the pipe must not impersonate the helper, which has more rights.
     constexpr DWORD kFlags = SECURITY_SQOS_PRESENT | SECURITY_ANONYMOUS;
     m_native->pipe = handleOrNull(
         ::CreateFileW(pipePath(pipe).c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, kFlags, nullptr));

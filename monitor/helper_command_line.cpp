@@ -13,7 +13,7 @@ HelperNames helperNames(std::string_view uuid)
 std::string quoteArgument(std::string_view argument)
 {
     std::string quoted = "\"";
-    std::size_t backslashes = 0;  // that stand directly before the present character
+    std::size_t backslashes = 0;  // directly before the current character
     for (const char character : argument) {
         if (character == '"') { quoted.append(backslashes + 1, '\\'); }
         backslashes = character == '\\' ? backslashes + 1 : 0;

@@ -1,4 +1,4 @@
-// The names that a watch and its helper meet by, and the helper's command line.
+// The names of the pipe and the stop event, and the helper's command line.
 #pragma once
 
 #include <cstdint>
@@ -7,17 +7,17 @@
 
 namespace monitor {
 
-// Made from one UUID, fresh for every watch.
+// The names of one watch.
 struct HelperNames {
     std::string pipe;       // "Platterscope-ETW-<uuid>"; the pipe is \\.\pipe\ followed by it
     std::string stopEvent;  // "Local\Platterscope-ETW-Stop-<uuid>"
 };
 
-// `uuid` is written without braces.
+// `uuid` has no braces and must be new for every watch.
 [[nodiscard]] HelperNames helperNames(std::string_view uuid);
 
-// `argument` in double quotes, such that a program of Windows reads it back unchanged: a backslash is doubled
-// where backslashes reach up to a quote or to the end, and a quote gets one before it.
+// Quotes one argument by the rules of Windows: adds double quotes around it, doubles the backslashes directly before a
+// quote or the end, and puts a backslash before each quote.
 [[nodiscard]] std::string quoteArgument(std::string_view argument);
 
 // --pipe "..." --root "..." --stop-event "..." --parent-pid N

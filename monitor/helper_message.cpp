@@ -29,7 +29,7 @@ bool isContinuation(char byte)
     return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
 
-// A text without any character's end near the limit is no UTF-8 and is cut at the limit itself.
+// Cuts at the end of a character. A payload that is not UTF-8 has none near the limit and is cut at the limit.
 std::string_view cutToLimit(std::string_view payload)
 {
     if (payload.size() <= kMaximumPayloadBytes) { return payload; }

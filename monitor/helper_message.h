@@ -20,20 +20,20 @@ inline constexpr std::size_t kMessageHeaderBytes = 8;
 inline constexpr std::uint32_t kMaximumPayloadBytes = 65'536;
 
 enum class MessageKind : std::uint32_t {
-    Nothing = 1,  // means only that the helper is there
-    Opened = 2,   // the payload is the full path of a file that was opened
-    Closed = 3,   // ... that was closed
-    Failed = 4    // the helper ends; the payload says why, and may be empty
+    Nothing = 1,  // no effect
+    Opened = 2,   // the payload is the full path of the opened file
+    Closed = 3,   // the payload is the full path of the closed file
+    Failed = 4    // the helper ends; the payload is an error text and may be empty
 };
 
 struct MessageHeader {
-    std::uint32_t kind = 0;  // as received: may be no MessageKind
+    std::uint32_t kind = 0;  // as received: may be unknown
     std::uint32_t payloadBytes = 0;
 };
 
 [[nodiscard]] MessageHeader parseMessageHeader(std::span<const std::uint8_t, kMessageHeaderBytes> bytes);
 
-// The whole message; a payload beyond the limit is cut to it, at the end of a character.
+// Returns the message, header and payload. A longer payload is cut to the limit, at the end of a character.
 [[nodiscard]] std::string encodeMessage(MessageKind kind, std::string_view payload);
 
 }  // namespace monitor

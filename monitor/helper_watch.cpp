@@ -24,8 +24,10 @@ constexpr std::chrono::milliseconds kCancelInterval{10};
 
 }  // namespace
 
-HelperWatch::HelperWatch(std::string executable, const std::string& uuid)
-    : m_executable(std::move(executable))
+HelperWatch::HelperWatch(std::unique_ptr<HelperChannel> channel, std::string executable,
+                         const std::string& uuid)
+    : m_channel(std::move(channel))
+    , m_executable(std::move(executable))
     , m_names(helperNames(uuid))
 {}
 
@@ -40,7 +42,7 @@ std::optional<WatchFailure> HelperWatch::start(const std::string& root, WatchSin
     std::optional<WatchFailure> failure = launchHelper(root);
     if (!failure) { failure = startReader(); }
     if (failure) {
-        m_channel.signalStop();
+        m_channel->signalStop();
         release();
     }
     return failure;
@@ -50,10 +52,10 @@ void HelperWatch::stop()
 {
     if (!m_reader.joinable()) { return; }
     m_isRunning = false;
-    m_channel.signalStop();
+    m_channel->signalStop();
     const std::future<void> readerEnd = m_readerEnd.get_future();
     do {
-        m_channel.cancelIo();
+        m_channel->cancelIo();
     } while (readerEnd.wait_for(kCancelInterval) != std::future_status::ready);
     m_reader.join();
     release();
@@ -61,15 +63,15 @@ void HelperWatch::stop()
 
 std::optional<WatchFailure> HelperWatch::launchHelper(const std::string& root)
 {
-    if (const std::uint32_t error = m_channel.createPipe(m_names.pipe); error != 0) {
+    if (const std::uint32_t error = m_channel->createPipe(m_names.pipe); error != 0) {
         return WatchFailure{Kind::PipeNotCreated, error, {}};
     }
-    if (const std::uint32_t error = m_channel.createStopEvent(m_names.stopEvent); error != 0) {
+    if (const std::uint32_t error = m_channel->createStopEvent(m_names.stopEvent); error != 0) {
         return WatchFailure{Kind::StopEventNotCreated, error, {}};
     }
-    if (!fileExists(m_executable)) { return WatchFailure{Kind::HelperMissing, 0, {}}; }
-    const std::string parameters = helperParameters(m_names, root, currentProcessId());
-    if (const std::uint32_t error = m_channel.launch(m_executable, parameters); error != 0) {
+    if (!m_channel->fileExists(m_executable)) { return WatchFailure{Kind::HelperMissing, 0, {}}; }
+    const std::string parameters = helperParameters(m_names, root, m_channel->currentProcessId());
+    if (const std::uint32_t error = m_channel->launch(m_executable, parameters); error != 0) {
         return WatchFailure{Kind::LaunchFailed, error, {}};
     }
     return std::nullopt;
@@ -93,24 +95,24 @@ void HelperWatch::runReader()
     try {
         failure = readMessages();
     } catch (const std::bad_alloc&) {
-        // As good as stopped: what it says can no longer be taken.
+        // Reported as HelperStopped: no further message can be read.
     }
     if (m_isRunning.exchange(false)) { m_sink.onFailure(failure); }
     m_readerEnd.set_value();
 }
 
-// Gives why it ended; whether that is worth a word is the caller's. Whatever one read has brought goes up at
-// once, so that an event waits neither for the next one nor for the rest of a message behind it.
+// Returns why reading ended; the caller decides whether to report it. Events are delivered after every read, so
+// that none waits for the rest of the next message.
 WatchFailure HelperWatch::readMessages()
 {
-    if (const std::uint32_t error = m_channel.waitForConnection(); error != 0) {
+    if (const std::uint32_t error = m_channel->waitForConnection(); error != 0) {
         return {Kind::NotConnected, error, {}};
     }
-    std::vector<std::uint8_t> buffer(kMessageHeaderBytes +
-                                     kMaximumPayloadBytes);  // always more than the rest
+    // One maximal message. What is left of a read is an incomplete message, so there is always room for more.
+    std::vector<std::uint8_t> buffer(kMessageHeaderBytes + kMaximumPayloadBytes);
     std::size_t filledBytes = 0;
     while (m_isRunning) {
-        const std::size_t readBytes = m_channel.read(std::span(buffer).subspan(filledBytes));
+        const std::size_t readBytes = m_channel->read(std::span(buffer).subspan(filledBytes));
         if (readBytes == 0) { break; }
         filledBytes += readBytes;
         ReceivedMessages messages = takeMessages(std::span(buffer).first(filledBytes));
@@ -125,9 +127,9 @@ WatchFailure HelperWatch::readMessages()
 
 void HelperWatch::release()
 {
-    m_channel.closePipe();
-    m_channel.releaseProcess(kHelperEndLimit);
-    m_channel.closeStopEvent();
+    m_channel->closePipe();
+    m_channel->releaseProcess(kHelperEndLimit);
+    m_channel->closeStopEvent();
 }
 
 }  // namespace monitor

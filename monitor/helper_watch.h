@@ -1,5 +1,5 @@
-// Watching through a helper process: it is started with administrator rights, reports over a pipe which files
-// are opened and closed, and ends when it is told to. The logic alone; what the system does is HelperChannel's.
+// A watch by a helper process, which is started with administrator rights and reports opened and closed files through
+// a pipe. Portable: HelperChannel makes the system's calls.
 #pragma once
 
 #include "monitor/access_watch.h"
@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <future>
+#include <memory>
 #include <optional>
 #include <string>
 #include <thread>
@@ -16,15 +17,16 @@ namespace monitor {
 
 class HelperWatch final : public AccessWatch {
 public:
-    // `executable` is the helper's path; `uuid` names the pipe and the event, and is new for every watch.
-    HelperWatch(std::string executable, const std::string& uuid);
+    // `executable` is the helper's path. The names of the pipe and the event are made from `uuid`, which must be new
+    // for every watch.
+    HelperWatch(std::unique_ptr<HelperChannel> channel, std::string executable, const std::string& uuid);
     ~HelperWatch() override;
 
-    // Pipe, stop event, helper, launch, reader thread, in this order.
+    // In this order: creates the pipe and the stop event, looks for the helper, launches it, starts the reader thread.
     [[nodiscard]] std::optional<WatchFailure> start(const std::string& root, WatchSink sink) override;
 
-    // Signals the helper, ends the pending read, joins the reader, closes the pipe, waits at most 5 seconds for
-    // the helper's end, closes the event.
+    // In this order: signals the stop event, cancels the pending read, joins the reader, closes the pipe, waits at most
+    // 5 seconds for the helper to end, closes the event.
     void stop() override;
 
 private:
@@ -34,11 +36,11 @@ private:
     [[nodiscard]] WatchFailure readMessages();
     void release();
 
+    const std::unique_ptr<HelperChannel> m_channel;
     const std::string m_executable;
     const HelperNames m_names;
     WatchSink m_sink;
-    HelperChannel m_channel;
-    // Cleared once, by what ends the watch: stop(), or the reader with the one failure that it may report.
+    // Cleared once: by stop(), or by the reader, which then reports its one failure.
     std::atomic<bool> m_isRunning = false;
     std::promise<void> m_readerEnd;
     std::thread m_reader;

@@ -20,11 +20,11 @@ using monitor::WatchFailure;
 
 namespace {
 
-// Reports are fetched a lot at a time, with a pause between: a flood of them leaves the window time for its user.
+// Events are fetched in batches with a pause between them, so that many events do not block the window.
 constexpr std::size_t kReportsAtOnce = 1000;
 constexpr int kFetchPauseMs = 10;
 
-// The sentence for a failure, in English, with %1 for the system's error number.
+// The English message of a failure. %1 stands for the system's error number.
 const char* failureText(WatchFailure::Kind kind)
 {
     switch (kind) {
@@ -75,10 +75,10 @@ std::unique_ptr<monitor::AccessWatch> makeOwnWatch()
 }  // namespace
 
 struct InotifyWatcher::Inbox {
-    std::mutex mutex;  // guards what follows
+    std::mutex mutex;  // guards the members below
     std::deque<AccessEvent> events;
     std::optional<WatchFailure> failure;
-    bool isAnnounced = false;  // to the thread that fetches, which has not looked since
+    bool isAnnounced = false;  // fetchReports() is due and has not run yet
 };
 
 InotifyWatcher::InotifyWatcher(QObject* parent)
@@ -121,7 +121,7 @@ void InotifyWatcher::stopWatching()
     m_openStreams.clear();
 }
 
-// What the sink does runs on the watch's thread; this object waits for that thread before it goes.
+// The sink runs on the watch's thread. It may use `this`, because stopWatching() joins that thread.
 monitor::WatchSink InotifyWatcher::makeSink()
 {
     const auto announce = [this](Inbox& inbox) {
@@ -155,7 +155,7 @@ monitor::WatchSink InotifyWatcher::makeSink()
 void InotifyWatcher::fetchReports()
 {
     const std::shared_ptr<Inbox> inbox = m_inbox;
-    if (!inbox) { return; }  // announced by a watch that has ended since
+    if (!inbox) { return; }  // the watch that announced it has ended
     std::vector<AccessEvent> events;
     std::optional<WatchFailure> failure;
     {
@@ -195,7 +195,7 @@ void InotifyWatcher::report(const AccessEvent& event)
     } else {
         Q_EMIT m2tsEvent(path, type);
     }
-    if (!hasChanged || m_inbox != watch) { return; }  // who was told may have ended the watch
+    if (!hasChanged || m_inbox != watch) { return; }  // a receiver may have stopped the watch
     if (isPlaylist) {
         Q_EMIT openMplsFilesChanged(openFiles);
     } else {

@@ -1,6 +1,6 @@
-// Tells which playlist (.mpls) and clip stream (.m2ts) files below a directory other programs open and close. How
-// the system is asked is an AccessWatch's business; this object classifies what it reports, keeps the sets of open
-// files, words its failures and brings everything to the thread it lives on. Named after what Linux has for this.
+// Reports which playlist (.mpls) and clip stream (.m2ts) files below a directory other programs open and close. An
+// AccessWatch finds the events. This object sorts them by file kind, keeps the sets of open files, makes the messages
+// of failures and emits everything on its own thread.
 #pragma once
 
 #include "monitor/access_watch.h"
@@ -19,31 +19,31 @@ class InotifyWatcher : public QObject {
 public:
     using WatchFactory = std::function<std::unique_ptr<monitor::AccessWatch>()>;
 
-    // Watches the way this system has.
+    // Uses the watch of this system.
     explicit InotifyWatcher(QObject* parent = nullptr);
-    // Watches another way; the factory is called once for each watch.
+    // Uses the watches that the factory makes, one for each startWatching().
     explicit InotifyWatcher(WatchFactory makeWatch, QObject* parent = nullptr);
     ~InotifyWatcher() override;
 
 Q_SIGNALS:
-    // `eventType` is "OPEN" or "CLOSE"; `path` is absolute. Each is followed by the open set, where it changed: a
-    // file that several programs have open leaves it with the last of them.
+    // `eventType` is "OPEN" or "CLOSE"; `path` is absolute. The set of open files follows if it has changed. A file
+    // stays in the set until the watch reports its last close.
     void mplsEvent(const QString& path, const QString& eventType);
     void m2tsEvent(const QString& path, const QString& eventType);
     void openMplsFilesChanged(const QSet<QString>& openFiles);
     void openFilesChanged(const QSet<QString>& openFiles);
-    // The watch has ended, or never began; `message` is a sentence for the user.
+    // The watch has ended or could not begin. `message` is a sentence for the user.
     void errorOccurred(const QString& message);
 
 public Q_SLOTS:
-    // Ends a watch that runs and begins one of `rootPath`, which must be a directory. The sets begin empty.
+    // Stops the current watch, then watches `rootPath`, which must be a directory. The sets are empty at first.
     void startWatching(const QString& rootPath);
 
-    // Ends the watch; reports of it that are still on their way are dropped, and the sets emptied, in silence.
+    // Stops the watch, drops its pending reports and empties the sets. Emits nothing.
     void stopWatching();
 
 private:
-    // What the watch's thread has left to be fetched.
+    // Reports from the watch's thread, to be fetched on this object's thread.
     struct Inbox;
 
     [[nodiscard]] monitor::WatchSink makeSink();
@@ -53,7 +53,7 @@ private:
 
     WatchFactory m_makeWatch;
     std::unique_ptr<monitor::AccessWatch> m_watch;
-    std::shared_ptr<Inbox> m_inbox;  // of the watch that runs
+    std::shared_ptr<Inbox> m_inbox;  // of the current watch
     QTimer m_fetchTimer;
     QSet<QString> m_openPlaylists;
     QSet<QString> m_openStreams;

@@ -1,4 +1,4 @@
-// The way of watching that this system has (platform_watch_linux.cpp, platform_watch_windows.cpp).
+// The watch of this system (platform_watch_linux.cpp, platform_watch_windows.cpp).
 #pragma once
 
 #include "monitor/access_watch.h"
@@ -8,7 +8,7 @@
 
 namespace monitor {
 
-// `programDirectory` is where a helper would be installed; `uuid` is new for every watch.
+// `programDirectory` is the directory of a helper program. `uuid` must be new for every watch. Linux uses neither.
 [[nodiscard]] std::unique_ptr<AccessWatch> makePlatformWatch(const std::string& programDirectory,
                                                              const std::string& uuid);
 

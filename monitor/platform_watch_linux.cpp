@@ -3,7 +3,7 @@
 
 namespace monitor {
 
-// The kernel tells every user: no helper is needed.
+// inotify needs no rights, so there is no helper.
 std::unique_ptr<AccessWatch> makePlatformWatch(const std::string& /*programDirectory*/,
                                                const std::string& /*uuid*/)
 {

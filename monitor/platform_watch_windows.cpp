@@ -3,10 +3,11 @@
 
 namespace monitor {
 
-// The system tells administrators alone.
+// Only administrators can trace the file accesses of other processes, so a helper with their rights does.
 std::unique_ptr<AccessWatch> makePlatformWatch(const std::string& programDirectory, const std::string& uuid)
 {
-    return std::make_unique<HelperWatch>(programDirectory + "\\PlatterscopeEtwHelper.exe", uuid);
+    return std::make_unique<HelperWatch>(makeHelperChannel(),
+                                         programDirectory + "\\PlatterscopeEtwHelper.exe", uuid);
 }
 
 }  // namespace monitor

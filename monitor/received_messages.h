@@ -1,4 +1,4 @@
-// What a helper's pipe has brought so far, taken apart: the reading side of helper_message.h.
+// Parses the messages of helper_message.h from bytes that were read from the pipe.
 #pragma once
 
 #include "monitor/access_watch.h"
@@ -12,13 +12,14 @@
 namespace monitor {
 
 struct ReceivedMessages {
-    std::size_t bytes = 0;  // taken from the beginning
+    std::size_t bytes = 0;  // bytes parsed, from the beginning
     std::vector<AccessEvent> events;
-    std::optional<WatchFailure> failure;  // what follows it is of no interest
+    std::optional<WatchFailure> failure;  // parsing ended here
 };
 
-// The whole messages that `bytes` begin with. A message is judged by its length as soon as its header is there, and by
-// its kind when it is whole; the first that is wrong, or that says that the helper failed, ends them.
+// Parses the complete messages at the beginning of `bytes`, up to the first failure: a message that is too long or of
+// an unknown kind, or a Failed message. A length is checked as soon as its header is complete, a kind only when its
+// message is complete.
 [[nodiscard]] ReceivedMessages takeMessages(std::span<const std::uint8_t> bytes);
 
 }  // namespace monitor

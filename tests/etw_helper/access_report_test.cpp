@@ -2,109 +2,78 @@
 
 #include <gtest/gtest.h>
 
-#include <vector>
+#include <utility>
 
 using etw_helper::AccessReport;
-using etw_helper::WatchedRoot;
-using monitor::MessageKind;
+using etw_helper::kMaximumFiles;
 
 namespace {
 
-constexpr std::uint32_t kDone = 0;
-constexpr std::uint32_t kPending = 0x103;
-constexpr std::uint32_t kReparse = 0x104;
-constexpr std::uint32_t kNotFound = 0xC000'0034;
-
 class AccessReportTest : public testing::Test {
 protected:
-    // A whole open: what is traced of it.
-    void open(std::uint64_t fileObject, const std::wstring& name, std::uint32_t status = kDone)
+    void begin(std::uint64_t request, std::uint64_t fileObject, const std::wstring& name)
     {
-        m_report.openBegins(++m_request, fileObject, LR"(\Device\CdRom0\)" + name);
-        m_report.requestEnds(m_request, status);
+        m_report.openBegins(request, fileObject, LR"(\Device\)" + name);
+    }
+    void open(std::uint64_t request, std::uint64_t fileObject, const std::wstring& name,
+              std::uint32_t status = 0)
+    {
+        begin(request, fileObject, name);
+        m_report.requestEnds(request, status);
     }
 
-    [[nodiscard]] std::vector<std::string> taken() { return std::exchange(m_messages, {}); }
-
-    std::vector<std::string> m_messages;
-    std::uint64_t m_request = 0;
-    AccessReport m_report{WatchedRoot(LR"(D:\)", LR"(\Device\CdRom0\)"),
-                          [this](MessageKind kind, const std::string& payload) {
-                              m_messages.push_back(std::to_string(static_cast<int>(kind)) + ' ' + payload);
+    std::string m_messages;  // "2 path; " opened, "3 path; " closed, "4 text; " failed
+    AccessReport m_report{etw_helper::WatchedRoot(LR"(D:\)", LR"(\Device\CdRom0\)"),
+                          [this](monitor::MessageKind kind, const std::string& payload) {
+                              m_messages += std::to_string(static_cast<int>(kind)) + ' ' + payload + "; ";
                           }};
 };
 
-using Messages = std::vector<std::string>;
-
-TEST_F(AccessReportTest, OpenAndCloseOfAFileBelowTheRoot)
+TEST_F(AccessReportTest, JoinsTheEventsOfAFile)
 {
-    m_report.openBegins(7, 100, LR"(\device\cdrom0\BDMV\00001.M2TS)");
-    EXPECT_EQ(taken(), Messages()) << "it may fail yet";
-    EXPECT_TRUE(m_report.awaitsRequests());
-    m_report.requestEnds(8, kDone);
-    EXPECT_EQ(taken(), Messages()) << "another request";
-    m_report.requestEnds(7, kDone);
-    EXPECT_EQ(taken(), Messages({R"(2 D:\BDMV\00001.M2TS)"}));
-    EXPECT_FALSE(m_report.awaitsRequests());
-    EXPECT_TRUE(m_report.awaitsCloses());
-    m_report.lastHandleCloses(101);
-    EXPECT_EQ(taken(), Messages()) << "another file";
-    m_report.lastHandleCloses(100);
-    m_report.lastHandleCloses(100);
-    EXPECT_EQ(taken(), Messages({R"(3 D:\BDMV\00001.M2TS)"}));
+    begin(7, 100, L"cdrom0\\B\\1.M2TS");
+    m_report.requestEnds(8, 0);
+    EXPECT_EQ(m_messages, "");
+    EXPECT_TRUE(m_report.awaitsRequests() && !m_report.awaitsCloses());
+    m_report.requestEnds(7, 0);
+    EXPECT_TRUE(!m_report.awaitsRequests() && m_report.awaitsCloses());
+    for (const std::uint64_t fileObject : {101U, 100U, 100U}) {
+        m_report.lastHandleCloses(fileObject);
+    }
+    EXPECT_EQ(m_messages, "2 D:\\B\\1.M2TS; 3 D:\\B\\1.M2TS; ");
     EXPECT_FALSE(m_report.awaitsCloses());
 }
 
-TEST_F(AccessReportTest, WhatIsNoOpenOfTheDisc)
+TEST_F(AccessReportTest, CountsOpensThatSucceed)
 {
-    open(1, L"absent", kNotFound);
-    open(2, L"link", kReparse);
-    m_report.openBegins(1000, 3, LR"(\Device\CdRom1\file)");
-    EXPECT_FALSE(m_report.awaitsRequests());
-    m_report.requestEnds(1000, kDone);
-    for (const std::uint64_t fileObject : {1U, 2U, 3U}) {
+    open(1, 1, L"CdRom0\\not found", 0xC000'0034);
+    open(2, 2, L"CdRom0\\opened again under another name", 0x104);
+    open(3, 3, L"CdRom0\\pending", 0x103);
+    open(4, 4, L"CdRom1\\of another device");
+    open(5, 5, L"CdRom0\\\u00E9");
+    open(6, 6, L"CdRom0\\\u00E9");
+    open(7, 6, L"CdRom0\\same number");
+    begin(8, 8, L"CdRom0\\same request");
+    open(8, 9, L"CdRom1\\a");
+    for (std::uint64_t fileObject = 1; fileObject < 10; ++fileObject) {
         m_report.lastHandleCloses(fileObject);
     }
-    EXPECT_EQ(taken(), Messages());
-    open(4, L"later", kPending);
-    EXPECT_EQ(taken(), Messages({R"(2 D:\later)"}));
+    EXPECT_EQ(m_messages, "2 D:\\pending; 2 D:\\\xC3\xA9; 2 D:\\\xC3\xA9; 3 D:\\\xC3\xA9; 2 D:\\same number; "
+                          "3 D:\\pending; 3 D:\\\xC3\xA9; 3 D:\\same number; ");
 }
 
-TEST_F(AccessReportTest, EachFileObjectOfAPathCounts)
+TEST_F(AccessReportTest, RemembersALimitedNumberOfFiles)
 {
-    open(1, L"\u00E9");
-    open(2, L"\u00E9");
+    for (std::uint64_t i = 0; i < 3 * kMaximumFiles; ++i) {
+        begin(i, i, L"CdRom0\\never ended");
+    }
+    for (std::uint64_t i = 0; i < kMaximumFiles; ++i) {
+        open(1'000'000 + i, i, L"CdRom0\\x");
+    }
+    EXPECT_EQ(std::exchange(m_messages, {}).size(), kMaximumFiles * std::string("2 D:\\x; ").size());
+    open(1, 1'000'000, L"CdRom0\\one too many");
     m_report.lastHandleCloses(1);
-    m_report.lastHandleCloses(2);
-    EXPECT_EQ(taken(), Messages({"2 D:\\\xC3\xA9", "2 D:\\\xC3\xA9", "3 D:\\\xC3\xA9", "3 D:\\\xC3\xA9"}));
-}
-
-TEST_F(AccessReportTest, NumbersThatComeAgainEndWhatTheyNamedBefore)
-{
-    open(1, L"a");
-    open(1, L"b");
-    EXPECT_EQ(taken(), Messages({R"(2 D:\a)", R"(3 D:\a)", R"(2 D:\b)"}));
-    m_report.openBegins(9, 5, LR"(\Device\CdRom0\c)");
-    m_report.openBegins(9, 6, LR"(\Device\Elsewhere)");
-    m_report.requestEnds(9, kDone);
-    EXPECT_EQ(taken(), Messages());
-}
-
-TEST_F(AccessReportTest, WhatIsRememberedHasALimit)
-{
-    for (std::uint64_t i = 0; i < 3 * etw_helper::kMaximumFiles; ++i) {
-        m_report.openBegins(i, i, LR"(\Device\CdRom0\never ended)");
-    }
-    EXPECT_EQ(taken(), Messages());
-    for (std::uint64_t i = 0; i < etw_helper::kMaximumFiles; ++i) {
-        open(1'000'000 + i, L"x");
-    }
-    EXPECT_EQ(taken().back(), R"(2 D:\x)");
-    open(1, L"one too many");
-    EXPECT_EQ(taken(), Messages({"4 The Windows ETW helper cannot follow so many open files."}));
-    m_report.lastHandleCloses(1'000'000);
-    m_report.fail("again");
-    EXPECT_EQ(taken(), Messages()) << "nothing follows a failure";
+    EXPECT_EQ(m_messages, "4 The Windows ETW helper cannot follow so many open files.; ");
 }
 
 }  // namespace

@@ -1,216 +1,219 @@
-#include "monitor/helper_client.h"
-#include "tests/monitor/helper_watch_fixture.h"
+// HelperWatch over a channel that plays what a helper writes. helper_channel_test.cpp tests the real channel.
+#include "monitor/helper_message.h"
+#include "monitor/helper_watch.h"
+#include "tests/monitor/reports.h"
 
-#include <future>
-#include <ostream>
+#include <gtest/gtest.h>
+
+#include <algorithm>
 
 namespace {
 
-using Kind = monitor::WatchFailure::Kind;
-using Lines = std::vector<std::string>;
-using testsupport::heldResources;
-using testsupport::HelperWatchTest;
-using testsupport::kBrokenPipe;
+using testsupport::textOf;
+using Lock = std::unique_lock<std::mutex>;
 
-TEST_F(HelperWatchTest, ReportsOpensAndClosesInOrderUntilItIsStopped)
-{
-    ASSERT_EQ(start(m_watch, "connect\nmessage 2 /d/00001.mpls\nmessage 1 ignored\nmessage 3 /d/00001.mpls\n"
-                             "message 2 /d/\xFFnotes .TXT\nmessage 3\nwait\n"),
-              std::nullopt);
-    m_recorder.waitForEvents(4);
-    EXPECT_FALSE(wasHelperStopped());
-    m_watch.stop();
-    EXPECT_TRUE(wasHelperStopped());
-    EXPECT_EQ(m_recorder.lines(), Lines({"O /d/00001.mpls", "C /d/00001.mpls", "O /d/\xFFnotes .TXT", "C "}));
-    EXPECT_TRUE(m_recorder.failures.empty());
-}
+constexpr std::uint32_t kError = 5;
 
-struct FailureCase {
-    const char* name;
-    const char* script;
-    Kind kind;
-    const char* text = "";
-    Lines lines = {};  // what is reported before
+// What the helper and the system do.
+struct Script {
+    std::string bytes = {};      // the helper writes these
+    std::size_t step = 100'000;  // bytes of one read
+    bool isEndless = false;      // the helper writes them again and again
+    bool staysOpen = false;      // the pipe does not end after them
+    std::string failing = {};    // this call fails with kError, "connect later" after cancelIo()
 };
 
-// How the case is called in lists of tests; the toolkit of tests would print its bytes.
-void PrintTo(const FailureCase& one, std::ostream* out)
-{
-    *out << one.name;
-}
+class FakeChannel final : public monitor::HelperChannel {
+public:
+    FakeChannel(Script script, std::string& calls)
+        : m_script(std::move(script))
+        , m_calls(calls)
+    {}
 
-class HelperWatchFailure : public HelperWatchTest, public testing::WithParamInterface<FailureCase> {};
-
-TEST_P(HelperWatchFailure, IsReportedOnce)
-{
-    const FailureCase& expected = GetParam();
-    ASSERT_NO_FATAL_FAILURE(watchUntilFailure(expected.script));
-    const monitor::WatchFailure& failure = m_recorder.failures.front();
-    EXPECT_EQ(failure.kind, expected.kind);
-    EXPECT_EQ(failure.text, expected.text);
-    EXPECT_EQ(failure.errorNumber, expected.kind == Kind::NotConnected ? kBrokenPipe : 0U);
-    EXPECT_EQ(m_recorder.lines(), expected.lines);
-}
-
-// A helper that waits after its last message shows that the failure needed no more bytes.
-const FailureCase kFailureCases[] = {
-    {"EndedBeforeConnecting", "", Kind::NotConnected},
-    {"EndedBetweenMessages", "connect\nmessage 2 a\n", Kind::HelperStopped, "", {"O a"}},
-    {"EndedAtOnce", "connect\n", Kind::HelperStopped},
-    {"EndedInHeader", "connect\nmessage 3 a\nbytes 2 0 0 0 1 0 0\n", Kind::HelperStopped, "", {"C a"}},
-    {"EndedInPayload", "connect\nheader 2 4\ntext abc\n", Kind::HelperStopped},
-    {"EndedBeforePayload", "connect\nheader 4 4\n", Kind::HelperStopped},
-    {"KilledInPayload",
-     "connect\nmessage 2 a\nheader 2 65536\nfill 65535\nkill\n",
-     Kind::HelperStopped,
-     "",
-     {"O a"}},
-    {"TooLong", "connect\nmessage 2 a\nheader 2 65537\nwait\n", Kind::InvalidMessage, "", {"O a"}},
-    {"TooLongByFar", "connect\nheader 1 4294967295\nwait\n", Kind::InvalidMessage},
-    {"TooLongAndUnknown", "connect\nheader 9 65537\nwait\n", Kind::InvalidMessage},
-    {"UnknownKind0", "connect\nmessage 2 a\nmessage 0 b\nwait\n", Kind::UnknownMessage, "", {"O a"}},
-    {"UnknownKind5", "connect\nmessage 5\nwait\n", Kind::UnknownMessage},
-    {"UnknownGreatestKind", "connect\nmessage 4294967295 b\nwait\n", Kind::UnknownMessage},
-    {"UnknownButIncomplete", "connect\nheader 5 2\ntext b\n", Kind::HelperStopped},
-    {"FailedWithText",
-     "connect\nmessage 2 a\nmessage 4 No right \xC3\xA9!\nmessage 2 b\nmessage 0\nwait\n",
-     Kind::HelperFailed,
-     "No right \xC3\xA9!",
-     {"O a"}},
-    {"FailedWithoutText", "connect\nmessage 4\n", Kind::HelperFailed}};
-
-INSTANTIATE_TEST_SUITE_P(Each, HelperWatchFailure, testing::ValuesIn(kFailureCases),
-                         [](const auto& test) { return std::string(test.param.name); });
-
-TEST_F(HelperWatchTest, PayloadMayHave65536Bytes)
-{
-    ASSERT_EQ(start(m_watch, "connect\nheader 2 65536\nfill 65536\nmessage 3 next\nwait\n"), std::nullopt);
-    m_recorder.waitForEvents(2);
-    m_watch.stop();
-    EXPECT_EQ(m_recorder.lines(), Lines({"O " + std::string(65'536, 'x'), "C next"}));
-}
-
-TEST_F(HelperWatchTest, MessagesMayComeByteByByte)
-{
-    ASSERT_NO_FATAL_FAILURE(watchUntilFailure("connect\nbytewise\nnumber 300\nmessage 4 over\n"));
-    ASSERT_EQ(m_recorder.events.size(), 300U);
-    EXPECT_EQ(m_recorder.lines().back(), "C 299");
-    EXPECT_EQ(m_recorder.failures.front().text, "over");
-}
-
-TEST_F(HelperWatchTest, ManyMessagesComeInOrder)
-{
-    constexpr int kCount = 100'000;
-    ASSERT_EQ(start(m_watch, "connect\nnumber " + std::to_string(kCount) + "\nwait\n"), std::nullopt);
-    m_recorder.waitForEvents(kCount);
-    m_watch.stop();
-    Lines expected;
-    for (int i = 0; i < kCount; ++i) {
-        expected.push_back((i % 2 == 0 ? "O " : "C ") + std::to_string(i));
+    std::uint32_t createPipe(const std::string& name) override { return call("pipe " + name); }
+    std::uint32_t createStopEvent(const std::string& name) override { return call("event " + name); }
+    bool fileExists(const std::string& path) const override { return path == "helper"; }
+    std::uint64_t currentProcessId() const override { return 4711; }
+    std::uint32_t launch(const std::string& executable, const std::string& parameters) override
+    {
+        return call("launch " + executable + ' ' + parameters);
     }
-    EXPECT_TRUE(m_recorder.lines() == expected);  // EXPECT_EQ would print both
-}
-
-TEST_F(HelperWatchTest, EventIsNotHeldBackByAnIncompleteMessage)
-{
-    ASSERT_EQ(start(m_watch, "connect\nmessage 2 a\nheader 2 9\ntext half\nwait\n"), std::nullopt);
-    m_recorder.waitForEvents(1);
-    m_watch.stop();
-    EXPECT_EQ(m_recorder.lines(), Lines({"O a"}));
-    EXPECT_TRUE(m_recorder.failures.empty());
-}
-
-TEST_F(HelperWatchTest, StopsWhileMessagesPourIn)
-{
-    ASSERT_EQ(start(m_watch, "connect\nflood\n"), std::nullopt);
-    m_recorder.waitForEvents(1000);
-    m_watch.stop();
-    m_watch.stop();
-    EXPECT_TRUE(m_recorder.failures.empty());
-}
-
-TEST_F(HelperWatchTest, StopsAtAnyMomentOfItsStart)
-{
-    for (int i = 0; i < 20; ++i) {
-        monitor::HelperWatch watch(TEST_HELPER, m_uuid);
-        ASSERT_EQ(start(watch, "connect\nmessage 2 a\n" + std::string(i % 2 == 0 ? "wait\n" : "flood\n")),
-                  std::nullopt);
-        if (i % 4 < 2) { watch.stop(); }  // else by its destructor
+    std::uint32_t waitForConnection() override
+    {
+        if (m_script.failing == "connect later") { waitForCancel(); }
+        return m_script.failing.starts_with("connect") ? kError : 0;
     }
-    EXPECT_TRUE(m_recorder.failures.empty());
-}
-
-TEST_F(HelperWatchTest, FailedStartLeavesItsNamesToOthers)
-{
-    for (const std::string& missing : {rootText(), rootText() + "/none"}) {  // a directory is no helper
-        monitor::HelperWatch watch(missing, m_uuid);
-        const auto failure = start(watch, "");
-        ASSERT_TRUE(failure.has_value());
-        EXPECT_EQ(failure->kind, Kind::HelperMissing);
-        EXPECT_EQ(heldResources(m_names), m_heldBefore);
-        watch.stop();
+    std::size_t read(std::span<std::uint8_t> buffer) override
+    {
+        const std::string bytes = m_script.bytes.substr(0, std::min(m_script.step, buffer.size()));
+        if (bytes.empty() && m_script.staysOpen) { waitForCancel(); }
+        if (!m_script.isEndless) { m_script.bytes.erase(0, bytes.size()); }
+        std::copy(bytes.begin(), bytes.end(), buffer.begin());
+        return bytes.size();
     }
-    ASSERT_NO_FATAL_FAILURE(watchUntilFailure("connect\nmessage 4 was here\n"));
-    EXPECT_EQ(m_recorder.failures.front().text, "was here");
-}
-
-TEST_F(HelperWatchTest, ArgumentsArriveAsTheyAre)
-{
-    const Lines arguments = {
-        "",          "a b",  "a  \tb",  "\"",   "a\"b c\"",           "\\",     "\\\\",
-        "C:\\a b\\", "\\\"", "a\\\\\"", "\"\"", "Stra\u00DFe \u20AC", "--pipe", "'*?' $HOME %PATH% `x`"};
-    const std::string file = rootText() + "/arguments";
-    std::string parameters = "--record " + monitor::quoteArgument(file);
-    for (const std::string& argument : arguments) {
-        parameters += ' ' + monitor::quoteArgument(argument);
+    void signalStop() override { call("stop"); }
+    void cancelIo() override
+    {
+        const Lock lock(m_mutex);
+        ++m_cancels;
+        m_cancelled.notify_all();
     }
-    monitor::HelperChannel channel;
-    ASSERT_EQ(channel.launch(TEST_HELPER, parameters), 0U);
-    channel.releaseProcess(testsupport::kPatience);
-    std::ifstream recorded(m_root / "arguments", std::ios::binary);
-    Lines found;
-    for (std::string argument; std::getline(recorded, argument, '\0');) {
-        found.push_back(argument);
+    void closePipe() override { call("close pipe"); }
+    void releaseProcess(std::chrono::milliseconds limit) override
+    {
+        call("release " + std::to_string(limit.count()));
     }
-    EXPECT_EQ(found, arguments);
+    void closeStopEvent() override { call("close event"); }
+
+private:
+    std::uint32_t call(const std::string& text)
+    {
+        m_calls += text + '\n';
+        return m_script.failing == text.substr(0, text.find(' ')) ? kError : 0;
+    }
+    void waitForCancel()  // the first one comes too early
+    {
+        Lock lock(m_mutex);
+        m_cancelled.wait(lock, [this] { return m_cancels > 1; });
+    }
+
+    Script m_script;
+    std::string& m_calls;
+    std::mutex m_mutex;
+    std::condition_variable m_cancelled;
+    int m_cancels = 0;
+};
+
+const std::string kOpening = "pipe Platterscope-ETW-u\nevent Local\\Platterscope-ETW-Stop-u\n";
+const std::string kRoot = R"(E:\two words\a"b\"c\\"d\\)";
+const std::string kLaunch =
+    R"(launch helper --pipe "Platterscope-ETW-u" --root "E:\two words\a\"b\\\"c\\\\\"d\\\\" )"
+    R"(--stop-event "Local\Platterscope-ETW-Stop-u" --parent-pid 4711)"
+    "\n";
+const std::string kClosing = "stop\nclose pipe\nrelease 5000\nclose event\n";
+
+// A watch over the channel, and the calls that it made.
+struct Watched {
+    explicit Watched(Script script, const std::string& executable = "helper")
+        : watch(std::make_unique<FakeChannel>(std::move(script), calls), executable, "u")
+    {}
+    [[nodiscard]] auto start() { return watch.start(kRoot, reports.sink()); }
+
+    std::string calls;
+    testsupport::Reports reports;
+    monitor::HelperWatch watch;
+};
+
+// A message of this kind that announces `length` bytes, and `payload`.
+std::string message(std::uint32_t kind, std::uint32_t length, const std::string& payload)
+{
+    std::string bytes;
+    for (const std::uint32_t number : {kind, length}) {
+        for (unsigned shift = 0; shift < 32; shift += 8) {
+            bytes += static_cast<char>(number >> shift & 0xFFU);
+        }
+    }
+    return bytes + payload;
+}
+std::string message(std::uint32_t kind, const std::string& payload = {})
+{
+    return message(kind, static_cast<std::uint32_t>(payload.size()), payload);
 }
 
-TEST_F(HelperWatchTest, ClientHearsOfTheStopEachTimeAndOfTheClosedPipe)
+TEST(HelperWatch, ReportsMessagesUpToTheFirstFailure)
 {
-    monitor::HelperChannel channel;
-    ASSERT_EQ(channel.createPipe(m_names.pipe), 0U);
-    ASSERT_EQ(channel.createStopEvent(m_names.stopEvent), 0U);
-    monitor::HelperClient client;
-    ASSERT_EQ(client.connect(m_names.pipe, m_names.stopEvent, monitor::currentProcessId()), 0U);
-    channel.signalStop();
-    client.waitForStop();
-    client.waitForStop();
-    channel.closePipe();
-    EXPECT_FALSE(client.write("nobody reads this"));
+    const std::string a = message(2, "a");
+    const std::string full(65'536, 'x');
+    const struct {
+        std::string bytes;
+        std::string reports;  // a failure other than HelperStopped needs no end of the pipe
+    } rows[] = {
+        {"", "FAILED HelperStopped"},
+        {message(1, "ignored") + message(2, "/d/a.mpls") + message(3, "/d/a.mpls") + message(3),
+         "OPEN a.mpls; CLOSE a.mpls; CLOSE ; FAILED HelperStopped"},
+        {a + message(2).substr(0, 7), "OPEN a; FAILED HelperStopped"},
+        {a + message(3, 4, "abc"), "OPEN a; FAILED HelperStopped"},
+        {message(5, 2, "x"), "FAILED HelperStopped"},
+        {message(2, full) + message(3, "\xFF b"), "OPEN " + full + "; CLOSE \xFF b; FAILED HelperStopped"},
+        {a + message(2, 65'537, ""), "OPEN a; FAILED InvalidMessage"},
+        {message(9, UINT32_MAX, ""), "FAILED InvalidMessage"},
+        {a + message(0, "x") + a, "OPEN a; FAILED UnknownMessage"},
+        {message(5), "FAILED UnknownMessage"},
+        {message(UINT32_MAX, "x"), "FAILED UnknownMessage"},
+        {a + message(4, "No right \xC3\xA9!") + a, "OPEN a; FAILED HelperFailed No right \xC3\xA9!"},
+        {message(4), "FAILED HelperFailed"}};
+    for (const auto& row : rows) {
+        for (const std::size_t step : {1U, 7U, 30'000U}) {
+            if (1000 * step < row.bytes.size()) { continue; }  // would take seconds
+            SCOPED_TRACE(row.reports.substr(0, 80) + " in steps of " + std::to_string(step));
+            Watched watched(
+                {.bytes = row.bytes, .step = step, .staysOpen = !row.reports.ends_with("HelperStopped")});
+            ASSERT_EQ(textOf(watched.start()), "");
+            EXPECT_EQ(watched.reports.after("FAILED"), row.reports);
+            watched.watch.stop();
+            watched.watch.stop();
+            EXPECT_EQ(watched.reports.text(), row.reports);
+            EXPECT_EQ(watched.calls, kOpening + kLaunch + kClosing);
+        }
+    }
 }
 
-// The client's parent is a helper here, which ends when it is stopped.
-TEST_F(HelperWatchTest, ClientHearsOfItsParentsEnd)
+TEST(HelperWatch, AFailedStartIsReleased)
 {
-    monitor::HelperWatch parent(TEST_HELPER, m_uuid + "-parent");
-    ASSERT_EQ(start(parent, "connect\npid\nwait\n"), std::nullopt);
-    m_recorder.waitForEvents(1);
-    ASSERT_FALSE(m_recorder.events.empty());
-    const std::uint64_t parentProcessId = std::stoull(m_recorder.events.front().path);
+    const struct {
+        const char* failing;
+        const char* executable;
+        const char* failure;
+        std::string calls;
+    } rows[] = {{"pipe", "helper", "FAILED PipeNotCreated 5", kOpening.substr(0, kOpening.find('\n') + 1)},
+                {"event", "helper", "FAILED StopEventNotCreated 5", kOpening},
+                {"", "missing", "FAILED HelperMissing", kOpening},
+                {"launch", "helper", "FAILED LaunchFailed 5", kOpening + kLaunch}};
+    for (const auto& row : rows) {
+        Watched watched({.failing = row.failing}, row.executable);
+        EXPECT_EQ(textOf(watched.start()), row.failure);
+        EXPECT_EQ(watched.calls, row.calls + kClosing);
+    }
+}
 
-    monitor::HelperChannel channel;
-    ASSERT_EQ(channel.createPipe(m_names.pipe), 0U);
-    ASSERT_EQ(channel.createStopEvent(m_names.stopEvent), 0U);
-    monitor::HelperClient client;
-    ASSERT_EQ(client.connect(m_names.pipe, m_names.stopEvent, parentProcessId), 0U);
-    std::future<void> heard = std::async(std::launch::async, [&] { client.waitForStop(); });
-    // By then a wait that does not wait would be over.
-    EXPECT_EQ(heard.wait_for(std::chrono::milliseconds(300)), std::future_status::timeout);
-    parent.stop();
-    EXPECT_EQ(heard.wait_for(testsupport::kPatience), std::future_status::ready);
-    channel.signalStop();
-    monitor::HelperClient orphan;
-    EXPECT_NE(orphan.connect(m_names.pipe, m_names.stopEvent, parentProcessId), 0U);
+// A watch that is stopped reports no further failure, whatever its reader is doing.
+TEST(HelperWatch, StopsAtAnyMoment)
+{
+    const std::string a = message(2, "a");
+    const struct {
+        Script script;
+        std::ptrdiff_t count;
+        const char* reports;  // the first `count`
+    } rows[] = {{{.failing = "connect"}, 1, "FAILED NotConnected 5"},
+                {{.failing = "connect later"}, 0, ""},
+                {{.staysOpen = true}, 0, ""},
+                {{.bytes = a + a.substr(0, 8), .staysOpen = true}, 1, "OPEN a"},
+                {{.bytes = a, .isEndless = true}, 2, "OPEN a; OPEN a"}};
+    for (const auto& row : rows) {
+        Watched watched(row.script);
+        ASSERT_EQ(textOf(watched.start()), "");
+        EXPECT_TRUE(watched.reports.after("", row.count).starts_with(row.reports));
+        watched.watch.stop();
+        EXPECT_EQ(watched.reports.text().find("FAILED", 1), std::string::npos);
+        EXPECT_EQ(watched.calls, kOpening + kLaunch + kClosing);
+    }
+}
+
+TEST(HelperMessage, IsCutAtTheEndOfACharacter)
+{
+    const std::string full(65'536, 'x');
+    const std::pair<std::string, std::string> rows[] = {
+        {"/a", "/a"},
+        {full, full},
+        {full + "y", full},
+        {full.substr(1) + "\xC3\xA9", full.substr(1)},
+        {full.substr(3) + "\xF0\x9F\x92\xBF", full.substr(3)},
+        {full.substr(4) + "\xF0\x9F\x92\xBFy", full.substr(4) + "\xF0\x9F\x92\xBF"},
+        {full.substr(3) + "\x80\x80\x80\x80", full.substr(3) + "\x80\x80\x80"}};
+    for (const auto& [payload, sent] : rows) {
+        EXPECT_TRUE(monitor::encodeMessage(monitor::MessageKind::Closed, payload) == message(3, sent))
+            << payload.size() << ' ' << payload.substr(0, 10);
+    }
 }
 
 }  // namespace

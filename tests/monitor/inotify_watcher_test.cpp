@@ -1,175 +1,197 @@
-// The watcher over the helper protocol, with a real second process: what it makes of the reports, and the words
-// of every failure.
-#include "monitor/helper_watch.h"
+// InotifyWatcher over a watch that reports what a test gives it.
 #include "monitor/inotify_watcher.h"
-#include "tests/support/scoped_environment.h"
+#include "tests/support/golden.h"
 #include "tests/support/temporary_folder.h"
 
-#include <QSignalSpy>
 #include <QTest>
-#include <QUuid>
+#include <QThread>
 
-#include <filesystem>
-#include <fstream>
+#include <thread>
 
-namespace fs = std::filesystem;
-
-class InotifyWatcherTest : public QObject {
-    Q_OBJECT
-
-private Q_SLOTS:
-    void itTellsPlaylistsFromStreamsAndKeepsTheSets();
-    void aStopEmptiesTheSetsInSilence();
-    void everyFailureHasItsWords_data();
-    void everyFailureHasItsWords();
-    void aHelperThatCannotBeStartedHasItsWords();
-    void whatIsNoDirectoryIsRefused();
-    void whoIsToldMayStopTheWatch();
-};
+using monitor::AccessEvent;
+using monitor::WatchFailure;
+using Kind = WatchFailure::Kind;
 
 namespace {
 
-// A watcher whose helper acts out a script (see test_helper.cpp), and all it says.
-struct Watched {
-    explicit Watched(const std::string& script, std::string helper = TEST_HELPER)
-        : watcher([this, helper] { return std::make_unique<monitor::HelperWatch>(helper, uuid); })
+// What a test and the watches share.
+struct Shared {
+    std::string calls;                    // made by the watcher
+    std::optional<WatchFailure> refusal;  // of the next start
+    monitor::WatchSink sink;              // of the last start
+};
+
+struct FakeWatch final : monitor::AccessWatch {
+    explicit FakeWatch(Shared& owner)
+        : shared(owner)
+    {}
+    std::optional<WatchFailure> start(const std::string& root, monitor::WatchSink sink) override
     {
-        std::ofstream(folder.path() / "script") << script;
-        const auto event = [this](const char* kind) {
-            return [this, kind](const QString& path, const QString& type) {
-                said.append(QStringLiteral("%1 %2 %3").arg(QString::fromLatin1(kind), type, path));
-            };
-        };
-        const auto set = [this](const char* kind) {
-            return [this, kind](const QSet<QString>& files) {
-                QStringList names(files.begin(), files.end());
-                names.sort();
-                said.append(QString::fromLatin1(kind) + QStringLiteral(" {") + names.join(u' ') + u'}');
-            };
-        };
-        QObject::connect(&watcher, &InotifyWatcher::mplsEvent, event("mpls"));
-        QObject::connect(&watcher, &InotifyWatcher::m2tsEvent, event("m2ts"));
-        QObject::connect(&watcher, &InotifyWatcher::openMplsFilesChanged, set("mpls"));
-        QObject::connect(&watcher, &InotifyWatcher::openFilesChanged, set("m2ts"));
-        QObject::connect(&watcher, &InotifyWatcher::errorOccurred,
-                         [this](const QString& message) { errors.append(message); });
+        shared.calls += "start " + root + '\n';
+        shared.sink = std::move(sink);
+        return shared.refusal;
     }
+    void stop() override { shared.calls += "stop\n"; }
 
-    void start() { watcher.startWatching(QString::fromStdString(folder.path())); }
-
-    const std::string uuid = QUuid::createUuid().toString(QUuid::WithoutBraces).toStdString();
-    testsupport::TemporaryFolder folder;
-    InotifyWatcher watcher;
-    QStringList said;
-    QStringList errors;
+    Shared& shared;
 };
 
 }  // namespace
 
-void InotifyWatcherTest::itTellsPlaylistsFromStreamsAndKeepsTheSets()
-{
-    Watched watched(
-        "connect\nmessage 1 nothing\nmessage 2 /d/a.mpls\nmessage 2 /d/A.MPLS\nmessage 2 /d/b.M2ts\n"
-        "message 2 /d/b.M2ts\nmessage 2 /d/c.clpi\nmessage 2 /d/mpls\nmessage 3 /d/never.mpls\n"
-        "message 3 /d/a.mpls\nmessage 3 /d/b.M2ts\nmessage 3 /d/b.M2ts\nmessage 4 That is all.\n");
-    watched.start();
-    QTRY_COMPARE(watched.errors, QStringList{QStringLiteral("That is all.")});
-    QCOMPARE(watched.said,
-             (QStringList{QStringLiteral("mpls OPEN /d/a.mpls"), QStringLiteral("mpls {/d/a.mpls}"),
-                          QStringLiteral("mpls OPEN /d/A.MPLS"), QStringLiteral("mpls {/d/A.MPLS /d/a.mpls}"),
-                          QStringLiteral("m2ts OPEN /d/b.M2ts"), QStringLiteral("m2ts {/d/b.M2ts}"),
-                          QStringLiteral("m2ts OPEN /d/b.M2ts"), QStringLiteral("mpls CLOSE /d/never.mpls"),
-                          QStringLiteral("mpls CLOSE /d/a.mpls"), QStringLiteral("mpls {/d/A.MPLS}"),
-                          QStringLiteral("m2ts CLOSE /d/b.M2ts"), QStringLiteral("m2ts {}"),
-                          QStringLiteral("m2ts CLOSE /d/b.M2ts")}));
-}
+class InotifyWatcherTest : public QObject {
+    Q_OBJECT
 
-void InotifyWatcherTest::aStopEmptiesTheSetsInSilence()
-{
-    Watched watched("connect\nmessage 2 /d/a.mpls\nwait\n");
-    watched.start();
-    QTRY_COMPARE(watched.said.size(), 2);
-    watched.watcher.stopWatching();
-    watched.watcher.stopWatching();
-    QCOMPARE(watched.said.size(), 2);
-    watched.start();
-    QTRY_COMPARE(watched.said.size(), 4);
-    QCOMPARE(watched.said.last(), QStringLiteral("mpls {/d/a.mpls}"));
-    QCOMPARE(watched.errors, QStringList());
-}
+public:
+    InotifyWatcherTest();
 
-void InotifyWatcherTest::everyFailureHasItsWords_data()
-{
-    QTest::addColumn<QByteArray>("script");
-    QTest::addColumn<QString>("message");
-    const auto row = [](const char* name, const char* script, const char* message) {
-        QTest::newRow(name) << QByteArray(script) << QString::fromUtf8(message);
-    };
-    row("ends before it connects", "", "The elevated Windows ETW helper did not connect (error 32).");
-    row("too long", "connect\nheader 2 65537\nwait\n", "The Windows ETW helper sent an invalid message.");
-    row("unknown", "connect\nmessage 5 x\nwait\n", "The Windows ETW helper sent an unknown message.");
-    row("says why", "connect\nmessage 4 <b>50%1</b>\nwait\n", "<b>50%1</b>");
-    row("says nothing", "connect\nmessage 4\nwait\n", "The Windows ETW helper failed.");
-    row("is killed", "connect\nmessage 1\nkill\n", "The elevated Windows ETW helper stopped unexpectedly.");
-}
+private Q_SLOTS:
+    void init();
+    void itKeepsTheSetsOfOpenFiles();
+    void aStopDropsPendingReports();
+    void manyEventsComeInBatchesBeforeTheFailure();
+    void everyFailureHasItsText();
+    void onlyADirectoryIsWatched();
 
-void InotifyWatcherTest::everyFailureHasItsWords()
-{
-    QFETCH(QByteArray, script);
-    QFETCH(QString, message);
-    Watched watched(script.toStdString());
-    watched.start();
-    QTRY_COMPARE(watched.errors, QStringList{message});
-    watched.watcher.stopWatching();
-    QCoreApplication::processEvents();
-    QCOMPARE(watched.errors.size(), 1);
-}
-
-void InotifyWatcherTest::aHelperThatCannotBeStartedHasItsWords()
-{
-    Watched missing("", "/no/such/helper");
-    missing.start();
-    QCOMPARE(missing.errors,
-             QStringList{QStringLiteral("The Windows ETW helper was not installed beside Platterscope.")});
-
-    Watched declined("", "/etc/passwd");  // not a program
-    declined.start();
-    QCOMPARE(declined.errors, QStringList{QStringLiteral(
-                                  "Windows access monitoring needs administrator permission (error 13).")});
-
-    Watched taken("");
-    monitor::HelperChannel other;
-    QCOMPARE(other.createStopEvent(monitor::helperNames(taken.uuid).stopEvent), 0U);
-    taken.start();
-    QCOMPARE(taken.errors,
-             QStringList{QStringLiteral("Unable to create the Windows ETW stop event (error 17).")});
-
-    Watched refused("");
-    const testsupport::ScopedEnvironment folder("TMPDIR", refused.folder / "none");
-    refused.start();
-    QCOMPARE(refused.errors,
-             QStringList{QStringLiteral("Unable to create the Windows ETW helper pipe (error 2).")});
-}
-
-void InotifyWatcherTest::whatIsNoDirectoryIsRefused()
-{
-    Watched watched("connect\nwait\n");
-    for (const std::string& root : {std::string(), watched.folder / "none", watched.folder / "script"}) {
-        watched.watcher.startWatching(QString::fromStdString(root));
-        QCOMPARE(watched.errors.takeLast(), QStringLiteral("Unable to monitor the selected disc directory."));
+private:
+    void add(const QString& text)
+    {
+        QCOMPARE(QThread::currentThread(), thread());
+        m_emitted.append(text);
     }
-    QCOMPARE(watched.errors, QStringList());
+    void start() { m_watcher.startWatching(QString::fromStdString(m_folder.path())); }
+    // Delivers "+path", "-path" or, if others have the file open, "~path", on a thread of its own as a watch does.
+    void report(const std::vector<std::string>& lines)
+    {
+        std::vector<AccessEvent> events;
+        for (const std::string& line : lines) {
+            events.push_back({line[0] == '+' ? AccessEvent::Kind::Open : AccessEvent::Kind::Close,
+                              line.substr(1), line[0] == '~'});
+        }
+        std::thread([&] { m_shared.sink.onEvents(std::move(events)); }).join();
+    }
+    void fail(WatchFailure failure)
+    {
+        std::thread([&] { m_shared.sink.onFailure(std::move(failure)); }).join();
+    }
+
+    testsupport::TemporaryFolder m_folder;
+    Shared m_shared;
+    InotifyWatcher m_watcher{[this] { return std::make_unique<FakeWatch>(m_shared); }};
+    QStringList m_emitted;  // all signals, as text
+    const std::string m_start = "start " + m_folder.path().string() + '\n';
+};
+
+InotifyWatcherTest::InotifyWatcherTest()
+{
+    const auto event = [this](const QString& kind) {
+        return [this, kind](const QString& path, const QString& type) { add(kind + type + u' ' + path); };
+    };
+    const auto set = [this](const QString& kind) {
+        return [this, kind](const QSet<QString>& files) {
+            QStringList names(files.begin(), files.end());
+            names.sort();
+            add(kind + u'{' + names.join(u' ') + u'}');
+        };
+    };
+    connect(&m_watcher, &InotifyWatcher::mplsEvent, event(QStringLiteral("mpls ")));
+    connect(&m_watcher, &InotifyWatcher::m2tsEvent, event(QStringLiteral("m2ts ")));
+    connect(&m_watcher, &InotifyWatcher::openMplsFilesChanged, set(QStringLiteral("mpls ")));
+    connect(&m_watcher, &InotifyWatcher::openFilesChanged, set(QStringLiteral("m2ts ")));
+    connect(&m_watcher, &InotifyWatcher::errorOccurred, [this](const QString& text) { add(text); });
 }
 
-void InotifyWatcherTest::whoIsToldMayStopTheWatch()
+void InotifyWatcherTest::init()
 {
-    Watched watched("connect\nmessage 2 /d/a.mpls\nmessage 2 /d/b.mpls\nmessage 4 late\n");
-    connect(&watched.watcher, &InotifyWatcher::mplsEvent, &watched.watcher, &InotifyWatcher::stopWatching);
-    watched.start();
-    QTRY_VERIFY(!watched.said.isEmpty());
+    m_watcher.stopWatching();
+    m_shared = {};
+    m_emitted.clear();
+}
+
+void InotifyWatcherTest::itKeepsTheSetsOfOpenFiles()
+{
+    start();
+    report({"+/d/a.mpls", "+/d/A.MPLS", "+/d/b.M2ts", "+/d/b.M2ts", "+/d/c.clpi", "+/d/mpls"});
+    report({"+/d/.clpi"});
+    report({"-/d/never.mpls", "-/d/a.mpls", "~/d/b.M2ts", "-/d/b.M2ts", "-/d/b.M2ts"});
+    QTRY_COMPARE(m_emitted.size(), 14);
+    QCOMPARE(m_emitted.join(u'\n'),
+             QStringLiteral(
+                 "mpls OPEN /d/a.mpls\nmpls {/d/a.mpls}\nmpls OPEN /d/A.MPLS\nmpls {/d/A.MPLS /d/a.mpls}\n"
+                 "m2ts OPEN /d/b.M2ts\nm2ts {/d/b.M2ts}\nm2ts OPEN /d/b.M2ts\nmpls CLOSE /d/never.mpls\n"
+                 "mpls CLOSE /d/a.mpls\nmpls {/d/A.MPLS}\nm2ts CLOSE /d/b.M2ts\nm2ts CLOSE /d/b.M2ts\n"
+                 "m2ts {}\nm2ts CLOSE /d/b.M2ts"));
+}
+
+void InotifyWatcherTest::aStopDropsPendingReports()
+{
+    start();
+    report({"+/d/a.mpls"});
+    QTRY_COMPARE(m_emitted.size(), 2);
+    report({"+/d/b.mpls"});
+    m_watcher.stopWatching();
+    m_watcher.stopWatching();
+    start();
+    report({"+/d/c.mpls"});
+    QTRY_COMPARE(m_emitted.size(), 4);
+    QCOMPARE(m_emitted.last(), QStringLiteral("mpls {/d/c.mpls}"));
+    start();
+    QCOMPARE(m_shared.calls, m_start + "stop\n" + m_start + "stop\n" + m_start);
+    // A receiver may stop the watch, too.
+    const QObject context;
+    connect(&m_watcher, &InotifyWatcher::m2tsEvent, &context, [this] { m_watcher.stopWatching(); });
+    report({"+/d/a.m2ts", "+/d/b.mpls"});
+    fail({});
+    QTRY_COMPARE(m_emitted.size(), 5);
     QTest::qWait(50);
-    QCOMPARE(watched.said, QStringList{QStringLiteral("mpls OPEN /d/a.mpls")});
-    QCOMPARE(watched.errors, QStringList());
+    QCOMPARE(m_emitted.size(), 5);
+}
+
+void InotifyWatcherTest::manyEventsComeInBatchesBeforeTheFailure()
+{
+    start();
+    report(std::vector<std::string>(2500, "-/d/a.mpls"));
+    fail({Kind::HelperFailed, 0, "over"});
+    while (m_emitted.isEmpty()) {
+        QCoreApplication::processEvents();
+    }
+    QCOMPARE(m_emitted.size(), 1000);
+    QTRY_COMPARE(m_emitted.size(), 2501);
+    QCOMPARE(m_emitted.last(), QStringLiteral("over"));
+}
+
+void InotifyWatcherTest::everyFailureHasItsText()
+{
+    std::vector<WatchFailure> failures = {{Kind::HelperFailed, 0, "<b>50%1</b>"}};
+    for (int kind = 0; kind <= static_cast<int>(Kind::HelperStopped); ++kind) {
+        failures.push_back({static_cast<Kind>(kind), UINT32_MAX, {}});
+    }
+    std::string texts;
+    for (const WatchFailure& failure : failures) {
+        init();
+        start();
+        fail(failure);
+        QTRY_COMPARE(m_emitted.size(), 1);
+        m_shared.refusal = failure;
+        start();
+        QCOMPARE(m_emitted, QStringList(2, m_emitted.first()));
+        m_watcher.stopWatching();
+        QCOMPARE(m_shared.calls, m_start + "stop\n" + m_start + "stop\n");
+        texts += m_emitted.first().toStdString() + '\n';
+    }
+    QCOMPARE(testsupport::goldenDifference(texts, "monitor/golden/failures.txt"), std::string());
+}
+
+void InotifyWatcherTest::onlyADirectoryIsWatched()
+{
+    testsupport::writeFile(m_folder / "file", {});
+    for (const std::string& root : {std::string(), m_folder / "none", m_folder / "file"}) {
+        m_watcher.startWatching(QString::fromStdString(root));
+        QCOMPARE(m_emitted.takeLast(), QStringLiteral("Unable to monitor the selected disc directory."));
+    }
+    std::filesystem::create_directory_symlink(m_folder.path(), m_folder / "link");
+    m_watcher.startWatching(QString::fromStdString(m_folder / "link/."));
+    QCOMPARE(m_shared.calls, m_start);
+    QCOMPARE(m_emitted, QStringList());
 }
 
 QTEST_GUILESS_MAIN(InotifyWatcherTest)

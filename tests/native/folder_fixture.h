@@ -1,4 +1,5 @@
-// A folder of its own for each test, on every system.
+// A folder of its own for each test, on every system; and rights to files by the system's means (rights_posix.cpp,
+// rights_windows.cpp).
 #pragma once
 
 #include <gtest/gtest.h>
@@ -9,6 +10,9 @@
 #include <string>
 
 namespace native_test {
+
+// Lets everybody read the file or directory, and write it if `canWrite`.
+[[nodiscard]] bool giveEverybody(const std::filesystem::path& path, bool canWrite);
 
 class FolderTest : public testing::Test {
 protected:
@@ -21,18 +25,10 @@ protected:
 
     static void write(const std::filesystem::path& path, const std::string& content)
     {
-        std::ofstream file(path, std::ios::binary);
-        file << content;
-        ASSERT_TRUE(file.flush()) << path;
+        ASSERT_TRUE((std::ofstream(path, std::ios::binary) << content).flush()) << path;
     }
 
-    [[nodiscard]] static std::string contentOf(const std::filesystem::path& path)
-    {
-        std::ifstream file(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
-    // As the program would pass it: in UTF-8, with slashes.
+    // The path as the program passes it: in UTF-8, with slashes.
     [[nodiscard]] static std::string text(const std::filesystem::path& path)
     {
         const std::u8string utf8 = path.generic_u8string();

@@ -1,17 +1,8 @@
-#include "tests/native/rights.h"
+#include "tests/native/folder_fixture.h"
 
 #include <sys/stat.h>
 
-namespace native_test {
-
-bool giveEverybodyRead(const std::filesystem::path& path)
+bool native_test::giveEverybody(const std::filesystem::path& path, bool canWrite)
 {
-    return ::chmod(path.c_str(), 0755) == 0;
+    return ::chmod(path.c_str(), canWrite ? 0777 : 0755) == 0;
 }
-
-bool giveEverybodyWrite(const std::filesystem::path& path)
-{
-    return ::chmod(path.c_str(), 0777) == 0;
-}
-
-}  // namespace native_test

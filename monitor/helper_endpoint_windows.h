@@ -1,4 +1,4 @@
-// What a watch and its helper have in common on Windows: handles, names in UTF-16, and the pipe's path.
+// What both ends of the pipe share on Windows: handles, conversions to UTF-16 and back, and the pipe's path.
 #pragma once
 
 #include <windows.h>
@@ -16,20 +16,20 @@ struct HandleCloser {
 };
 using Handle = std::unique_ptr<HANDLE, HandleCloser>;
 
-// From what CreateFileW and its like return; null on failure.
+// Owns the result of CreateFileW or CreateNamedPipeW; null on failure.
 [[nodiscard]] inline Handle handleOrNull(HANDLE handle)
 {
     return Handle(handle == INVALID_HANDLE_VALUE ? nullptr : handle);
 }
 
-// Why the last call failed; never 0.
+// GetLastError(), but never 0.
 [[nodiscard]] inline std::uint32_t lastError()
 {
     const DWORD error = ::GetLastError();
     return error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;
 }
 
-// From UTF-8, and to it. A text that is neither UTF-8 nor UTF-16 gets replacement characters.
+// Conversions between UTF-8 and UTF-16. Invalid input gets replacement characters.
 [[nodiscard]] inline std::wstring wideText(std::string_view text)
 {
     std::wstring wide(text.size(), L'\0');  // never more units than bytes
