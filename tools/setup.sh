@@ -22,6 +22,7 @@ build=(
     zlib1g-dev              # packs the disc package for the service
     libgtest-dev            # GoogleTest, for everything without widgets
     libcpp-httplib-dev      # HTTP server of the local service and of the tests
+    libqt6sql6-sqlite       # Qt's driver for the database of the local service, loaded at run time
     libsqlite3-dev          # database of the local service
 )
 test=(
