@@ -23,7 +23,6 @@ build=(
     libgtest-dev            # GoogleTest, for everything without widgets
     libcpp-httplib-dev      # HTTP server of the local service and of the tests
     libqt6sql6-sqlite       # Qt's driver for the database of the local service, loaded at run time
-    libsqlite3-dev          # database of the local service
 )
 test=(
     git                     # tells which files are the project's and which of them changed
