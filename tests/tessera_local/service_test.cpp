@@ -163,25 +163,33 @@ TEST_F(Service, EndsAtASignalEvenWhileClientsAreWaitedFor)
     }
 }
 
-TEST_F(Service, PrintsWhyItCannotStart)
+TEST_F(Service, PrintsWhyItDoesNotStart)
 {
-    const auto statusOf = [](const std::string& database, const std::vector<std::string>& arguments = {}) {
-        testsupport::LocalService service(TESSERA_LOCAL_EXECUTABLE, database, {"k=alice"}, arguments);
+    const auto run = [](const std::string& database, const std::string& argument,
+                        const std::string& printed) {
+        testsupport::LocalService service(TESSERA_LOCAL_EXECUTABLE, database, {"k=alice"}, {argument});
         EXPECT_FALSE(service.isReady());
         const int status = service.stop(0);
-        EXPECT_NE(service.log().find("tessera_local: "), std::string::npos);
+        EXPECT_NE((service.output() + service.log()).find(printed), std::string::npos) << service.log();
         return status;
     };
-    EXPECT_EQ(statusOf(m_database, {"--unknown"}), 2);
+    EXPECT_EQ(run(m_database, "--help", "\nA Tessera service of your own."), 0);
+    EXPECT_EQ(run(m_database, "--version", "tessera_local "), 0);
+    EXPECT_EQ(run(m_database, "--unknown", "tessera_local: Unknown option 'unknown'.\n"), 2);
     start();
-    EXPECT_EQ(statusOf(m_folder / "other.db", {"--port", std::to_string(m_service->port())}), 1);
+    EXPECT_EQ(run(m_folder / "new.db", "--port=" + std::to_string(m_service->port()),
+                  ": cannot listen on 127.0.0.1"),
+              1);
     std::ofstream(m_folder / "text") << std::string(200, 'x');
-    EXPECT_EQ(statusOf(m_folder / "text"), 1);
+    EXPECT_EQ(run(m_folder / "text", "--port=0", "tessera_local: database: file is not a database\n"), 1);
+    EXPECT_EQ(run(m_folder / ".", "--port=0", "tessera_local: cannot open '"), 1);
     sql("PRAGMA user_version = 2");
-    EXPECT_EQ(statusOf(m_database), 1);
-    sql("PRAGMA user_version = 1");
+    EXPECT_EQ(
+        run(m_database, "--port=0", "tessera_local: database: the file has the unknown layout version 2\n"),
+        1);
     sql("PRAGMA application_id = 5");
-    EXPECT_EQ(statusOf(m_database), 1);
+    EXPECT_EQ(run(m_database, "--port=0", "tessera_local: database: the file belongs to another program\n"),
+              1);
 }
 
 }  // namespace tessera_local

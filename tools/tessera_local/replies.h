@@ -1,4 +1,4 @@
-// The JSON documents of the wire, written without line breaks.
+// The JSON documents of the replies, without line breaks.
 #pragma once
 
 #include "tools/tessera_local/options.h"
