@@ -39,6 +39,7 @@ test=(
 browser=(
     chromium                # opens the local service's pages as their user does (tests/browser)
     chromium-driver         # types and clicks in it for the tests
+    python3-selenium        # the commands to it
 )
 windows=(
     g++-mingw-w64-x86-64-posix    # compiles for Windows (preset "windows-backends")
