@@ -37,7 +37,6 @@ BusyDialog::BusyDialog(const QString& title, const QString& label, QWidget* pare
 void BusyDialog::closeEvent(QCloseEvent* event)
 {
     event->ignore();
-    if (event->spontaneous() && parentWidget() != nullptr) { parentWidget()->window()->close(); }
 }
 
 bool runBusyTask(QWidget* parent, const QString& title, const QString& label, std::function<void()> work)

@@ -7,9 +7,8 @@
 
 #include <functional>
 
-// The dialog: no cancel button, and deaf to Escape, since the work cannot be stopped. A user's request to
-// close it is handed on to its parent: the parent itself is blocked meanwhile, and its own close button
-// cannot be heard.
+// The dialog has no cancel button and ignores Escape and every close request, the window manager's included: the work
+// cannot be stopped.
 class BusyDialog : public QProgressDialog {
     Q_OBJECT
 

@@ -60,13 +60,17 @@ public:
                 takeOption(argument);
             }
         }
-        const bool isReport = m_line.mode == Mode::TextReport || m_line.mode == Mode::JsonReport;
-        if (isReport && m_line.discIndex < 0) { endWrong(Texts::tr("A report needs a disc.")); }
+        if (isReport() && m_line.discIndex < 0) { endWrong(Texts::tr("A report needs a disc.")); }
         return m_line;
     }
 
 private:
     using Mode = CommandLine::Mode;
+
+    [[nodiscard]] bool isReport() const
+    {
+        return m_line.mode == Mode::TextReport || m_line.mode == Mode::JsonReport;
+    }
 
     void takeDisc(const QString& argument)
     {
@@ -97,7 +101,9 @@ private:
 
     void takeReport(const QString& format)
     {
-        if (format == kTextFormat) {
+        if (isReport()) {
+            endWrong(Texts::tr("Option '--report' can be given only once."));
+        } else if (format == kTextFormat) {
             m_line.mode = Mode::TextReport;
         } else if (format == kJsonFormat) {
             m_line.mode = Mode::JsonReport;

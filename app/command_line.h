@@ -19,8 +19,8 @@ struct CommandLine {
 [[nodiscard]] QStringList decodedArguments(int argc, char** argv);
 
 // Takes the arguments without the program's name. The toolkit's own options ("-platform xcb", "--style=...")
-// pass unread, "--" ends the options, and one argument may name a disc, before or behind the options. The last of
-// several report formats counts.
+// pass unread, "--" ends the options, and one argument may name a disc, before or behind the options. Two
+// report options are wrong.
 [[nodiscard]] CommandLine parseCommandLine(const QStringList& arguments);
 
 // The text that --help prints, and the sentence that points to it.

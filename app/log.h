@@ -1,6 +1,7 @@
 // The one writer of diagnostic lines. Each line goes to standard error as "component: level: message\n" with
 // a single formatted write and a flush, so lines of several threads do not mix and none is lost in a crash.
-// Messages carry names from discs and texts from the service: what would steer a terminal is written out.
+// Messages carry names from discs and texts from the service, none of which may steer a terminal or begin a line that
+// looks like one of the program's own.
 #pragma once
 
 #include <QString>
@@ -18,10 +19,12 @@ inline constexpr char kInfo[] = "info";
 inline constexpr char kWarning[] = "warning";
 inline constexpr char kError[] = "error";
 
-// Writes one line, the message as UTF-8, when the calling thread's switch is on; else does nothing. Control
-// characters other than line feed and tab (U+0000 to U+001F, U+007F to U+009F) become escapes of the form \x1b.
-// Where memory does not suffice for the message, the line says so in its place.
+// Writes one line if the calling thread's switch is on, with the message as terminaltext::line() rewrites it. If memory
+// does not suffice for the message, a fixed text replaces it.
 void log(const char* component, const char* level, const QString& message) noexcept;
+
+// Like log(), for a text of the service, which may have several lines: see terminaltext::lines().
+void logLines(const char* component, const char* level, const QString& text) noexcept;
 
 // Writes "platterscope: info: started" whatever the switch says: the first thing the program does.
 void logStarted();

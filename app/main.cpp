@@ -3,6 +3,7 @@
 #include "app/command_line.h"
 #include "app/identity.h"
 #include "app/log.h"
+#include "app/terminal_text.h"
 #include "app/translation.h"
 #include "report/print_report.h"
 #include "report/standard_output.h"
@@ -62,7 +63,8 @@ int runOnTerminal(int& argc, char** argv)
     case CommandLine::Mode::Window:
         break;
     }
-    std::fprintf(stderr, "platterscope: %s\n%s\n", line.problem.toLocal8Bit().constData(),
+    std::fprintf(stderr, "platterscope: %s\n%s\n",
+                 QString::fromUtf8(terminaltext::line(line.problem)).toLocal8Bit().constData(),
                  helpHint().toLocal8Bit().constData());
     return kWrongUse;
 }
@@ -71,7 +73,7 @@ int runOnTerminal(int& argc, char** argv)
 
 int main(int argc, char* argv[])
 {
-    report::keepStandardNumbers();
+    report::prepareStandardStreams();
     logging::logStarted();
     const CommandLine line = parseCommandLine(decodedArguments(argc, argv));
     return line.mode == CommandLine::Mode::Window ? runWindow(argc, argv, line.disc)

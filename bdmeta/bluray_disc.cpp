@@ -15,12 +15,14 @@
 #include <algorithm>
 #include <cstdio>
 #include <new>
+#include <optional>
 #include <span>
 
 namespace bdmeta {
 
 using discio::ByteReader;
 using discio::ErrorText;
+using discio::ReadBudget;
 
 namespace {
 
@@ -31,10 +33,7 @@ constexpr std::size_t kIndexMinimumSize = 16;
 constexpr std::size_t kIdMinimumSize = 60;
 constexpr std::size_t kTitleCountOffset = 28;
 
-// What one disc's navigation files may take in memory. A disc of decoys has some tens of megabytes; a sparse
-// file can claim any size at no cost, so what goes beyond this counts as memory that could not be had. In an image
-// the files together are also held to the image's own size: many names may share one extent.
-constexpr std::uint64_t kMaxNavigationBytes = 256ULL << 20U;
+constexpr std::size_t kMaxReadWarnings = 100;  // the rest share one
 
 std::string hexText(std::span<const std::uint8_t> bytes)
 {
@@ -93,6 +92,7 @@ public:
     bool run(const char* path)
     {
         if (openBluraySource(path, m_source, m_error.data(), m_error.capacity()) != 0) { return false; }
+        m_streamTables.emplace(*m_source.budget);
         m_disc.volumeId = m_source.volumeId;
         readIdentity();
 
@@ -108,11 +108,15 @@ public:
             std::ranges::all_of(playlists, [this](const std::string& name) { return readPlaylist(name); });
         if (!arePlaylistsRead) { return false; }
         m_step = Step::Clips;
-        return std::ranges::all_of(clips, [this](const std::string& name) { return readClip(name); });
+        // Also a file that the disc may lack, or a stream file's size, may have been what reached a bound.
+        return std::ranges::all_of(clips, [this](const std::string& name) { return readClip(name); }) &&
+               m_source.budget->reached() == nullptr;
     }
 
     int fail() const
     {
+        const char* const bound = m_source.budget ? m_source.budget->reached() : nullptr;
+        if (bound != nullptr) { return m_error.fail("%s", bound); }
         switch (m_step) {
         case Step::Opening:  // has its message
             break;
@@ -126,30 +130,63 @@ public:
         return -1;
     }
 
+    // Whether the step's file or directory lies where no read of an image begins.
+    [[nodiscard]] bool isBehindImageLimit() const
+    {
+        const auto isBehind = [this](const char* path, discio::BlurayUse use) {
+            const auto unreadable = findUnreadable(m_source, path, use);
+            return unreadable && unreadable->reason == discio::kBehindImageLimit;
+        };
+        switch (m_step) {
+        case Step::Opening:
+            break;
+        case Step::Listing:
+            return isBehind(kPlaylistDirectory, discio::BlurayUse::Directory) ||
+                   isBehind(kClipInfoDirectory, discio::BlurayUse::Directory);
+        case Step::Playlists:
+        case Step::Clips:
+            return isBehind(m_path.data(), discio::BlurayUse::File);
+        }
+        return false;
+    }
+
 private:
     enum class Step { Opening, Listing, Playlists, Clips };
-
-    [[nodiscard]] std::uint64_t navigationLimit() const
-    {
-        return m_source.mode == discio::BluraySourceMode::Directory
-                   ? kMaxNavigationBytes
-                   : std::min(kMaxNavigationBytes, m_source.image.sizeBytes);
-    }
-
-    // A navigation file whole, within what all of them may take.
-    bool readFile(const char* path, std::vector<std::uint8_t>& bytes)
-    {
-        if (readWholeFile(m_source, path, bytes, navigationLimit() - m_readBytes) != 0) { return false; }
-        m_readBytes += bytes.size();
-        return true;
-    }
 
     // Both files may be missing or malformed.
     void readIdentity()
     {
         std::vector<std::uint8_t> bytes;
-        if (readFile("BDMV/index.bdmv", bytes)) { parseIndex(bytes, m_disc); }
-        if (readFile("CERTIFICATE/id.bdmv", bytes)) { parseId(bytes, m_disc); }
+        if (readOptional("BDMV/index.bdmv", bytes)) { parseIndex(bytes, m_disc); }
+        if (readOptional("CERTIFICATE/id.bdmv", bytes)) { parseId(bytes, m_disc); }
+    }
+
+    bool readOptional(const char* path, std::vector<std::uint8_t>& bytes)
+    {
+        if (readWholeFile(m_source, path, bytes) == 0) { return true; }
+        warnOfUnreadable(path, discio::BlurayUse::File);
+        return false;
+    }
+
+    std::uint64_t streamFileSize(const std::string& name)
+    {
+        const DiscPath path = discPath("BDMV/STREAM", name, ".m2ts");
+        const std::uint64_t sizeBytes = blurayFileSize(m_source, path.data());
+        if (sizeBytes == 0) { warnOfUnreadable(path.data(), discio::BlurayUse::Size); }
+        return sizeBytes;
+    }
+
+    // What has failed may also not be there, which is no warning.
+    void warnOfUnreadable(const char* path, discio::BlurayUse use)
+    {
+        std::vector<std::string>& warnings = m_disc.readWarnings;
+        if (m_source.budget->reached() != nullptr || warnings.size() > kMaxReadWarnings) { return; }
+        const auto unreadable = findUnreadable(m_source, path, use);
+        if (!unreadable) { return; }
+        std::string text = "cannot read '" + unreadable->path + "': " + unreadable->reason;
+        if (std::ranges::find(warnings, text) != warnings.end()) { return; }
+        if (warnings.size() == kMaxReadWarnings) { text = "more of the disc cannot be read"; }
+        warnings.push_back(std::move(text));
     }
 
     bool listSorted(const char* directory, const char* suffix, std::vector<std::string>& names)
@@ -159,12 +196,19 @@ private:
         return true;
     }
 
+    // Reads a file of a listed name into `bytes`. In an image a name may hold the separator of paths; its path would
+    // lead to another file.
+    bool readListed(const std::string& name, std::vector<std::uint8_t>& bytes)
+    {
+        return name.find('/') == std::string::npos && readWholeFile(m_source, m_path.data(), bytes) == 0;
+    }
+
     bool readPlaylist(const std::string& name)
     {
         m_path = discPath(kPlaylistDirectory, name, ".mpls");
         std::vector<std::uint8_t> bytes;
-        if (!readFile(m_path.data(), bytes)) { return false; }
-        auto playlist = parsePlaylistBytes(bytes, m_streamTables);
+        if (!readListed(name, bytes)) { return false; }
+        auto playlist = parsePlaylistBytes(bytes, *m_streamTables);
         if (!playlist) { return false; }
         playlist->name = FixedText<5>(name);
         playlist->rawData = std::move(bytes);
@@ -175,16 +219,14 @@ private:
     bool readClip(const std::string& name)
     {
         m_path = discPath(kClipInfoDirectory, name, ".clpi");
-        const std::uint64_t streamFileSize =
-            blurayFileSize(m_source, discPath("BDMV/STREAM", name, ".m2ts").data());
+        const std::uint64_t sizeBytes = streamFileSize(name);
         std::vector<std::uint8_t> bytes;
-        if (!readFile(m_path.data(), bytes)) { return false; }
+        if (!readListed(name, bytes)) { return false; }
         auto clip = parseClipInfoBytes(bytes);
         if (!clip) { return false; }
-        m_clipStreamCount += clip->streams.size();
-        if (m_clipStreamCount > kMaxDiscStreams) { return false; }
+        if (!m_source.budget->spend(ReadBudget::Bound::Streams, clip->streams.size())) { return false; }
         clip->name = ClipName(name);
-        clip->streamFileSize = streamFileSize;
+        clip->streamFileSize = sizeBytes;
         clip->rawData = std::move(bytes);
         m_disc.clips.push_back(std::move(*clip));
         return true;
@@ -193,9 +235,7 @@ private:
     BlurayDisc& m_disc;
     const ErrorText& m_error;
     discio::BlurayDiscSource m_source;
-    StreamTables m_streamTables;
-    std::size_t m_clipStreamCount = 0;
-    std::uint64_t m_readBytes = 0;
+    std::optional<StreamTables> m_streamTables;
     Step m_step = Step::Opening;
     DiscPath m_path = {};  // of the file being read
 };
@@ -215,6 +255,10 @@ int readBlurayDisc(const char* path, BlurayDisc* disc, char* errorText, std::siz
     }
     if (isRead) { return 0; }
     releaseBlurayDisc(*disc);
+    try {
+        if (read.isBehindImageLimit()) { disc->readWarnings = {discio::kBehindImageLimit}; }
+    } catch (const std::bad_alloc&) {  // the failure's own message has to do
+    }
     return read.fail();
 }
 

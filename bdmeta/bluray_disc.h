@@ -151,12 +151,14 @@ struct BlurayDisc {
     std::uint32_t titleCount = 0;                   // declared by index.bdmv
     std::vector<BlurayPlaylist> playlists;          // in byte-wise order of their names
     std::vector<BlurayClip> clips;                  // likewise
+    // What the disc may lack, and has, but could not be read, each with its reason: the disc was read as one without
+    // it. Of a disc that could not be read: what may help to read it.
+    std::vector<std::string> readWarnings;
 };
 
 // Reads a disc directory or image. 0 on success. -1 on failure with a printf-style message in `errorText`;
-// `disc` is then empty. One bad playlist or clip information file fails the whole disc, and so does the one
-// with which the navigation files come to more than 256 MiB, or the streams of the playlists or of the clips
-// to more than 4 million. Either of `errorText` and its capacity may be missing.
+// `disc` is then empty but for its warnings. One bad playlist or clip information file fails the whole disc, and so does a bound that
+// is reached (discio/read_budget.h). Either of `errorText` and its capacity may be missing.
 [[nodiscard]] int readBlurayDisc(const char* path, BlurayDisc* disc, char* errorText,
                                  std::size_t errorCapacity);
 

@@ -17,8 +17,9 @@ constexpr std::size_t kMaxDiscNameLength = 255;
 // Computes what titles play; holds the clips by name, and the EP maps of those that a PlayItem has used.
 class Sizes {
 public:
-    Sizes(const BlurayDisc& disc, SizeFallback& fallback)
+    Sizes(const BlurayDisc& disc, SizeFallback& fallback, discio::ReadBudget& budget)
         : m_fallback(fallback)
+        , m_budget(budget)
     {
         for (const BlurayClip& clip : disc.clips) {
             m_clips.try_emplace(clip.name.view(),
@@ -44,9 +45,6 @@ public:
         }
     }
 
-    // False where the lookups took more than they may; the sizes are then worthless.
-    [[nodiscard]] bool areValid() const { return !m_budget.isExhausted(); }
-
 private:
     struct UsedClip {
         const BlurayClip* clip;
@@ -63,7 +61,7 @@ private:
     }
 
     SizeFallback& m_fallback;
-    WalkBudget m_budget;
+    discio::ReadBudget& m_budget;
     std::map<std::string_view, UsedClip> m_clips;
 };
 
@@ -72,19 +70,7 @@ std::size_t distinctStreamCount(const BlurayTitle& title)
     return title.videoCodecs.size() + title.audioTracks.size() + title.subtitleTracks.size();
 }
 
-// What the titles of a disc come to together. The same tables may be in any number of playlists, so what it takes to
-// look at them has to be bounded as well as what comes of it.
-struct Extent {
-    std::size_t shownEntries = 0;
-    std::size_t streamsLookedAt = 0;
-
-    [[nodiscard]] bool isTooMuch() const
-    {
-        return shownEntries > kMaxShownEntries || streamsLookedAt > kMaxStreamsLookedAt;
-    }
-};
-
-BlurayTitle deriveTitle(const BlurayPlaylist& playlist, Sizes& sizes, Extent& extent)
+BlurayTitle deriveTitle(const BlurayPlaylist& playlist, Sizes& sizes, TitleStreams& streams)
 {
     BlurayTitle title;
     title.titleNumber =
@@ -101,8 +87,7 @@ BlurayTitle deriveTitle(const BlurayPlaylist& playlist, Sizes& sizes, Extent& ex
         if (angleCount > 1) { ++title.alternateAngleItemCount; }
         title.segmentMap.push_back(item.clipName);
     }
-    extent.streamsLookedAt += addTitleStreams(title, playlist.playItems);
-    extent.shownEntries += 1 + distinctStreamCount(title);
+    streams.addTo(title, playlist.playItems);
     return title;
 }
 
@@ -151,17 +136,18 @@ BlurayDiscSummary summarize(const BlurayDisc& disc, const std::vector<BlurayTitl
 }
 
 int derive(const BlurayDisc& disc, std::vector<BlurayTitle>& titles, BlurayDiscSummary& summary,
-           SizeFallback& fallback)
+           SizeFallback& fallback, discio::ReadBudget& budget)
 {
     if (disc.playlists.empty()) { return 0; }
-    Sizes sizes(disc, fallback);
+    Sizes sizes(disc, fallback, budget);
     titles.reserve(disc.playlists.size());
-    Extent extent;
+    TitleStreams streams;
     for (const BlurayPlaylist& playlist : disc.playlists) {
         const auto index = static_cast<std::uint32_t>(titles.size());
-        titles.push_back(deriveTitle(playlist, sizes, extent));
+        titles.push_back(deriveTitle(playlist, sizes, streams));
         titles.back().index = index;
-        if (!sizes.areValid() || extent.isTooMuch()) { return -1; }
+        const std::size_t rowCount = 1 + distinctStreamCount(titles.back());
+        if (!budget.spend(discio::ReadBudget::Bound::TitleRows, rowCount)) { return -1; }
     }
     summary = summarize(disc, titles);
     return 0;
@@ -170,7 +156,7 @@ int derive(const BlurayDisc& disc, std::vector<BlurayTitle>& titles, BlurayDiscS
 }  // namespace
 
 int deriveBlurayTitles(const BlurayDisc* disc, std::vector<BlurayTitle>* titles, BlurayDiscSummary* summary,
-                       SizeFallback* fallback)
+                       SizeFallback* fallback, discio::ReadBudget& budget)
 {
     if (disc == nullptr || titles == nullptr || summary == nullptr || fallback == nullptr) { return -1; }
     *titles = {};
@@ -178,7 +164,7 @@ int deriveBlurayTitles(const BlurayDisc* disc, std::vector<BlurayTitle>* titles,
     *fallback = {};
     int outcome = -1;
     try {
-        outcome = derive(*disc, *titles, *summary, *fallback);
+        outcome = derive(*disc, *titles, *summary, *fallback, budget);
     } catch (const std::bad_alloc&) {  // reported like any failure
     }
     if (outcome != 0) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "bdmeta/bluray_disc.h"
+#include "discio/read_budget.h"
 
 namespace bdmeta {
 
@@ -85,14 +86,6 @@ struct BlurayDiscSummary {
     std::uint32_t totalSecondaryVideo = 0;
 };
 
-// The most titles and distinct streams of theirs together. Stream tables may overlap and playlists share their bytes,
-// so a few megabytes can claim millions, each a row for the views. A disc of a thousand titles has some twenty thousand.
-inline constexpr std::size_t kMaxShownEntries = 250'000;
-
-// The most streams that are looked at for that, those of a table once for each title that has it: a disc of a thousand
-// titles has some hundred thousand, and so many take a second.
-inline constexpr std::size_t kMaxStreamsLookedAt = 4'000'000;
-
 // How often a derivation had to count a whole stream file, and where first. The caller logs it.
 struct SizeFallback {
     std::uint64_t count = 0;
@@ -101,10 +94,10 @@ struct SizeFallback {
 };
 
 // Derives a title from every playlist, in their order. 0 on success; -1 when an argument is missing, memory
-// runs out, the titles come to more than kMaxShownEntries or take more than kMaxStreamsLookedAt, or the clips' entry
-// points are made so that looking them up would take hours. A disc without playlists succeeds with no titles and an empty
-// summary.
+// runs out or a bound of the budget is reached, which is then the one to ask. A disc without playlists succeeds with no
+// titles and an empty summary.
 [[nodiscard]] int deriveBlurayTitles(const BlurayDisc* disc, std::vector<BlurayTitle>* titles,
-                                     BlurayDiscSummary* summary, SizeFallback* fallback);
+                                     BlurayDiscSummary* summary, SizeFallback* fallback,
+                                     discio::ReadBudget& budget);
 
 }  // namespace bdmeta

@@ -5,6 +5,7 @@
 namespace bdmeta {
 
 using discio::ByteReader;
+using discio::ReadBudget;
 
 namespace {
 
@@ -49,7 +50,7 @@ std::optional<std::uint32_t> walkFor(const EpTable& table, std::uint32_t time, b
 
 }  // namespace
 
-EpMap::EpMap(const BlurayClip& clip, WalkBudget& budget)
+EpMap::EpMap(const BlurayClip& clip, ReadBudget& budget)
     : m_clip(&clip)
     , m_budget(&budget)
 {
@@ -101,10 +102,12 @@ void EpMap::parseStreams()
     m_isCutShort = !reader.ok();
     for (unsigned i = 0; i < streamCount && !m_isCutShort; ++i) {
         const EpTableHeader header = parseTableHeader(reader);
-        // The same tables again answer nothing that they did not answer before.
-        if (reader.ok() && std::ranges::find(met, header) != met.end()) { continue; }
+        // A stream without coarse entries has no entry points, so the place of its tables does not matter. The same
+        // tables again answer nothing that they did not answer before.
+        const bool isEmpty = header.coarseCount == 0;
+        if (reader.ok() && (isEmpty || std::ranges::find(met, header) != met.end())) { continue; }
         met.push_back(header);
-        if (!m_budget->spend(header.coarseCount)) { return; }
+        if (!m_budget->spend(ReadBudget::Bound::LookUps, header.coarseCount)) { return; }
         const EpTable table(map, header);
         m_isCutShort = !reader.ok() || !table.isWhole();
         if (!m_isCutShort && table.entryCount() > 0) { addStream(table, indexableEntries); }
@@ -127,9 +130,8 @@ bool findEntryPacket(EpMap& map, std::uint32_t time, bool isStart, std::uint8_t 
     const auto stc = std::ranges::lower_bound(map.m_stcStarts, stcId, {}, &EpMap::StcStart::stcId);
     if (stc == map.m_stcStarts.end() || stc->stcId != stcId) { return false; }
     for (const EpMap::Stream& stream : map.m_streams) {
-        if (!map.m_budget->spend(stream.index ? kIndexLookupCost : stream.table.walkLength())) {
-            return false;
-        }
+        const std::uint64_t cost = stream.index ? kIndexLookupCost : stream.table.walkLength();
+        if (!map.m_budget->spend(ReadBudget::Bound::LookUps, cost)) { return false; }
         const auto found = !stream.index ? walkFor(stream.table, time, isStart, stc->packet)
                            : isStart     ? stream.index->latestUpTo(time, stc->packet)
                                          : stream.index->earliestAfter(time, stc->packet);

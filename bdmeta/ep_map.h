@@ -12,44 +12,24 @@
 
 #include "bdmeta/bluray_disc.h"
 #include "bdmeta/ep_index.h"
+#include "discio/read_budget.h"
 
 namespace bdmeta {
 
-// What a lookup in an index takes from the budget below; decoding a table takes its coarse entries.
+// What a lookup in an index takes from the budget; decoding a table takes its coarse entries.
 inline constexpr std::uint64_t kIndexLookupCost = 64;
 
-// What the lookups of a derivation may spend on walks, in entries. Entry points are indexed as far as a file
-// can hold them: each fine entry owned once. What coarse entries own in excess of that, on a disc made to
-// exhaust its reader, is not indexed, since it can be thousands of times the file's size, but walked at each
-// lookup, which takes no memory and gives the same answers. Time is bounded by this budget: once it is spent,
-// lookups fail and the derivation counts as one that memory could not be had for.
-class WalkBudget {
-public:
-    explicit WalkBudget(std::uint64_t entries = kMaxWalkedEntries)
-        : m_left(entries)
-    {}
-
-    bool spend(std::uint64_t entries)
-    {
-        m_isExhausted = m_isExhausted || entries > m_left;
-        if (!m_isExhausted) { m_left -= entries; }
-        return !m_isExhausted;
-    }
-    [[nodiscard]] bool isExhausted() const { return m_isExhausted; }
-
-private:
-    static constexpr std::uint64_t kMaxWalkedEntries = 1ULL << 30U;  // a few seconds
-
-    std::uint64_t m_left;
-    bool m_isExhausted = false;
-};
-
+// Entry points are indexed as far as a file can hold them: each fine entry owned once. What coarse entries own in
+// excess of that, on a disc made to exhaust its reader, is not indexed, since it can be thousands of times the file's
+// size, but walked at each lookup, which takes no memory and gives the same answers. The budget bounds the time: once
+// it is spent, lookups fail and the derivation's sizes are worthless.
+//
 // A clip's entry points, decoded once. Answers exactly as a walk over the file for each lookup would: bytes
 // that are missing fail the lookups that get to them, and no others.
 class EpMap {
 public:
     // The clip and the budget must outlive the map.
-    EpMap(const BlurayClip& clip, WalkBudget& budget);
+    EpMap(const BlurayClip& clip, discio::ReadBudget& budget);
 
     [[nodiscard]] const BlurayClip& clip() const { return *m_clip; }
 
@@ -71,7 +51,7 @@ private:
     void addStream(const EpTable& table, std::uint64_t& indexableEntries);
 
     const BlurayClip* m_clip;
-    WalkBudget* m_budget;
+    discio::ReadBudget* m_budget;
     std::vector<StcStart> m_stcStarts;  // in ascending id
     std::vector<Stream> m_streams;      // up to the first that is not whole, without those that cannot answer
     bool m_isCutShort = false;          // bytes are missing behind these

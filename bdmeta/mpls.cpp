@@ -148,7 +148,6 @@ std::optional<BlurayPlaylist> parsePlaylistBytes(std::span<const std::uint8_t> b
     const std::uint32_t playListAddress = file.be32();
     const std::uint32_t markAddress = file.be32();
     if (bytes.size() < kMinimumSize || magic.view() != kMagic) { return std::nullopt; }
-    tables.addFile(bytes.size());
     parseAppInfo(file, playlist);
     if (!parsePlayItems(bytes, playListAddress, tables, playlist) ||
         !parseMarks(file, markAddress, playlist)) {

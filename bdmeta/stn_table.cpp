@@ -147,8 +147,9 @@ StreamTable StreamTables::read(std::span<const std::uint8_t> bytes)
     }
 
     auto parsed = parseStreamTable(bytes);
-    if (!parsed || parsed->streams.size() > allowedStreams() - m_streamCount) { return nullptr; }
-    m_streamCount += parsed->streams.size();
+    if (!parsed || !m_budget->spend(discio::ReadBudget::Bound::Streams, parsed->streams.size())) {
+        return nullptr;
+    }
     auto table = std::make_shared<const std::vector<BlurayStream>>(std::move(parsed->streams));
     if (parsed->sizeBytes <= kMaxSharedTableSize) {
         if (m_recent.size() == kMaxRecentTables) { m_recent.pop_back(); }

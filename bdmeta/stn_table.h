@@ -12,8 +12,8 @@
 #pragma once
 
 #include "bdmeta/bluray_disc.h"
+#include "discio/read_budget.h"
 
-#include <algorithm>
 #include <optional>
 #include <span>
 
@@ -29,47 +29,27 @@ struct ParsedStreamTable {
 // bound.
 [[nodiscard]] std::optional<ParsedStreamTable> parseStreamTable(std::span<const std::uint8_t> bytes);
 
-// Tables may overlap, so a small file can claim any number of streams. No disc comes near this many (a quarter of a
-// gigabyte), nor near one for each 4 bytes of its playlists, since an entry of a table takes 16; a disc of more counts
-// as one that memory cannot be had for. Small discs have some streams free of that.
-inline constexpr std::size_t kMaxDiscStreams = 4U << 20U;
-inline constexpr std::size_t kBytesPerStream = 4;
-inline constexpr std::size_t kFreeStreams = 65'536;
-
 // The stream tables of one disc. What a table says depends on its own bytes alone, so one that equals a table
 // met shortly before is shared instead of parsed again.
 class StreamTables {
 public:
-    explicit StreamTables(std::size_t maxStreams = kMaxDiscStreams)
-        : m_maxStreams(maxStreams)
+    // The budget must outlive the tables. Tables may overlap, so a small file can claim any number of streams.
+    explicit StreamTables(discio::ReadBudget& budget)
+        : m_budget(&budget)
     {}
 
-    // A playlist file of this size is about to be read: the disc's tables may hold so many more streams.
-    void addFile(std::size_t sizeBytes) { m_fileBytes += sizeBytes; }
-
     // Parses the table at the start of `bytes`, as parseStreamTable() does. Null where it is malformed, or
-    // where the disc's tables would hold more streams than they may.
+    // where the disc's tables would hold more streams than the budget allows. A shared table counts once.
     [[nodiscard]] StreamTable read(std::span<const std::uint8_t> bytes);
 
-    // The streams of all tables, those of a shared table counted once.
-    [[nodiscard]] std::size_t streamCount() const { return m_streamCount; }
-
 private:
-    // Never fewer than there are.
-    [[nodiscard]] std::size_t allowedStreams() const
-    {
-        return std::min(m_maxStreams, kFreeStreams + m_fileBytes / kBytesPerStream);
-    }
-
     struct Known {
         std::vector<std::uint8_t> bytes;
         StreamTable table;
     };
 
     std::vector<Known> m_recent;  // the last one used first
-    std::size_t m_maxStreams;
-    std::size_t m_fileBytes = 0;
-    std::size_t m_streamCount = 0;
+    discio::ReadBudget* m_budget;
 };
 
 }  // namespace bdmeta

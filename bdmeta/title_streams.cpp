@@ -4,7 +4,7 @@
 #include <iterator>
 #include <numeric>
 #include <tuple>
-#include <unordered_map>
+#include <unordered_set>
 
 namespace bdmeta {
 
@@ -134,31 +134,6 @@ void keepDistinct(std::vector<Entry>& entries)
     entries = std::move(distinct);
 }
 
-// The streams of one table by their category.
-using StreamCounts = std::array<std::uint32_t, 8>;
-
-StreamCounts countStreams(const std::vector<BlurayStream>& streams)
-{
-    StreamCounts counts = {};
-    for (const BlurayStream& stream : streams) {
-        ++counts.at(static_cast<std::size_t>(stream.category));
-    }
-    return counts;
-}
-
-void addCounts(BlurayTitle& title, const StreamCounts& counts)
-{
-    const auto countOf = [&counts](StreamCategory category) {
-        return counts.at(static_cast<std::size_t>(category));
-    };
-    title.primaryVideoCount += countOf(StreamCategory::PrimaryVideo);
-    title.primaryAudioCount += countOf(StreamCategory::PrimaryAudio);
-    title.subtitleCount += countOf(StreamCategory::Subtitle);
-    title.interactiveGraphicsCount += countOf(StreamCategory::InteractiveGraphics);
-    title.secondaryAudioCount += countOf(StreamCategory::SecondaryAudio);
-    title.secondaryVideoCount += countOf(StreamCategory::SecondaryVideo);
-}
-
 void addStream(BlurayTitle& title, const BlurayStream& stream)
 {
     if (title.width == 0 && stream.kind == StreamKind::Video) {
@@ -167,44 +142,98 @@ void addStream(BlurayTitle& title, const BlurayStream& stream)
     }
     switch (stream.category) {
     case StreamCategory::PrimaryVideo:
-    case StreamCategory::SecondaryVideo:
-    case StreamCategory::DolbyVision:
+        ++title.primaryVideoCount;
         title.videoCodecs.push_back(videoCodecOf(stream));
         break;
     case StreamCategory::PrimaryAudio:
-    case StreamCategory::SecondaryAudio:
+        ++title.primaryAudioCount;
         title.audioTracks.push_back(audioTrackOf(stream));
         break;
     case StreamCategory::Subtitle:
+        ++title.subtitleCount;
         title.subtitleTracks.push_back(subtitleTrackOf(stream));
         break;
     case StreamCategory::InteractiveGraphics:
+        ++title.interactiveGraphicsCount;
+        break;
+    case StreamCategory::SecondaryAudio:
+        ++title.secondaryAudioCount;
+        title.audioTracks.push_back(audioTrackOf(stream));
+        break;
+    case StreamCategory::SecondaryVideo:
+        ++title.secondaryVideoCount;
+        title.videoCodecs.push_back(videoCodecOf(stream));
+        break;
+    case StreamCategory::DolbyVision:
+        title.videoCodecs.push_back(videoCodecOf(stream));
+        break;
     case StreamCategory::None:
         break;
     }
 }
 
-}  // namespace
-
-std::size_t addTitleStreams(BlurayTitle& title, const std::vector<BlurayPlayItem>& playItems)
+void keepDistinctStreams(BlurayTitle& title)
 {
-    std::size_t lookedAt = 0;
-    std::unordered_map<const void*, StreamCounts> known;
-    for (const BlurayPlayItem& item : playItems) {
-        const auto [counts, isNew] = known.try_emplace(item.streams.get());
-        if (isNew) {
-            counts->second = countStreams(*item.streams);
-            lookedAt += item.streams->size();
-            for (const BlurayStream& stream : *item.streams) {
-                addStream(title, stream);
-            }
-        }
-        addCounts(title, counts->second);
-    }
     keepDistinct(title.videoCodecs);
     keepDistinct(title.audioTracks);
     keepDistinct(title.subtitleTracks);
-    return lookedAt;
+}
+
+BlurayTitle titleOfTable(const std::vector<BlurayStream>& streams)
+{
+    BlurayTitle title;
+    for (const BlurayStream& stream : streams) {
+        addStream(title, stream);
+    }
+    keepDistinctStreams(title);
+    return title;
+}
+
+void addCounts(BlurayTitle& title, const BlurayTitle& table)
+{
+    title.primaryVideoCount += table.primaryVideoCount;
+    title.primaryAudioCount += table.primaryAudioCount;
+    title.subtitleCount += table.subtitleCount;
+    title.interactiveGraphicsCount += table.interactiveGraphicsCount;
+    title.secondaryAudioCount += table.secondaryAudioCount;
+    title.secondaryVideoCount += table.secondaryVideoCount;
+}
+
+template <typename Entry>
+void append(std::vector<Entry>& entries, const std::vector<Entry>& more)
+{
+    entries.insert(entries.end(), more.begin(), more.end());
+}
+
+void addStreams(BlurayTitle& title, const BlurayTitle& table)
+{
+    if (title.width == 0) {
+        title.width = table.width;
+        title.height = table.height;
+    }
+    append(title.videoCodecs, table.videoCodecs);
+    append(title.audioTracks, table.audioTracks);
+    append(title.subtitleTracks, table.subtitleTracks);
+}
+
+}  // namespace
+
+void TitleStreams::addTo(BlurayTitle& title, const std::vector<BlurayPlayItem>& playItems)
+{
+    std::unordered_set<const void*> met;
+    for (const BlurayPlayItem& item : playItems) {
+        const void* const key = item.streams.get();
+        const bool isNew = met.insert(key).second;
+        auto known = m_shared.find(key);
+        if (known == m_shared.end() && item.streams.use_count() > 1) {
+            known = m_shared.emplace(key, titleOfTable(*item.streams)).first;
+        }
+        const BlurayTitle& table =
+            known != m_shared.end() ? known->second : (m_own = titleOfTable(*item.streams));
+        addCounts(title, table);
+        if (isNew) { addStreams(title, table); }
+    }
+    keepDistinctStreams(title);
 }
 
 }  // namespace bdmeta

@@ -3,10 +3,20 @@
 
 #include "bdmeta/bluray_titles.h"
 
+#include <unordered_map>
+
 namespace bdmeta {
 
-// Sets the title's stream counts, its picture size and its lists of distinct streams. A table that several
-// PlayItems share is looked at once; the later ones add its counts. How many streams were looked at.
-std::size_t addTitleStreams(BlurayTitle& title, const std::vector<BlurayPlayItem>& playItems);
+// Many titles of a disc share one stream table; its streams are looked at once.
+class TitleStreams {
+public:
+    // Sets the title's stream counts, its picture size and its lists of distinct streams.
+    void addTo(BlurayTitle& title, const std::vector<BlurayPlayItem>& playItems);
+
+private:
+    // What a title of one table alone would have, for the tables that several PlayItems share.
+    std::unordered_map<const void*, BlurayTitle> m_shared;
+    BlurayTitle m_own;  // likewise, for the table that was met last
+};
 
 }  // namespace bdmeta

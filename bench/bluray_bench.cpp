@@ -58,7 +58,9 @@ void read(const std::string& path, Derived& derived)
 void derive(Derived& derived)
 {
     bdmeta::SizeFallback fallback;
-    if (bdmeta::deriveBlurayTitles(&derived.disc, &derived.titles, &derived.summary, &fallback) != 0 ||
+    discio::ReadBudget budget;
+    if (bdmeta::deriveBlurayTitles(&derived.disc, &derived.titles, &derived.summary, &fallback, budget) !=
+            0 ||
         fallback.count != 0) {
         throw std::runtime_error("the titles cannot be derived from packet ranges");
     }

@@ -13,16 +13,6 @@ namespace {
 
 using Components = std::span<const std::string_view>;
 
-std::string joinPath(Components components)
-{
-    std::string path;
-    for (const std::string_view component : components) {
-        if (!path.empty()) { path += '/'; }
-        path += component;
-    }
-    return path;
-}
-
 std::optional<DiscDirectory> readTreeDirectory(const std::string& path)
 {
     auto names = listDirectory(path);
@@ -43,14 +33,13 @@ DiscDirectory readIsoDirectory(const BlurayDiscSource& source, const IsoExtent& 
     DiscDirectory directory;
     const std::uint64_t offset = std::uint64_t{extent.block} * source.blockSize;
     if (offset >= kImageOffsetLimit) { return directory; }
-    IsoDirectoryWalk walk(source.image.stream.get(), source.blockSize, extent);
+    IsoDirectoryWalk walk(source.image.stream.get(), source.blockSize, extent, *source.budget);
     while (auto record = walk.next()) {
         directory.add(
             {std::move(record->name), record->isDirectory, record->extent.block, record->extent.sizeBytes},
             record->position < kImageOffsetLimit);
     }
-    directory.isListable = walk.isAtEnd() && extent.sizeBytes <= kIsoDirectoryLimit &&
-                           isReadable(source.image, {offset, extent.sizeBytes});
+    directory.isListable = walk.isAtEnd() && isReadable(source.image, {offset, extent.sizeBytes});
     return directory;
 }
 
@@ -105,6 +94,16 @@ std::vector<std::string_view> splitPath(std::string_view path)
         path.remove_prefix(std::min(component.size() + 1, path.size()));
     }
     return components;
+}
+
+std::string joinPath(Components components)
+{
+    std::string path;
+    for (const std::string_view component : components) {
+        if (!path.empty()) { path += '/'; }
+        path += component;
+    }
+    return path;
 }
 
 const DiscDirectory* directoryAt(const BlurayDiscSource& source, Components components)

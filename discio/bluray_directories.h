@@ -6,6 +6,7 @@
 #include "discio/disc_directory.h"
 
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -13,6 +14,9 @@ namespace discio {
 
 // The components of a path; empty ones vanish.
 [[nodiscard]] std::vector<std::string_view> splitPath(std::string_view path);
+
+// The path of these components.
+[[nodiscard]] std::string joinPath(std::span<const std::string_view> components);
 
 // The directory with this path, which for no components is the disc root; null where there is none.
 [[nodiscard]] const DiscDirectory* directoryAt(const BlurayDiscSource& source,

@@ -1,6 +1,7 @@
 #include "discio/bluray_source.h"
 
 #include "discio/bluray_directories.h"
+#include "discio/directory_list.h"
 #include "discio/error_text.h"
 #include "discio/file_stream.h"
 #include "discio/text.h"
@@ -52,7 +53,8 @@ int openImage(const std::string& path, BlurayDiscSource& source, const ErrorText
     if (!opened.stream) {
         return error.fail("cannot open '%s': %s", path.c_str(), systemErrorText(opened.errorNumber));
     }
-    source.image = {opened.stream, opened.sizeBytes};
+    source.image = {opened.stream, opened.sizeBytes, source.budget};
+    source.budget->holdToImage(opened.sizeBytes);
     std::array<std::uint8_t, kIsoSectorSize> sector = {};
     if (readImage(source.image, kIsoDescriptorOffset, sector) == sector.size()) {
         const auto iso = parsePrimaryVolumeDescriptor(sector);
@@ -69,6 +71,7 @@ int openImage(const std::string& path, BlurayDiscSource& source, const ErrorText
             source.udf = std::move(*udf);
         }
     }
+    if (const char* const bound = source.budget->reached()) { return error.fail("%s", bound); }
     if (source.mode == BluraySourceMode::Directory) {
         return error.fail("'%s' is not a supported ISO-9660 or UDF image", path.c_str());
     }
@@ -77,6 +80,7 @@ int openImage(const std::string& path, BlurayDiscSource& source, const ErrorText
 
 int openPath(const char* path, BlurayDiscSource& source, const ErrorText& error)
 {
+    source.budget = std::make_shared<ReadBudget>();
     const PathStatus status = queryPath(path);
     switch (status.kind) {
     case PathKind::Missing:
@@ -95,23 +99,91 @@ int openPath(const char* path, BlurayDiscSource& source, const ErrorText& error)
 // ---- Reading ----
 
 bool readFromTree(const BlurayDiscSource& source, std::string_view relativePath,
-                  std::vector<std::uint8_t>& bytes, std::uint64_t limitBytes)
+                  std::vector<std::uint8_t>& bytes)
 {
     std::string path;
     if (resolveDirectoryPath(source, relativePath, path) != 0) { return false; }
     const OpenedFile opened = openRegularFile(path);
-    if (!opened.stream || opened.sizeBytes > limitBytes) { return false; }
+    if (!opened.stream || !source.budget->spend(ReadBudget::Bound::NavigationBytes, opened.sizeBytes)) {
+        return false;
+    }
     bytes.resize(static_cast<std::size_t>(opened.sizeBytes));
     return readExactly(opened.stream.get(), 0, bytes);
 }
 
 bool readFromImage(const BlurayDiscSource& source, std::string_view relativePath,
-                   std::vector<std::uint8_t>& bytes, std::uint64_t limitBytes)
+                   std::vector<std::uint8_t>& bytes)
 {
     ExtentList data;
     bool isDirectory = false;
     return resolveImagePath(source, relativePath, data, isDirectory) == 0 && !isDirectory &&
-           data.sizeBytes <= limitBytes && readExtents(source.image, data, bytes);
+           data.sizeBytes <= source.image.sizeBytes &&
+           source.budget->spend(ReadBudget::Bound::NavigationBytes, data.sizeBytes) &&
+           readExtents(source.image, data, bytes);
+}
+
+// ---- What cannot be read ----
+
+using Components = std::span<const std::string_view>;
+
+constexpr char kUnreadableData[] = "its data cannot be read";
+constexpr char kNoRegularFile[] = "it is no regular file";
+
+// The words for a path whose state the system does not tell; empty where it says that there is no such file.
+std::string missingReason(int errorNumber)
+{
+    return errorNumber == ENOENT ? std::string() : systemErrorText(errorNumber);
+}
+
+// Empty where nothing is there, or nothing is wrong with it.
+std::string treeReason(const std::string& path, BlurayUse use)
+{
+    const PathStatus status = queryPath(path);
+    if (status.kind == PathKind::Missing) { return missingReason(status.errorNumber); }
+    if (use == BlurayUse::Directory) {
+        if (status.kind != PathKind::Directory) { return systemErrorText(ENOTDIR); }
+        errno = 0;  // Windows leaves it so
+        const bool isListed = listDirectory(path).has_value();
+        return isListed || errno == 0 ? kUnreadableData : systemErrorText(errno);
+    }
+    if (status.kind == PathKind::Directory) { return systemErrorText(EISDIR); }
+    if (status.kind != PathKind::RegularFile) { return kNoRegularFile; }
+    if (use == BlurayUse::Size) { return {}; }
+    const OpenedFile opened = openRegularFile(path);
+    return opened.stream ? kUnreadableData : missingReason(opened.errorNumber);
+}
+
+std::string imageReason(const BlurayDiscSource& source, Components components, BlurayUse use)
+{
+    ExtentList data;
+    bool isDirectory = false;
+    if (resolveImagePath(source, joinPath(components), data, isDirectory) != 0) {
+        const DiscEntry* const entry = entryAt(source, components).entry;
+        const auto offset = udfByteOffset(source.udf, {entry->block, entry->partition});
+        return offset && *offset >= kImageOffsetLimit ? kBehindImageLimit : "its file entry cannot be read";
+    }
+    if (isDirectory != (use == BlurayUse::Directory)) {
+        return systemErrorText(isDirectory ? EISDIR : ENOTDIR);
+    }
+    if (use == BlurayUse::Size) { return {}; }
+    const auto isBehind = [](const ImageExtent& extent) { return extent.offset >= kImageOffsetLimit; };
+    return std::ranges::any_of(data.extents, isBehind) ? kBehindImageLimit : kUnreadableData;
+}
+
+std::optional<UnreadableEntry> findUnreadableAt(const BlurayDiscSource& source, Components components,
+                                                BlurayUse use)
+{
+    if (components.empty()) { return UnreadableEntry{"/", kUnreadableData}; }
+    const FoundEntry found = entryAt(source, components);
+    if (found.entry == nullptr) {
+        if (found.directory != nullptr && found.directory->isListable) { return std::nullopt; }
+        return findUnreadableAt(source, components.first(components.size() - 1), BlurayUse::Directory);
+    }
+    std::string reason = source.mode == BluraySourceMode::Directory
+                             ? treeReason(found.directory->path + '/' + found.entry->name, use)
+                             : imageReason(source, components, use);
+    if (reason.empty()) { return std::nullopt; }
+    return UnreadableEntry{joinPath(components), std::move(reason)};
 }
 
 }  // namespace
@@ -167,11 +239,11 @@ int resolveImagePath(const BlurayDiscSource& source, std::string_view relativePa
 }
 
 int readWholeFile(const BlurayDiscSource& source, std::string_view relativePath,
-                  std::vector<std::uint8_t>& bytes, std::uint64_t limitBytes)
+                  std::vector<std::uint8_t>& bytes)
 {
     const bool isRead = source.mode == BluraySourceMode::Directory
-                            ? readFromTree(source, relativePath, bytes, limitBytes)
-                            : readFromImage(source, relativePath, bytes, limitBytes);
+                            ? readFromTree(source, relativePath, bytes)
+                            : readFromImage(source, relativePath, bytes);
     if (!isRead) { bytes = {}; }
     return isRead ? 0 : -1;
 }
@@ -188,6 +260,12 @@ std::uint64_t blurayFileSize(const BlurayDiscSource& source, std::string_view re
     bool isDirectory = false;
     const bool isFile = resolveImagePath(source, relativePath, data, isDirectory) == 0 && !isDirectory;
     return isFile ? data.sizeBytes : 0;
+}
+
+std::optional<UnreadableEntry> findUnreadable(const BlurayDiscSource& source, std::string_view relativePath,
+                                              BlurayUse use)
+{
+    return findUnreadableAt(source, splitPath(relativePath), use);
 }
 
 int listFilesWithSuffix(const BlurayDiscSource& source, std::string_view directoryPath,

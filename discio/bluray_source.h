@@ -8,6 +8,9 @@
 // A directory of the disc is read once, however many of its files are asked for, and once read it is
 // remembered as it was. In an image a path has 1 to 64 components, and nothing is read from 2 GiB on (see
 // disc_image.h).
+//
+// Once a bound of the source's budget is reached, nothing more is found or read. A file that is missing for that reason
+// must not pass for one that the disc lacks either: whoever reads a disc asks the budget at the end.
 #pragma once
 
 #include "discio/disc_directory.h"
@@ -19,6 +22,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -33,12 +37,13 @@ using DirectoryCache = std::map<std::string, std::optional<DiscDirectory>, std::
 
 struct BlurayDiscSource {
     BluraySourceMode mode = BluraySourceMode::Directory;
-    std::string rootPath;         // directory: the disc root as given
-    DiscImage image;              // images
-    std::uint32_t blockSize = 0;  // ISO-9660: as the volume descriptor has it, unchecked
-    IsoExtent isoRootExtent;      // ISO-9660
-    UdfVolume udf;                // UDF
-    std::string volumeId;         // of the ISO-9660 side, without the blanks that pad it
+    std::shared_ptr<ReadBudget> budget;  // null where the source is not open
+    std::string rootPath;                // directory: the disc root as given
+    DiscImage image;                     // images
+    std::uint32_t blockSize = 0;         // ISO-9660: as the volume descriptor has it, unchecked
+    IsoExtent isoRootExtent;             // ISO-9660
+    UdfVolume udf;                       // UDF
+    std::string volumeId;                // of the ISO-9660 side, without the blanks that pad it
     mutable DirectoryCache directories;
 };
 
@@ -60,13 +65,30 @@ struct BlurayDiscSource {
 [[nodiscard]] int resolveImagePath(const BlurayDiscSource& source, std::string_view relativePath,
                                    ExtentList& data, bool& isDirectory);
 
-// Any mode: reads a file whole. 0, or -1 on any failure, which is also that the file is longer than
-// `limitBytes`. Memory is taken only for bytes that are there.
+// Any mode: reads a file whole. 0, or -1 on any failure, which is also that the file is longer than the source's
+// budget allows. Memory is taken only for bytes that are there.
 [[nodiscard]] int readWholeFile(const BlurayDiscSource& source, std::string_view relativePath,
-                                std::vector<std::uint8_t>& bytes, std::uint64_t limitBytes = UINT64_MAX);
+                                std::vector<std::uint8_t>& bytes);
 
 // Any mode: a file's size without reading it; 0 where the path does not resolve or is no file.
 [[nodiscard]] std::uint64_t blurayFileSize(const BlurayDiscSource& source, std::string_view relativePath);
+
+// How a reader uses what a path of the disc leads to: it reads a file whole, asks a file's size alone, or lists a
+// directory.
+enum class BlurayUse { File, Size, Directory };
+
+struct UnreadableEntry {
+    std::string path;    // of the file, or of the directory on the way to it that cannot be read
+    std::string reason;  // in words
+};
+
+inline constexpr char kBehindImageLimit[] =
+    "the file lies behind the image's first 2 GiB; mount the image and open the directory";
+
+// Any mode, for a path of which the use has failed: what cannot be read there, and why. Empty where nothing is there:
+// no directory lists it, or the system says that there is no such file.
+[[nodiscard]] std::optional<UnreadableEntry> findUnreadable(const BlurayDiscSource& source,
+                                                            std::string_view relativePath, BlurayUse use);
 
 // Any mode: the names in a directory that end with `suffix` (in any letter case) and are longer, without it.
 // In an image they are in the directory's order, and its directories are left out; in a directory tree they

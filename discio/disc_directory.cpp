@@ -8,7 +8,6 @@ namespace discio {
 
 void DiscDirectory::add(DiscEntry entry, bool isFindable)
 {
-    if (entry.name.find('/') != std::string::npos) { return; }
     if (isFindable) { m_firstByFoldedName.try_emplace(caseFolded(entry.name), m_entries.size()); }
     m_entries.push_back(std::move(entry));
 }

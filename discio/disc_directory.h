@@ -21,8 +21,7 @@ struct DiscEntry {
 
 class DiscDirectory {
 public:
-    // Appends an entry. One that is not findable is listed alone. One whose name holds a "/", which separates the
-    // names of a path, is neither.
+    // Appends an entry. One that is not findable is listed alone.
     void add(DiscEntry entry, bool isFindable = true);
 
     // In the order they were added.

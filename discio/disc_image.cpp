@@ -22,10 +22,6 @@ bool readExtents(const DiscImage& image, const ExtentList& data, std::vector<std
     bytes.clear();
     const auto readable = [&image](const ImageExtent& extent) { return isReadable(image, extent); };
     if (data.sizeBytes > image.sizeBytes || !std::ranges::all_of(data.extents, readable)) { return false; }
-    const std::uint64_t furtherExtents = data.extents.empty() ? 0 : data.extents.size() - 1;
-    if (furtherExtents > image.furtherExtentsLeft) { return false; }
-    image.furtherExtentsLeft -= furtherExtents;
-
     bytes.resize(static_cast<std::size_t>(data.sizeBytes));
     std::span<std::uint8_t> rest = bytes;
     for (const ImageExtent& extent : data.extents) {

@@ -6,9 +6,11 @@
 #pragma once
 
 #include "discio/file_stream.h"
+#include "discio/read_budget.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -16,14 +18,10 @@ namespace discio {
 
 inline constexpr std::uint64_t kImageOffsetLimit = std::uint64_t{1} << 31U;
 
-// Deliberate: what is read of an image has no more extents than this beyond the first of each file, all reads together.
-// A file in more pieces than that is on no disc, but one of a megabyte can be in a hundred thousand.
-inline constexpr std::uint64_t kImageFurtherExtentLimit = 1U << 18U;
-
 struct DiscImage {
     FileStream stream;
-    std::uint64_t sizeBytes = 0;  // when it was opened
-    mutable std::uint64_t furtherExtentsLeft = kImageFurtherExtentLimit;
+    std::uint64_t sizeBytes = 0;         // when it was opened
+    std::shared_ptr<ReadBudget> budget;  // of the disc; never null where the stream is not
 };
 
 // A run of bytes of the image.
@@ -53,8 +51,8 @@ struct ExtentList {
 // Whether the image holds all of the extent and reads may begin where it begins.
 [[nodiscard]] bool isReadable(const DiscImage& image, const ImageExtent& extent);
 
-// Reads all of the data. False where an extent is not readable, where there are more of them than may still be read,
-// or where extents that share bytes add up to more than the whole image: memory is taken for no more than that.
+// Reads all of the data. False where an extent is not readable, or where extents that share bytes add up to more than
+// the whole image: memory is taken for no more than that.
 [[nodiscard]] bool readExtents(const DiscImage& image, const ExtentList& data,
                                std::vector<std::uint8_t>& bytes);
 

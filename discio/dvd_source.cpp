@@ -43,23 +43,27 @@ int openImage(const std::string& path, DvdDiscSource& source, const ErrorText& e
     if (!opened.stream) {
         return error.fail("cannot open '%s': %s", path.c_str(), systemErrorText(opened.errorNumber));
     }
+    source.budget->holdToImage(opened.sizeBytes);
     const std::optional<IsoVolume> volume = readPrimaryVolumeDescriptor(opened.stream.get());
     if (!volume) { return error.fail("'%s' is not a supported ISO-9660 image", path.c_str()); }
     if (volume->blockSize != kDvdBlockSize || volume->rootRecordLength < kIsoRecordMinimum) {
         return error.fail("'%s' has an unsupported ISO block size", path.c_str());
     }
-    const auto videoTs = findDirectoryRecord(opened.stream.get(), volume->blockSize, volume->root, kVideoTs);
+    const auto videoTs =
+        findDirectoryRecord(opened.stream.get(), volume->blockSize, volume->root, kVideoTs, *source.budget);
+    if (const char* const bound = source.budget->reached()) { return error.fail("%s", bound); }
     if (!videoTs || !videoTs->isDirectory) { return error.fail("ISO image has no VIDEO_TS directory"); }
 
     source.image = opened.stream;
     source.blockSize = volume->blockSize;
     source.videoTsExtent = videoTs->extent;
-    IsoDirectoryWalk walk(source.image.get(), source.blockSize, source.videoTsExtent);
+    IsoDirectoryWalk walk(source.image.get(), source.blockSize, source.videoTsExtent, *source.budget);
     while (auto record = walk.next()) {
         source.videoTs.add(
             {std::move(record->name), record->isDirectory, record->extent.block, record->extent.sizeBytes});
     }
-    return 0;
+    const char* const bound = source.budget->reached();
+    return bound == nullptr ? 0 : error.fail("%s", bound);
 }
 
 // The file in the image: the first record of its name, whatever its kind, must be one of a file.
@@ -96,6 +100,7 @@ int openDvdSource(const char* path, DvdDiscSource& source, char* errorText, std:
 {
     const ErrorText error(errorText, errorCapacity);
     source = {};
+    source.budget = std::make_shared<ReadBudget>();
     const PathStatus status = queryPath(path);
     switch (status.kind) {
     case PathKind::Missing:
@@ -138,14 +143,16 @@ int openDvdFileOptional(const DvdDiscSource& source, const std::string& name, Di
     return 1;
 }
 
-DiscFileBytes readDiscFile(const DiscFileRef& ref, std::uint64_t limitBytes)
+DiscFileBytes readDiscFile(const DiscFileRef& ref, ReadBudget& budget)
 {
     DiscFileBytes file;
     file.sizeBytes = ref.sizeBytes;
     const std::uint64_t streamEnd = streamSize(ref.stream.get()).value_or(0);
     const std::uint64_t available = streamEnd > ref.offset ? streamEnd - ref.offset : 0;
+    const std::uint64_t wanted = std::min(ref.sizeBytes, available);
+    if (!budget.spend(ReadBudget::Bound::NavigationBytes, wanted)) { return file; }
     try {
-        file.bytes.resize(static_cast<std::size_t>(std::min({ref.sizeBytes, available, limitBytes})));
+        file.bytes.resize(static_cast<std::size_t>(wanted));
     } catch (const std::exception&) {  // too large for memory: a file that cannot be read
         return file;
     }

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,11 +16,12 @@ namespace discio {
 
 struct DvdDiscSource {
     bool isImage = false;
-    std::string videoTsPath;      // directory: the VIDEO_TS directory as found
-    FileStream image;             // image: shared by every file handed out
-    std::uint32_t blockSize = 0;  // image: always 2048
-    IsoExtent videoTsExtent;      // image: the VIDEO_TS directory
-    DiscDirectory videoTs;        // image: its records, read once when the image is opened
+    std::shared_ptr<ReadBudget> budget;  // null before the source is opened
+    std::string videoTsPath;             // directory: the VIDEO_TS directory as found
+    FileStream image;                    // image: shared by every file handed out
+    std::uint32_t blockSize = 0;         // image: always 2048
+    IsoExtent videoTsExtent;             // image: the VIDEO_TS directory
+    DiscDirectory videoTs;               // image: its records, read once when the image is opened
 };
 
 // One file of the disc: `sizeBytes` bytes from `offset` of `stream`. In an image the stream is the image's
@@ -30,8 +32,8 @@ struct DiscFileRef {
     std::uint64_t sizeBytes = 0;
 };
 
-// A file's bytes in memory. Where an image or a file ends early, or the file is longer than the reader
-// allows, `bytes` holds its beginning and `sizeBytes` stays the length that the directory claims.
+// A file's bytes in memory. Where an image or a file ends early, `bytes` holds its beginning and `sizeBytes` stays the
+// length that the directory claims.
 struct DiscFileBytes {
     std::vector<std::uint8_t> bytes;
     std::uint64_t sizeBytes = 0;
@@ -56,8 +58,8 @@ struct DiscFileBytes {
 [[nodiscard]] int openDvdFileOptional(const DvdDiscSource& source, const std::string& name, DiscFileRef& ref,
                                       char* errorText, std::size_t errorCapacity);
 
-// Reads a file's bytes, as many as are there and no more than `limitBytes`. Memory is taken for what the
-// stream holds, never for a size that only a directory record claims.
-[[nodiscard]] DiscFileBytes readDiscFile(const DiscFileRef& ref, std::uint64_t limitBytes = UINT64_MAX);
+// Reads a file's bytes, as many as are there; none where they are more than the budget allows. Memory is taken for
+// what the stream holds, never for a size that only a directory record claims.
+[[nodiscard]] DiscFileBytes readDiscFile(const DiscFileRef& ref, ReadBudget& budget);
 
 }  // namespace discio

@@ -31,10 +31,12 @@ bool isDotEntry(std::span<const std::uint8_t> identifier)
     return identifier.size() == 1 && identifier[0] <= 1;
 }
 
-// The identifier up to its version suffix. One that claims to be longer than its record is clipped to it.
+// The identifier up to its version suffix or its first NUL. One that claims to be longer than its record is clipped
+// to it.
 std::string identifierText(std::span<const std::uint8_t> identifier)
 {
-    const auto end = std::find(identifier.begin(), identifier.end(), std::uint8_t{';'});
+    const auto isEnd = [](std::uint8_t byte) { return byte == ';' || byte == 0; };
+    const auto end = std::ranges::find_if(identifier, isEnd);
     std::string text(identifier.begin(), end);
     text.resize(std::min(text.size(), kIdentifierLimit));
     return text;
@@ -71,11 +73,13 @@ std::optional<IsoVolume> readPrimaryVolumeDescriptor(std::FILE* image)
     return parsePrimaryVolumeDescriptor(sector);
 }
 
-IsoDirectoryWalk::IsoDirectoryWalk(std::FILE* image, std::uint32_t blockSize, const IsoExtent& directory)
+IsoDirectoryWalk::IsoDirectoryWalk(std::FILE* image, std::uint32_t blockSize, const IsoExtent& directory,
+                                   ReadBudget& budget)
     : m_image(image)
+    , m_budget(&budget)
     , m_blockSize(blockSize)
     , m_position(std::uint64_t{directory.block} * blockSize)
-    , m_end(blockSize == 0 ? 0 : m_position + std::min(directory.sizeBytes, kIsoDirectoryLimit))
+    , m_end(blockSize == 0 ? 0 : m_position + directory.sizeBytes)
 {}
 
 std::optional<IsoDirectoryRecord> IsoDirectoryWalk::next()
@@ -102,23 +106,25 @@ std::optional<IsoDirectoryRecord> IsoDirectoryWalk::next()
     return std::nullopt;
 }
 
-// `count` bytes at the position; empty where the image does not hold them all.
+// `count` bytes at the position; empty where the image does not hold them all or the budget is spent.
 std::span<const std::uint8_t> IsoDirectoryWalk::bytes(std::size_t count)
 {
     const std::uint64_t windowEnd = m_windowStart + m_windowLength;
     if (m_position < m_windowStart || m_position > windowEnd || count > windowEnd - m_position) {
-        m_window.resize(kWindowSize);
+        m_window.resize(static_cast<std::size_t>(std::min<std::uint64_t>(kWindowSize, m_end - m_position)));
         m_windowStart = m_position;
         m_windowLength = readUpTo(m_image, m_position, m_window);
-        if (count > m_windowLength) { return {}; }
+        const bool isAllowed = m_budget->spend(ReadBudget::Bound::FileSystemBytes, m_windowLength);
+        if (!isAllowed || count > m_windowLength) { return {}; }
     }
     return std::span(m_window).subspan(static_cast<std::size_t>(m_position - m_windowStart), count);
 }
 
 std::optional<IsoDirectoryRecord> findDirectoryRecord(std::FILE* image, std::uint32_t blockSize,
-                                                      const IsoExtent& directory, std::string_view name)
+                                                      const IsoExtent& directory, std::string_view name,
+                                                      ReadBudget& budget)
 {
-    IsoDirectoryWalk walk(image, blockSize, directory);
+    IsoDirectoryWalk walk(image, blockSize, directory, budget);
     while (auto record = walk.next()) {
         if (equalIgnoringCase(record->name, name)) { return record; }
     }

@@ -12,6 +12,8 @@
 //    10  data length in bytes, little-endian               33  identifier, "NAME.EXT;1"
 #pragma once
 
+#include "discio/read_budget.h"
+
 #include <array>
 #include <cstdint>
 #include <cstdio>
@@ -28,17 +30,13 @@ inline constexpr std::uint64_t kIsoDescriptorOffset = 16 * kIsoSectorSize;
 inline constexpr std::size_t kIsoVolumeIdSize = 32;
 inline constexpr std::uint8_t kIsoRecordMinimum = 34;
 
-// Deliberate: a directory is not read further than this, some 350,000 files in. A sparse image can hold a
-// directory of 4 GiB of nothing, and a disc is searched a hundred times.
-inline constexpr std::uint32_t kIsoDirectoryLimit = 16U << 20U;
-
 struct IsoExtent {
     std::uint32_t block = 0;
     std::uint32_t sizeBytes = 0;
 };
 
 struct IsoDirectoryRecord {
-    std::string name;            // the identifier without its version suffix
+    std::string name;            // the identifier up to its version suffix or its first NUL
     std::uint64_t position = 0;  // of the record, in the image
     IsoExtent extent;
     bool isDirectory = false;
@@ -60,20 +58,22 @@ struct IsoVolume {
 // Walks the records of a directory in their order, those of the directory itself and of its parent left out.
 class IsoDirectoryWalk {
 public:
-    // `image` must outlive the walk. A block size of 0 gives an empty walk.
-    IsoDirectoryWalk(std::FILE* image, std::uint32_t blockSize, const IsoExtent& directory);
+    // `image` and `budget` must outlive the walk. A block size of 0 gives an empty walk.
+    IsoDirectoryWalk(std::FILE* image, std::uint32_t blockSize, const IsoExtent& directory,
+                     ReadBudget& budget);
 
-    // The next record; empty at the directory's end, its limit or the image's end, and for good before a
+    // The next record; empty at the directory's end, the image's end or the budget's, and for good before a
     // record that makes no sense.
     [[nodiscard]] std::optional<IsoDirectoryRecord> next();
 
-    // Whether the walk came to the directory's end or its limit, and so has seen every record up to there.
+    // Whether the walk came to the directory's end, and so has seen every record.
     [[nodiscard]] bool isAtEnd() const { return m_position >= m_end; }
 
 private:
     [[nodiscard]] std::span<const std::uint8_t> bytes(std::size_t count);
 
     std::FILE* m_image;
+    ReadBudget* m_budget;
     std::uint32_t m_blockSize;
     std::uint64_t m_position;
     std::uint64_t m_end;
@@ -83,10 +83,11 @@ private:
 };
 
 // The first record of `directory` whose identifier, without its version suffix, is `name` but for letter
-// case. Empty when there is none before the directory's end, its limit or the image's end, or before a record
+// case. Empty when there is none before the directory's end, the image's end or the budget's, or before a record
 // that makes no sense.
 [[nodiscard]] std::optional<IsoDirectoryRecord> findDirectoryRecord(std::FILE* image, std::uint32_t blockSize,
                                                                     const IsoExtent& directory,
-                                                                    std::string_view name);
+                                                                    std::string_view name,
+                                                                    ReadBudget& budget);
 
 }  // namespace discio

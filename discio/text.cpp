@@ -1,15 +1,16 @@
 #include "discio/text.h"
 
 #include <algorithm>
-#include <cctype>
 
 namespace discio {
 
 namespace {
 
-char lowerCase(char letter)
+// Not the C library's: in a Turkish locale the lower case of "I" is not "i", and the same disc must not look
+// different there.
+constexpr char lowerCase(char letter)
 {
-    return static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }
 
 }  // namespace

@@ -50,9 +50,9 @@ struct FileEntryFields {
     std::vector<std::uint8_t> descriptors;  // the area's bytes
 };
 
-// All but the area's bytes, of which there are at most `areaLimit`. `bytes` is the entry, and what follows it in its
+// All but the area's bytes. `bytes` is the entry, and what follows it in its
 // sector, which stands at `offset` in the image.
-std::optional<FileEntryFields> parseFileEntry(Bytes bytes, std::uint64_t offset, std::uint64_t areaLimit)
+std::optional<FileEntryFields> parseFileEntry(Bytes bytes, std::uint64_t offset)
 {
     const bool isExtended = hasUdfTag(bytes, kExtendedFileEntryTag);
     const FileEntryLayout& layout = isExtended ? kExtendedFileEntryLayout : kFileEntryLayout;
@@ -67,19 +67,23 @@ std::optional<FileEntryFields> parseFileEntry(Bytes bytes, std::uint64_t offset,
     fields.area = {offset + layout.size + udfField(bytes, layout.attributesLength, 4),
                    udfField(bytes, layout.descriptorsLength, 4)};
     // Deliberate: the area's place is held against 32 bits, as if offsets were no wider.
-    if (fields.area.offset > UINT32_MAX || fields.area.sizeBytes > areaLimit) { return std::nullopt; }
+    if (fields.area.offset > UINT32_MAX || fields.area.sizeBytes > kUdfDescriptorAreaLimit) {
+        return std::nullopt;
+    }
     return fields;
 }
 
 // The entry at `offset` in the image. Its area lies in the sector that is read with it, or anywhere behind; also in a
 // metadata partition it goes on in the image, since UDF lets no entry there be longer than a block.
-std::optional<FileEntryFields> readFields(const DiscImage& image, std::uint64_t offset,
-                                          std::uint64_t areaLimit = kUdfDescriptorAreaLimit)
+std::optional<FileEntryFields> readFields(const DiscImage& image, std::uint64_t offset)
 {
     UdfSector sector = {};
     const Bytes bytes = std::span(sector).first(readImage(image, offset, sector));
-    auto fields = parseFileEntry(bytes, offset, areaLimit);
+    auto fields = parseFileEntry(bytes, offset);
     if (!fields || fields->area.sizeBytes == 0) { return fields; }
+    if (!image.budget->spend(ReadBudget::Bound::FileSystemBytes, fields->area.sizeBytes)) {
+        return std::nullopt;
+    }
     ByteReader inSector = ByteReader(bytes).slice(fields->area.offset - offset, fields->area.sizeBytes);
     if (inSector.ok()) {
         const Bytes area = inSector.bytes(inSector.size());
@@ -95,7 +99,7 @@ std::optional<FileEntryFields> readFields(const DiscImage& image, std::uint64_t 
 // Adds the extents that the allocation descriptors record, cut to the information length. False where they hold less,
 // or where one of them is not there.
 bool collectExtents(const UdfVolume& volume, const FileEntryFields& fields, std::uint16_t ownPartition,
-                    ExtentList& data)
+                    ReadBudget& budget, ExtentList& data)
 {
     const bool isShort = fields.kind == DescriptorKind::Short;
     const std::size_t descriptorSize = isShort ? kShortDescriptorSize : kLongDescriptorSize;
@@ -107,7 +111,7 @@ bool collectExtents(const UdfVolume& volume, const FileEntryFields& fields, std:
         const std::uint16_t partition = isShort ? ownPartition : descriptor.le16();
         if (length == 0 || length >= kUnrecordedLength) { continue; }
         const auto needed = std::min<std::uint64_t>(length, fields.informationLength - data.sizeBytes);
-        if (!appendUdfExtent(volume, {block, partition}, needed, data)) { return false; }
+        if (!appendUdfExtent(volume, {block, partition}, needed, budget, data)) { return false; }
     }
     return data.sizeBytes == fields.informationLength;
 }
@@ -143,9 +147,9 @@ bool takeFileIdentifier(ByteReader& reader, DiscDirectory& directory)
     reader.seek(start + entrySize);
     if (!reader.ok()) { return false; }
     if (identifier.size() >= 2 && identifier[0] == kEightBitCharacters) {
-        directory.add({std::string(identifier.begin() + 1, identifier.end()),
-                       (fixed[18] & kDirectoryCharacteristic) != 0, udfField(fixed, 24, 4), 0,
-                       static_cast<std::uint16_t>(udfField(fixed, 28, 2))});
+        const auto end = std::find(identifier.begin() + 1, identifier.end(), std::uint8_t{0});
+        directory.add({std::string(identifier.begin() + 1, end), (fixed[18] & kDirectoryCharacteristic) != 0,
+                       udfField(fixed, 24, 4), 0, static_cast<std::uint16_t>(udfField(fixed, 28, 2))});
     }
     return true;
 }
@@ -157,10 +161,8 @@ std::optional<UdfFileEntry> readUdfFileEntry(const DiscImage& image, const UdfVo
 {
     const auto offset = udfByteOffset(volume, icb);
     if (!offset) { return std::nullopt; }
-    std::uint64_t& left = volume.descriptorBytesLeft;
-    const auto fields = readFields(image, *offset, std::min<std::uint64_t>(left, kUdfDescriptorAreaLimit));
+    const auto fields = readFields(image, *offset);
     if (!fields) { return std::nullopt; }
-    left -= fields->area.sizeBytes;
     UdfFileEntry entry;
     entry.isDirectory = fields->isDirectory;
     bool isCovered = false;
@@ -171,10 +173,9 @@ std::optional<UdfFileEntry> readUdfFileEntry(const DiscImage& image, const UdfVo
         break;
     case DescriptorKind::Short:
     case DescriptorKind::Long:
-        isCovered = collectExtents(volume, *fields, icb.partition, entry.data);
+        isCovered = collectExtents(volume, *fields, icb.partition, *image.budget, entry.data);
         break;
     }
-    left -= std::min<std::uint64_t>(left, entry.data.extents.size() * kShortDescriptorSize);
     if (!isCovered) { return std::nullopt; }
     return entry;
 }
@@ -218,7 +219,9 @@ std::optional<DiscDirectory> readUdfDirectory(const DiscImage& image, const UdfV
     const auto entry = readUdfFileEntry(image, volume, icb);
     if (!entry || !entry->isDirectory) { return std::nullopt; }
     std::vector<std::uint8_t> data;
-    if (entry->data.sizeBytes > kUdfDirectoryLimit || !readExtents(image, entry->data, data)) {
+    const std::uint64_t sizeBytes = entry->data.sizeBytes;
+    if (sizeBytes > image.sizeBytes || !image.budget->spend(ReadBudget::Bound::FileSystemBytes, sizeBytes) ||
+        !readExtents(image, entry->data, data)) {
         return DiscDirectory();
     }
     return parseUdfDirectory(data);

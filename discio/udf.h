@@ -32,17 +32,13 @@ namespace discio {
 
 inline constexpr std::uint32_t kUdfDescriptorAreaLimit = 1U << 20U;  // of one file's allocation descriptors
 
-// Deliberate: a longer directory is not read. It would hold more than 400,000 names, and its extents may lie
-// over each other in the image.
-inline constexpr std::uint64_t kUdfDirectoryLimit = 16U << 20U;
-
 struct UdfFileEntry {
     bool isDirectory = false;
     ExtentList data;  // exactly the information length
 };
 
 // The file entry of either kind at `icb`. Empty where it cannot be read, its extents do not cover exactly the
-// information length, or its descriptors are more than may still be read of the volume (udf_volume.h).
+// information length, or its descriptors and extents are more than the image's budget allows.
 //
 // Deliberate: descriptors that continue elsewhere are not followed, so such a file is not readable.
 [[nodiscard]] std::optional<UdfFileEntry> readUdfFileEntry(const DiscImage& image, const UdfVolume& volume,
@@ -55,8 +51,8 @@ struct UdfFileEntry {
 [[nodiscard]] std::vector<UdfBlockRun> readUdfMetadataFile(const DiscImage& image, std::uint32_t startSector,
                                                            std::uint32_t block);
 
-// The names in a directory's data, up to the first descriptor that makes no sense; the directory is listable
-// when they end where the data end. Left out are names of 16-bit characters and the parent's entry, which has
+// The names in a directory's data, each up to its first NUL, up to the first descriptor that makes no sense; the
+// directory is listable when they end where the data end. Left out are names of 16-bit characters and the parent's entry, which has
 // none.
 //
 // Deliberate: an entry marked as deleted is an entry like any other.

@@ -47,15 +47,15 @@ struct VolumeDescriptors {
 };
 
 // Reads the sequence, many sectors at a time. A sector that cannot be read is passed over, and so is all that
-// the image or the limit of reading ends before.
+// the image, the limit of reading or the budget ends before.
 VolumeDescriptors readSequence(const DiscImage& image, std::uint64_t start, std::uint64_t sizeBytes)
 {
     VolumeDescriptors found;
     std::vector<std::uint8_t> window(kSequenceWindow);
-    const std::uint64_t end =
-        std::min({start + std::min(sizeBytes, kUdfSequenceLimit), image.sizeBytes, kImageOffsetLimit});
+    const std::uint64_t end = std::min({start + sizeBytes, image.sizeBytes, kImageOffsetLimit});
     for (std::uint64_t position = start; position < end;) {
         const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(end - position, window.size()));
+        if (!image.budget->spend(ReadBudget::Bound::FileSystemBytes, wanted)) { break; }
         const std::size_t got = readImage(image, position, std::span(window).first(wanted));
         const std::size_t count = got / kUdfSectorSize;
         for (std::size_t i = 0; i < count; ++i) {
@@ -174,7 +174,7 @@ std::optional<std::uint64_t> udfByteOffset(const UdfVolume& volume, const UdfAdd
 }
 
 bool appendUdfExtent(const UdfVolume& volume, const UdfAddress& start, std::uint64_t sizeBytes,
-                     ExtentList& data)
+                     ReadBudget& budget, ExtentList& data)
 {
     if (start.partition >= volume.partitions.size()) { return false; }
     const UdfPartition& partition = volume.partitions[start.partition];
@@ -182,10 +182,9 @@ bool appendUdfExtent(const UdfVolume& volume, const UdfAddress& start, std::uint
     const UdfBlockRun* run = runOf(partition, start.block);
     std::uint64_t block = start.block;
     while (sizeBytes > 0) {
-        if (run == nullptr || run == end || block < run->firstBlock ||
-            data.extents.size() == kUdfExtentLimit) {
-            return false;
-        }
+        const bool isThere = run != nullptr && run != end && block >= run->firstBlock;
+        const bool isFurther = !data.extents.empty();
+        if (!isThere || !budget.spend(ReadBudget::Bound::Pieces, isFurther ? 1 : 0)) { return false; }
         const std::uint64_t behind = run->firstBlock + run->blockCount;
         const std::uint64_t size = std::min(sizeBytes, (behind - block) * kUdfSectorSize);
         data.append({byteOffset(partition, *run, block), size});

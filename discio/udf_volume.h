@@ -28,14 +28,6 @@ namespace discio {
 
 inline constexpr std::size_t kUdfPartitionLimit = 16;
 
-// Deliberate: no more of the volume descriptor sequence is searched. Discs have 16 sectors of it; an anchor can claim
-// two million.
-inline constexpr std::uint64_t kUdfSequenceLimit = 1U << 20U;
-
-// Deliberate: a file of more extents is not read. As many fit into the largest area of allocation descriptors that is
-// read, but a metadata partition in pieces cuts each of them into more.
-inline constexpr std::size_t kUdfExtentLimit = 1U << 17U;
-
 // A logical block of a partition: where an ICB or an extent is.
 struct UdfAddress {
     std::uint32_t block = 0;
@@ -56,15 +48,9 @@ struct UdfPartition {
     std::vector<UdfBlockRun> runs = {UdfBlockRun()};
 };
 
-// Deliberate: what the file entries of an opened volume may come to, all reads of them together: the bytes of their
-// allocation descriptors and 8 for each extent. On a disc that is some kilobytes; a hundred thousand names can share
-// descriptors of a megabyte.
-inline constexpr std::uint64_t kUdfVolumeDescriptorLimit = 64U << 20U;
-
 struct UdfVolume {
     std::vector<UdfPartition> partitions;  // a partition reference is an index
     UdfAddress rootIcb;
-    mutable std::uint64_t descriptorBytesLeft = kUdfVolumeDescriptorLimit;
 };
 
 // Follows the anchor to the file set descriptor. Empty where there is none.
@@ -83,8 +69,8 @@ struct UdfVolume {
 [[nodiscard]] std::optional<std::uint64_t> udfByteOffset(const UdfVolume& volume, const UdfAddress& address);
 
 // Adds where the `sizeBytes` lie that begin with a logical block. False where not all of its blocks are there, or
-// where the list would grow over kUdfExtentLimit; what was added then is of no use.
+// where they are in more pieces than the budget allows; what was added then is of no use.
 [[nodiscard]] bool appendUdfExtent(const UdfVolume& volume, const UdfAddress& start, std::uint64_t sizeBytes,
-                                   ExtentList& data);
+                                   ReadBudget& budget, ExtentList& data);
 
 }  // namespace discio

@@ -1,4 +1,4 @@
-// The manager's IFO (VIDEO_TS.IFO) and with it the whole disc.
+// Reads VIDEO_TS.IFO, the manager's IFO, and with it the whole disc.
 //
 //     0x00  "DVDVIDEO-VMG"        0x40  provider identifier, 32 bytes
 //     0xC4  sector of the title table (TT_SRPT): u16 titles, u32 end address at 4, then 12 bytes
@@ -32,11 +32,7 @@ constexpr std::uint64_t kTitleTableSectorOffset = 0xC4;
 constexpr std::uint64_t kTitleTableHeaderSize = 8;
 constexpr std::uint64_t kTitleEntrySize = 12;
 
-// What one disc's IFO files may take in memory. A full disc's take a few megabytes; a sparse file can claim
-// any size at no cost, so what goes beyond this counts as memory that could not be had.
-constexpr std::uint64_t kMaxIfoBytes = 256ULL << 20U;
-
-// Title numbers 100 to 255 give a longer name, which is looked up like any other.
+// The numbers 100 to 255 give a name of 13 characters.
 std::string titleSetFileName(std::uint32_t number)
 {
     std::array<char, 16> name = {};
@@ -44,7 +40,7 @@ std::string titleSetFileName(std::uint32_t number)
     return name.data();
 }
 
-// Reads one disc; holds the title sets' files between the pass over the titles and the one over the files, so
+// Reads one disc: first the titles, then the title sets. It keeps the files that the titles need in memory, so
 // that each file is read once.
 class DiscRead {
 public:
@@ -54,6 +50,14 @@ public:
     {}
 
     int run(const char* path)
+    {
+        const int outcome = read(path);
+        const char* const bound = m_source.budget->reached();
+        return bound == nullptr ? outcome : m_error.fail("%s", bound);
+    }
+
+private:
+    int read(const char* path)
     {
         if (openDvdSource(path, m_source, m_error.data(), m_error.capacity()) != 0) { return -1; }
         discio::DiscFileRef ref;
@@ -66,12 +70,9 @@ public:
         return 0;
     }
 
-private:
     IfoFile load(const std::string& name, const discio::DiscFileRef& ref)
     {
-        discio::DiscFileBytes file = readDiscFile(ref, kMaxIfoBytes - m_loadedBytes);
-        m_loadedBytes += file.bytes.size();
-        return {name, std::move(file)};
+        return {name, readDiscFile(ref, *m_source.budget)};
     }
 
     int readManager(const IfoFile& manager)
@@ -123,7 +124,7 @@ private:
         return 0;
     }
 
-    // The file of a title set that a title needs; null, with a message, where it cannot be opened.
+    // Returns the file of a title set; null, with a message, if it cannot be opened.
     const IfoFile* loadTitleSet(std::uint32_t number)
     {
         const auto known = m_titleSetFiles.find(number);
@@ -149,8 +150,8 @@ private:
                 if (opened == 0) { continue; }
                 file = load(name, ref);
             }
-            // The attributes are read first because retaining takes the bytes away; a failure to retain still
-            // has its say first.
+            // retain() moves the bytes, so the attributes are read before it; checkRetainable() comes first so
+            // that its message wins.
             if (checkRetainable(file) != 0 || readTitleSet(file, number, m_disc, m_error) != 0 ||
                 retain(std::move(file)) != 0) {
                 return -1;
@@ -188,7 +189,6 @@ private:
     DvdDisc& m_disc;
     const ErrorText& m_error;
     discio::DvdDiscSource m_source;
-    std::uint64_t m_loadedBytes = 0;
     std::map<std::uint32_t, IfoFile> m_titleSetFiles;
 };
 
@@ -202,7 +202,7 @@ int readDvdDisc(const char* path, DvdDisc* disc, char* errorText, std::size_t er
     int outcome = -1;
     try {
         outcome = DiscRead(*disc, error).run(path);
-    } catch (const std::bad_alloc&) {  // no message of its own: writing one must not need memory
+    } catch (const std::bad_alloc&) {  // without a message: to format one could need memory
     }
     if (outcome != 0) { releaseDvdDisc(*disc); }
     return outcome;

@@ -1,5 +1,5 @@
-// What the navigation files of a DVD-Video say: the manager's title table (VIDEO_TS.IFO), every title set's
-// streams and titles (VTS_01_0.IFO to VTS_99_0.IFO), and those files' raw bytes.
+// The navigation files of a DVD-Video: the manager's title table (VIDEO_TS.IFO), the streams and titles of every
+// title set (VTS_01_0.IFO to VTS_99_0.IFO), and the raw bytes of these files.
 #pragma once
 
 #include <array>
@@ -17,7 +17,7 @@ inline constexpr std::size_t kMaxAudioStreams = 8;
 inline constexpr std::size_t kMaxSubpictureStreams = 32;
 inline constexpr std::size_t kIdentifierSize = 32;
 
-// An ISO 639-1 code as stored; both bytes zero when the stream declares no language.
+// An ISO 639-1 code as stored; both bytes are zero if the stream declares no language.
 using DvdLanguage = std::array<char, 2>;
 
 struct DvdVideoAttributes {
@@ -50,29 +50,37 @@ struct DvdStreamAttributes {
     std::vector<DvdSubpictureStream> subpicture;  // at most 32
 };
 
+// A cell of a program chain: a piece of the title's video and how long it plays.
+struct DvdCell {
+    std::uint64_t durationMs = 0;
+    std::uint32_t firstSector = 0;  // counted from the first sector of the title VOBs, like lastSector
+    std::uint32_t lastSector = 0;
+};
+
 struct DvdTitle {
     // From the manager's title table.
     std::uint32_t titleNumber = 0;     // 1-based
     std::uint32_t titleSetNumber = 0;  // VTSN
     std::uint32_t vtsTtn = 0;          // the title's number within its title set
     std::uint32_t angleCount = 0;
-    // Deliberate: one bit of the table stands in two fields. The first is the disc's statement that the title
-    // has several or random PGCs; the second is our own note that its size rests on the entry PGC alone.
+    // Deliberate: one bit of the table sets two fields. The first means that the title has several or random
+    // PGCs, the second that its size counts the entry PGC only.
     std::uint32_t multiOrRandomPgc = 0;
     std::uint32_t sizeFromEntryPgcOnly = 0;
 
     // From the title set.
-    std::uint32_t chapterCount = 0;  // PTT entries; the title table's own count is replaced
-    std::uint32_t complexAngle = 0;  // 1: an angle block's later cell was met and left out of the size
+    std::uint32_t chapterCount = 0;  // PTT entries; the title table's own count is not used
+    std::uint32_t complexAngle = 0;  // 1: the size leaves out later cells of an angle block
     std::uint32_t programCount = 0;
     std::uint32_t cellCount = 0;
     std::uint64_t durationMs = 0;
     std::uint64_t playbackSizeBytes = 0;  // of angle 1
     std::uint64_t firstSector = 0;        // counted from the title set's start, like lastSector
     std::uint64_t lastSector = 0;
+    std::vector<DvdCell> cells;  // of angle 1, from the title's first on
     DvdStreamAttributes streams;
 
-    // Whether the angle-1 size is an estimate: several angles or PGCs share the title's sectors.
+    // True if several angles or PGCs share the title's sectors, so that the size of angle 1 is an estimate.
     [[nodiscard]] bool isSizeEstimated() const { return complexAngle != 0 || sizeFromEntryPgcOnly != 0; }
 };
 
@@ -97,13 +105,12 @@ struct DvdDisc {
     std::vector<DvdRawIfo> rawIfos;      // VIDEO_TS.IFO, then each title set's
 };
 
-// Reads a disc directory or ISO image. 0 on success. -1 on failure with a printf-style message in
-// `errorText`, which is empty for the few failures that have no message of their own; `disc` is then empty.
-// One bad file fails the whole disc, and so do IFO files of more than 256 MiB together. Either of `errorText`
-// and its capacity may be missing.
+// Reads the disc directory or ISO image at `path` into `disc`. Returns 0; or -1 with `disc` empty and a message
+// in `errorText`. The message is "" if a title's numbers are 0 or memory does not suffice. One bad file fails the
+// whole disc, and so does a bound that is reached (discio/read_budget.h). `errorText` may be null.
 [[nodiscard]] int readDvdDisc(const char* path, DvdDisc* disc, char* errorText, std::size_t errorCapacity);
 
-// Frees what a read retained.
+// Empties the record and frees its memory.
 void releaseDvdDisc(DvdDisc& disc);
 
 }  // namespace dvdmeta

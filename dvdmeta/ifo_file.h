@@ -1,5 +1,5 @@
-// An IFO file in memory, with the two questions its readers ask apart: does an offset lie inside the file as
-// its directory gives its size, and can the bytes there really be read.
+// An IFO file in memory. Its size is the one that the directory gives; of a file in an image that ends early,
+// fewer bytes can be read. Readers check the two separately.
 #pragma once
 
 #include "discio/byte_reader.h"
@@ -29,13 +29,13 @@ public:
     [[nodiscard]] bool isComplete() const { return m_file.isComplete(); }
     [[nodiscard]] std::vector<std::uint8_t> takeBytes() { return std::move(m_file.bytes); }
 
-    // How many bytes of the file's size lie behind `offset`; 0 for an offset beyond it.
+    // Returns the number of bytes from `offset` to the end that the size gives; 0 if `offset` lies beyond it.
     [[nodiscard]] std::uint64_t sizeBehind(std::uint64_t offset) const
     {
         return offset < m_file.sizeBytes ? m_file.sizeBytes - offset : 0;
     }
 
-    // A reader over `count` bytes at `offset`; a failed one where they cannot all be read.
+    // Returns a reader over `count` bytes at `offset`; a failed one if they cannot all be read.
     [[nodiscard]] discio::ByteReader at(std::uint64_t offset, std::uint64_t count) const
     {
         return discio::ByteReader(m_file.bytes).slice(offset, count);

@@ -64,7 +64,7 @@ bool isPrintable(std::uint8_t character)
     return character >= 0x20 && character <= 0x7E;
 }
 
-// The two language characters at the reader; none where the entry does not declare them or they are no text.
+// Reads the two language characters. Returns zeros if the entry declares no language or they are not printable.
 DvdLanguage parseLanguage(discio::ByteReader& reader, bool isDeclared)
 {
     const std::uint8_t first = reader.u8();

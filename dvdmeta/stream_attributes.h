@@ -17,14 +17,14 @@
 
 namespace dvdmeta {
 
-// The shortest VTS IFO: the attributes and the tables' addresses must fit.
+// The size of the shortest VTS IFO, which has the attributes and the addresses of the tables.
 inline constexpr std::uint64_t kVtsIfoMinimum = 984;
 inline constexpr std::string_view kVtsMagic = "DVDVIDEO-VTS";
 
-// Whether the file is long enough, can be read that far and begins as a title set's IFO does.
+// Returns true if the first kVtsIfoMinimum bytes can be read and begin with kVtsMagic.
 [[nodiscard]] bool isVtsIfo(const IfoFile& ifo);
 
-// The declared streams of a VTS IFO; empty where more than 8 audio or 32 subpicture streams are declared.
+// Returns the declared streams of a VTS IFO; nothing if it declares more than 8 audio or 32 subpicture streams.
 [[nodiscard]] std::optional<DvdStreamAttributes> parseStreamAttributes(const IfoFile& ifo);
 
 }  // namespace dvdmeta

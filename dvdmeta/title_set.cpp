@@ -60,7 +60,7 @@ std::optional<TableAddresses> parseTableAddresses(const IfoFile& ifo)
     return tables;
 }
 
-// Finds the title's list of chapters, counts them and reads the first.
+// Finds the title's list of chapters and counts them.
 int readPttTable(const IfoFile& ifo, std::uint64_t table, DvdTitle& title, std::uint64_t& listStart,
                  const ErrorText& error)
 {
@@ -69,8 +69,7 @@ int readPttTable(const IfoFile& ifo, std::uint64_t table, DvdTitle& title, std::
     const std::uint64_t titleCount = header.be16();
     header.skip(2);
     std::uint64_t endAddress = header.be32();
-    // Deliberate: the end that stands for 0 is that of the offset table, so the last title has no chapters
-    // then.
+    // Deliberate: an end of 0 means the end of the offsets, so that the last title has no chapters.
     if (endAddress == 0) { endAddress = titleCount * kPttOffsetSize + 7; }
 
     const std::uint64_t entry = table + kTableHeaderSize + kPttOffsetSize * (title.vtsTtn - 1ULL);
@@ -119,7 +118,7 @@ int readProgramChain(const IfoFile& ifo, std::uint64_t table, std::uint16_t pgcN
     return 0;
 }
 
-// Finds the cell, counted from 1, that the start program begins with.
+// Finds the first cell of the start program, counted from 1.
 int readStartCell(const IfoFile& ifo, const ProgramChain& pgc, std::uint16_t startProgram,
                   std::uint8_t& startCell, const ErrorText& error)
 {
@@ -137,9 +136,9 @@ int readStartCell(const IfoFile& ifo, const ProgramChain& pgc, std::uint16_t sta
     return 0;
 }
 
-// Adds up the sectors of angle 1 from `startCell` to the last cell.
-int measureCells(const IfoFile& ifo, const ProgramChain& pgc, std::uint8_t startCell,
-                 std::uint64_t titleVobSector, DvdTitle& title, const ErrorText& error)
+// Lists the cells of angle 1 from `startCell` to the last cell and adds up their sectors.
+int readCells(const IfoFile& ifo, const ProgramChain& pgc, std::uint8_t startCell,
+              std::uint64_t titleVobSector, DvdTitle& title, const ErrorText& error)
 {
     std::uint64_t sectorCount = 0;
     std::uint64_t lowest = UINT32_MAX;
@@ -148,10 +147,12 @@ int measureCells(const IfoFile& ifo, const ProgramChain& pgc, std::uint8_t start
         ByteReader reader =
             ifo.at(pgc.start + pgc.cellPlaybackOffset + (cell - 1) * kCellPlaybackSize, kCellPlaybackSize);
         const std::uint8_t block = reader.u8();
-        reader.seek(8);
-        const std::uint64_t first = reader.be32();
+        reader.seek(4);
+        std::array<std::uint8_t, 4> time = {};
+        std::ranges::copy(reader.bytes(time.size()), time.begin());
+        const std::uint32_t first = reader.be32();
         reader.seek(20);
-        const std::uint64_t last = reader.be32();
+        const std::uint32_t last = reader.be32();
         if (!reader.ok()) { return error.fail("cannot read cell playback data in %s", ifo.name().c_str()); }
 
         const bool inAngleBlock = (block & 0x30U) == 0x10;
@@ -159,9 +160,10 @@ int measureCells(const IfoFile& ifo, const ProgramChain& pgc, std::uint8_t start
         if (inAngleBlock && !isFirstOfBlock) {
             title.complexAngle = 1;
         } else if (first <= last) {
-            sectorCount += last - first + 1;
-            lowest = std::min(lowest, first);
-            highest = std::max(highest, last);
+            title.cells.push_back({playbackTimeMs(time), first, last});
+            sectorCount += last - first + 1ULL;
+            lowest = std::min<std::uint64_t>(lowest, first);
+            highest = std::max<std::uint64_t>(highest, last);
         }
     }
     if (sectorCount > 0) {
@@ -214,7 +216,7 @@ int readTitle(const IfoFile& ifo, DvdTitle& title, const ErrorText& error)
     if (pgc.cellCount == 0) { return 0; }
     std::uint8_t startCell = 0;
     if (readStartCell(ifo, pgc, first.programNumber, startCell, error) != 0) { return -1; }
-    return measureCells(ifo, pgc, startCell, tables->titleVobSector, title, error);
+    return readCells(ifo, pgc, startCell, tables->titleVobSector, title, error);
 }
 
 int readTitleSet(const IfoFile& ifo, std::uint32_t number, DvdDisc& disc, const ErrorText& error)

@@ -13,7 +13,8 @@
 //
 //     2  programs    3  cells    4  playback time, BCD h m s f; the top two bits of f are the frame rate
 //   230  offset of the program map (a byte for each program: its first cell)
-//   232  offset of the cell playback table, 24 bytes a cell: byte 0 angle block bits, 8 first sector, 20 last
+//   232  offset of the cell playback table, 24 bytes a cell: byte 0 angle block bits, 4 playback time,
+//        8 first sector, 20 last
 //
 // Sectors are 2,048 bytes; sector numbers, offsets and counts are big-endian.
 #pragma once
@@ -27,17 +28,17 @@
 
 namespace dvdmeta {
 
-// Fills what the title set says of `title`, whose titleSetNumber and vtsTtn are set. 0, or -1 with a message
-// that names the file.
+// Fills the fields of `title` that come from its title set; `title.vtsTtn` must be set. Returns 0, or -1 with a
+// message that names the file.
 [[nodiscard]] int readTitle(const IfoFile& ifo, DvdTitle& title, const discio::ErrorText& error);
 
-// Appends title set `number` (1 to 99) with its streams to the disc. 0, or -1 with a message.
+// Appends title set `number` (1 to 99) with its streams to the disc. Returns 0, or -1 with a message.
 [[nodiscard]] int readTitleSet(const IfoFile& ifo, std::uint32_t number, DvdDisc& disc,
                                const discio::ErrorText& error);
 
-// A playback time in milliseconds: BCD hours, minutes, seconds, and frames with the rate code in the top two
-// bits (1: 25 frames a second; 3: 29.97; any other adds no frames). Digits above 9 count as written, tens x
-// 10 + units.
+// Returns a playback time in milliseconds. `time` has BCD hours, minutes, seconds and frames; the frames' top two
+// bits are the rate code (1: 25 frames a second; 3: 29.97; any other adds no frames). A digit above 9 has its
+// hexadecimal value.
 [[nodiscard]] std::uint64_t playbackTimeMs(const std::array<std::uint8_t, 4>& time);
 
 }  // namespace dvdmeta

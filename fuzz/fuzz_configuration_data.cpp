@@ -1,36 +1,16 @@
-// The document inside a configuration, which the reply carries as a text: the input is that document.
-#include "fuzz/abort_unless.h"
+// The document inside a configuration, which the reply carries as a text. Whatever is in it, the configuration is there.
+#include "fuzz/target.h"
 #include "service/configurations.h"
 
-#include <cstdio>
-
-namespace {
-
-QByteArray quoted(const QByteArray& text)
+void fuzz::target(Input input)
 {
-    QByteArray quoted = "\"";
-    for (const char c : text) {
-        if (c == '"' || c == '\\') {
-            quoted += '\\';
-            quoted += c;
-        } else if (c >= 0 && c < ' ') {
-            quoted += "\\u00" + QByteArray::number(c, 16).rightJustified(2, '0');
-        } else {
-            quoted += c;
-        }
+    QByteArray quoted;
+    for (const std::uint8_t byte : input) {
+        quoted += byte < 0x80 ? "\\u00" + QByteArray::number(byte, 16).rightJustified(2, '0')
+                              : QByteArray(1, static_cast<char>(byte));
     }
-    return quoted + '"';
-}
-
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
-{
-    const QByteArray document(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
     const auto reply = service::parseConfigurationReply(
-        R"({"Disc ID": 17, "Configurations": [{"UID": 3, "Data": )" + quoted(document) + "}]}");
-    // Whatever is in it, the configuration is there.
-    fuzz::abortUnless(reply && reply->isFound && reply->configurations.size() == 1);
-    fuzz::abortUnless(reply->configurations.first().uid == 3);
-    return 0;
+        R"({"Disc ID": 17, "Configurations": [{"UID": 3, "Data": ")" + quoted + R"("}]})");
+    require(reply && reply->isFound && reply->configurations.size() == 1);
+    require(reply->configurations.first().uid == 3);
 }

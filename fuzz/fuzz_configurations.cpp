@@ -1,13 +1,11 @@
 // The service's list of a disc's configurations.
-#include "fuzz/abort_unless.h"
+#include "fuzz/target.h"
 #include "service/configurations.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void fuzz::target(Input input)
 {
-    const auto text =
-        QByteArray::fromRawData(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
+    const QByteArray text(reinterpret_cast<const char*>(input.data()), static_cast<qsizetype>(input.size()));
     const auto [isArray, configurations] = service::parseConfigurationArray(text);
-    fuzz::abortUnless(isArray || !configurations);
-    if (configurations) { fuzz::abortUnless(configurations->size() <= service::kMaximumConfigurations); }
-    return 0;
+    require(isArray || !configurations);
+    require(!configurations || configurations->size() <= service::kMaximumConfigurations);
 }

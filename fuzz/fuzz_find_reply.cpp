@@ -1,14 +1,10 @@
 // The service's reply to a search for a disc.
-#include "fuzz/abort_unless.h"
+#include "fuzz/target.h"
 #include "service/configurations.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void fuzz::target(Input input)
 {
-    const auto text =
-        QByteArray::fromRawData(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
+    const QByteArray text(reinterpret_cast<const char*>(input.data()), static_cast<qsizetype>(input.size()));
     const auto reply = service::parseConfigurationReply(text);
-    if (reply && !reply->isFound) {
-        fuzz::abortUnless(reply->configurations.isEmpty() && reply->discId == 0);
-    }
-    return 0;
+    require(!reply || reply->isFound || (reply->configurations.isEmpty() && reply->discId == 0));
 }

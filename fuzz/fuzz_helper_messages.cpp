@@ -1,45 +1,37 @@
 // What a helper's pipe brings: all at once and in pieces, which must come to the same.
-#include "fuzz/abort_unless.h"
+#include "fuzz/target.h"
 #include "monitor/received_messages.h"
 
 #include <string>
 
 namespace {
 
-struct Outcome {
-    std::string events;
-    bool isFailed = false;
-
-    friend bool operator==(const Outcome&, const Outcome&) = default;
-};
-
-void add(const monitor::ReceivedMessages& messages, Outcome& outcome)
+// The events and the failure, as text.
+std::string textOf(const monitor::ReceivedMessages& messages)
 {
+    std::string text;
     for (const monitor::AccessEvent& event : messages.events) {
-        outcome.events += event.kind == monitor::AccessEvent::Kind::Open ? '+' : '-';
-        outcome.events += event.path;
+        text += event.kind == monitor::AccessEvent::Kind::Open ? '+' : '-';
+        text += event.path;
     }
-    outcome.isFailed = messages.failure.has_value();
+    return messages.failure ? text + '!' : text;
 }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void fuzz::target(Input input)
 {
-    const std::span<const std::uint8_t> bytes(data, size);
-    Outcome whole;
-    add(monitor::takeMessages(bytes), whole);
-
-    Outcome inPieces;
+    const std::size_t step = input.empty() ? 1 : 1 + input[0] % 16;
+    std::string inPieces;
     std::size_t taken = 0;
-    const std::size_t step = size == 0 ? 1 : 1 + data[0] % 16;
-    for (std::size_t end = 0; end < size && !inPieces.isFailed;) {
-        end = end + step < size ? end + step : size;
-        const monitor::ReceivedMessages messages = monitor::takeMessages(bytes.subspan(taken, end - taken));
-        fuzz::abortUnless(messages.bytes <= end - taken);
+    bool isFailed = false;
+    for (std::size_t end = 0; end < input.size() && !isFailed;) {
+        end = end + step < input.size() ? end + step : input.size();
+        const monitor::ReceivedMessages messages = monitor::takeMessages(input.subspan(taken, end - taken));
+        require(messages.bytes <= end - taken);
         taken += messages.bytes;
-        add(messages, inPieces);
+        inPieces += textOf(messages);
+        isFailed = messages.failure.has_value();
     }
-    fuzz::abortUnless(whole == inPieces);
-    return 0;
+    require(inPieces == textOf(monitor::takeMessages(input)));
 }

@@ -1,12 +1,10 @@
-// The service's reply about the user whose key it was asked about.
-#include "fuzz/abort_unless.h"
+// The service's reply about the user whose key was sent.
+#include "fuzz/target.h"
 #include "service/authentication.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void fuzz::target(Input input)
 {
-    const auto text =
-        QByteArray::fromRawData(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
+    const QByteArray text(reinterpret_cast<const char*>(input.data()), static_cast<qsizetype>(input.size()));
     const auto user = service::parseUserReply(text);
-    if (user) { fuzz::abortUnless(!user->username.isEmpty()); }
-    return 0;
+    require(!user || !user->username.isEmpty());
 }

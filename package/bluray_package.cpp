@@ -14,7 +14,7 @@ using bdmeta::BlurayTitle;
 
 namespace {
 
-// Deliberate: the last two bytes belong to the magic; unlike the DVD's it is not padded with letters.
+// Deliberate: the magic ends with the bytes 00 01, not with letters as the DVD's.
 constexpr std::array<std::uint8_t, 8> kMagic = {'P', 'S', 'T', 'P', 'B', 'D', 0x00, 0x01};
 constexpr std::uint32_t kHasOrganizationId = 0x01;
 constexpr std::uint32_t kHasDiscId = 0x02;
@@ -32,7 +32,7 @@ constexpr char kMismatch[] =
 constexpr char kIdentifiers[] =
     QT_TRANSLATE_NOOP("Messages", "Blu-ray package requires five-character BDMV identifiers.");
 
-// The bytes of a hexadecimal text of exactly twice as many digits; empty for any other text.
+// Returns the `size` bytes that `digits` gives in hexadecimal; empty if it is any other text.
 QByteArray identifierBytes(const std::string& digits, std::size_t size)
 {
     const auto isDigit = [](unsigned char character) { return std::isxdigit(character) != 0; };

@@ -100,8 +100,8 @@ bool writeIfoChunk(const DvdDisc& disc, QByteArray& body, QString* errorText)
         return fail(errorText, kNoManager);
     }
     appendVarint(body, disc.rawIfos.size());
-    // The signature goes by the place in the list, not by the name: a second VIDEO_TS.IFO has a valid name
-    // and fails all the same.
+    // The signature depends on the position in the list, not on the name: a second VIDEO_TS.IFO fails, although
+    // its name is valid.
     std::string_view signature = kManagerSignature;
     for (const dvdmeta::DvdRawIfo& ifo : disc.rawIfos) {
         if (!isIfoName(ifo.name) || ifo.bytes.size() < kSignatureSize) {

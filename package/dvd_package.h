@@ -1,8 +1,8 @@
-// The DVD title package: a disc's canonical technical signature. It holds the raw IFO files and a digest of
-// what they say; two packages of one disc are byte for byte the same, and their SHA-256 identifies the disc.
+// The DVD title package, a disc's canonical technical signature: the raw IFO files and a digest of their title
+// sets and titles. Packages of the same disc have the same bytes, and their SHA-256 identifies the disc.
 //
 //   magic "PSTP-DVD", then four chunks:
-//   "DISC"  bytes: the provider identifier's 32 bytes as they stand; u32 titles; u64 total duration in ms;
+//   "DISC"  bytes: the provider identifier's 32 bytes, untrimmed; u32 titles; u64 total duration in ms;
 //           u64 total angle-1 size in bytes
 //   "IFO "  varint count; for each file: bytes name, SHA-256 (32), bytes content
 //   "VTS "  varint count; for each title set: u8 number, u16 width, u16 height, u8 video coding mode,
@@ -11,7 +11,7 @@
 //   "TITL"  varint count; for each title: u32 number, u32 chapters, u64 duration in ms,
 //           u64 angle-1 size in bytes
 //
-// A language block is 01, the two characters, 00; or four zero bytes where either character is zero.
+// A language block is 01, the two characters, 00; or four zero bytes if either character is zero.
 #pragma once
 
 #include "dvdmeta/dvd_disc.h"
@@ -29,16 +29,16 @@ struct DvdDiscTotals {
     std::uint64_t playbackSizeBytes = 0;
 };
 
-// The totals of the disc's titles.
+// Returns the totals of the disc's titles.
 [[nodiscard]] DvdDiscTotals sumDvdTitles(const dvdmeta::DvdDisc& disc);
 
-// Builds the package. On success its bytes, and their SHA-256 in `*sha256` where that is wanted. On failure
-// an empty array and a sentence in `*errorText` where that is wanted.
+// Builds the package. Returns its bytes, and their SHA-256 in `*sha256`; on failure an empty array, and a sentence
+// in `*errorText`. `sha256` and `errorText` may be null.
 [[nodiscard]] QByteArray buildDvdPackage(const dvdmeta::DvdDisc* disc, const DvdDiscTotals* totals,
                                          QByteArray* sha256 = nullptr, QString* errorText = nullptr);
 
-// The steps that can fail, each appending its chunk's body: false, with a sentence, where the record breaks a
-// rule of the format. What was appended until then is to be thrown away.
+// Each appends the body of one chunk to `body`. They return false, with a sentence in `*errorText`, if the record
+// breaks a rule of the format; the caller then discards `body`.
 [[nodiscard]] bool writeIfoChunk(const dvdmeta::DvdDisc& disc, QByteArray& body, QString* errorText);
 [[nodiscard]] bool writeTitleSetChunk(const dvdmeta::DvdDisc& disc, QByteArray& body, QString* errorText);
 [[nodiscard]] bool writeTitleChunk(const dvdmeta::DvdDisc& disc, QByteArray& body, QString* errorText);

@@ -1,5 +1,4 @@
-// The encodings of a title package and its container. All fixed-width numbers stand most significant byte
-// first.
+// The encodings of a title package and its container. Numbers of a fixed width are big-endian.
 //
 //   header, 32 bytes: magic (8), u16 format version 1, u16 header length 32, u32 0, u64 whole length,
 //                     u32 chunk count, u32 0
@@ -24,23 +23,23 @@ void appendU16BE(QByteArray& out, std::uint16_t value);
 void appendU32BE(QByteArray& out, std::uint32_t value);
 void appendU64BE(QByteArray& out, std::uint64_t value);
 
-// Overwrites the eight bytes at `offset`, which must lie inside.
+// Overwrites eight bytes at `offset`; `out` must have them.
 void patchU64BE(QByteArray& out, qsizetype offset, std::uint64_t value);
 
 // Unsigned LEB128: seven bits a byte, the least significant group first, bit 7 set on every byte but the
 // last.
 void appendVarint(QByteArray& out, std::uint64_t value);
 
-// A varint length, then the bytes.
+// Appends the length as a varint, then the bytes.
 void appendBytes(QByteArray& out, QByteArrayView data);
 
-// A retained file: its name, the SHA-256 of its bytes, and the bytes. The digest reads `content` in place.
+// Appends a file: its name, the SHA-256 of its bytes, and the bytes.
 void appendFile(QByteArray& out, QByteArrayView name, std::span<const std::uint8_t> content);
 
-// The 32 bytes of SHA-256.
+// Returns the 32 bytes of the SHA-256.
 [[nodiscard]] QByteArray sha256(QByteArrayView data);
 
-// A view of bytes that a disc record owns.
+// Returns a view of bytes that a disc record owns.
 [[nodiscard]] QByteArrayView viewOf(std::span<const std::uint8_t> bytes);
 
 struct Chunk {
@@ -48,10 +47,10 @@ struct Chunk {
     QByteArray body;
 };
 
-// Header and chunks in one buffer that is reserved once, the whole length written last.
+// Returns the header and the chunks in one buffer, which is reserved once.
 [[nodiscard]] QByteArray assemble(const std::array<std::uint8_t, 8>& magic, std::span<const Chunk> chunks);
 
-// Sets the failure text where one is wanted; fail() also returns false.
+// Sets `*errorText`, unless it is null; fail() also returns false.
 void setError(QString* errorText, const char* message);
 [[nodiscard]] bool fail(QString* errorText, const char* message);
 

@@ -1,5 +1,6 @@
 #include "report/json_report.h"
 
+#include "app/terminal_text.h"
 #include "report/disc_text.h"
 
 #include <QJsonArray>
@@ -174,9 +175,10 @@ QByteArray jsonReport(const QString& path, const scan::ParsedDisc& disc, const D
         {u"path"_s, path},
         {u"disc"_s, identity(disc, result)},
         {u"titles"_s, isDvd ? array(result.dvdTitles) : array(result.blurayTitles)},
+        {u"warnings"_s, QJsonArray::fromStringList(result.readWarnings)},
         {u"packageSha256"_s, hexadecimal(isDvd ? result.dvdPackageSha256 : result.blurayPackageSha256)},
     };
-    return QJsonDocument(report).toJson(QJsonDocument::Indented);
+    return terminaltext::json(QString::fromUtf8(QJsonDocument(report).toJson(QJsonDocument::Indented)));
 }
 
 }  // namespace report

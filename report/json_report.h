@@ -19,7 +19,7 @@ inline constexpr char kJsonSchema[] = "platterscope-report/1";
 // Every member is always there: a text that the disc does not give is empty. Bytes are lower-case hexadecimal digits. A
 // text is read as UTF-8 (a DVD's language as Latin-1); U+FFFD stands for each byte that is none, so the identifying
 // texts, which may be in any encoding, are there in bytes as well. A 64-bit number above 2^53 - 1, which many JSON
-// readers would round, is a text of its decimal digits.
+// readers would round, is a text of its decimal digits. Characters that could steer a terminal are escapes of JSON.
 [[nodiscard]] QByteArray jsonReport(const QString& path, const scan::ParsedDisc& disc,
                                     const DiscScanResult& result);
 

@@ -4,8 +4,11 @@
 #include "report/json_report.h"
 #include "report/standard_output.h"
 #include "report/text_report.h"
+#include "scan/disc_path.h"
 #include "scan/disc_reader.h"
 #include "scan/error_result.h"
+
+#include <QFile>
 
 #include <new>
 #include <system_error>
@@ -22,11 +25,22 @@ int fail(const QString& message)
     return kFailed;
 }
 
+// The disc's path in the system's bytes. They may be no valid text, so the path is cut rather than converted.
+QByteArray localPathOf(const scan::DiscPath& disc, const QByteArray& given)
+{
+    const QString decoded = QFile::decodeName(given);
+    if (!decoded.startsWith(disc.path)) { return QFile::encodeName(disc.path); }
+    return given.chopped(QFile::encodeName(decoded.sliced(disc.path.size())).size());
+}
+
 }  // namespace
 
-int printReport(const QByteArray& localPath, Format format)
+int printReport(const QByteArray& given, Format format)
 {
     try {
+        const scan::DiscPath found = scan::discPathOf(QFile::decodeName(given));
+        if (!found.problem.isEmpty()) { return fail(found.problem); }
+        const QByteArray localPath = localPathOf(found, given);
         const scan::ParsedDisc disc = scan::readDisc(localPath);
         const DiscScanResult result = scan::describeDisc(disc);
         if (result.discType == DiscType::None) { return kFailed; }  // it is logged why

@@ -7,10 +7,10 @@ namespace report {
 
 enum class Format { Text, Json };
 
-// Reads the disc at `localPath`, a path in the bytes that the system knows it by, and writes its report to standard
+// Reads the disc at `given`, a path in the bytes that the system knows it by (see scan::discPathOf()), and writes its report to standard
 // output, which gets nothing else and nothing at all where there is no disc. Needs neither key, network nor an
 // application object. The program's exit status: 0, or 1 where the disc cannot be read or the report not be written,
 // which standard error tells.
-[[nodiscard]] int printReport(const QByteArray& localPath, Format format);
+[[nodiscard]] int printReport(const QByteArray& given, Format format);
 
 }  // namespace report

@@ -22,13 +22,14 @@ bool waitUntilWritable()
 
 int writeStandardOutput(std::string_view bytes)
 {
-    std::signal(SIGPIPE, SIG_IGN);
     while (!bytes.empty()) {
         const ssize_t written = ::write(STDOUT_FILENO, bytes.data(), bytes.size());
         if (written >= 0) {
             bytes.remove_prefix(static_cast<std::size_t>(written));
         } else if (errno == EAGAIN) {
             if (!waitUntilWritable()) { return errno; }
+        } else if (errno == EPIPE) {
+            return 0;
         } else if (errno != EINTR) {
             return errno;
         }
@@ -36,8 +37,9 @@ int writeStandardOutput(std::string_view bytes)
     return 0;
 }
 
-void keepStandardNumbers()
+void prepareStandardStreams()
 {
+    std::signal(SIGPIPE, SIG_IGN);
     int number = -1;
     do {
         number = ::open("/dev/null", O_RDONLY);

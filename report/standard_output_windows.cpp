@@ -14,10 +14,10 @@ int writeStandardOutput(std::string_view bytes)
     errno = 0;
     const bool isWritten =
         std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size() && std::fflush(stdout) == 0;
-    if (isWritten) { return 0; }
+    if (isWritten || errno == EPIPE) { return 0; }
     return errno != 0 ? errno : EIO;
 }
 
-void keepStandardNumbers() {}  // handles of Windows are no numbers in turn
+void prepareStandardStreams() {}  // Windows does not reuse standard handles, and has no signal for pipes
 
 }  // namespace report

@@ -1,5 +1,6 @@
 #include "report/text_report.h"
 
+#include "app/terminal_text.h"
 #include "report/disc_text.h"
 #include "text/title_text.h"
 
@@ -16,31 +17,9 @@ struct Texts {
 
 constexpr char kIndent[] = "  ";
 
-bool isPrintable(char32_t character)
-{
-    const QChar::Category category = QChar::category(character);
-    return QChar::isPrint(character) && category != QChar::Separator_Line &&
-           category != QChar::Separator_Paragraph;
-}
-
-QString escaped(char32_t character)
-{
-    const auto digits = [character](int count) {
-        return QStringLiteral("%1").arg(static_cast<uint>(character), count, 16, QLatin1Char('0'));
-    };
-    if (character <= 0xFF) { return QLatin1StringView("\\x") + digits(2); }
-    if (character <= 0xFFFF) { return QLatin1StringView("\\u") + digits(4); }
-    return QLatin1StringView("\\U") + digits(8);
-}
-
-// The text on one line of a terminal.
 QString printable(const QString& text)
 {
-    QString shown;
-    for (const char32_t character : text.toStdU32String()) {
-        shown += isPrintable(character) ? QString::fromUcs4(&character, 1) : escaped(character);
-    }
-    return shown;
+    return QString::fromUtf8(terminaltext::line(text));
 }
 
 // A title whose texts from the disc are printable; the names of codecs and the like are the program's own.
@@ -130,7 +109,7 @@ QString identityLines(const dvdmeta::DvdDisc& disc)
            Texts::tr("Provider: %1\n").arg(fact(disc.providerText));
 }
 
-QString identityLines(std::monostate)
+QString identityLines(const scan::NoDisc& /*none*/)
 {
     return {};
 }

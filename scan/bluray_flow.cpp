@@ -1,6 +1,7 @@
 #include "scan/bluray_flow.h"
 
 #include "app/log.h"
+#include "bdmeta/distinct_play_time.h"
 #include "package/bluray_package.h"
 #include "scan/error_result.h"
 
@@ -42,7 +43,7 @@ void describeStreams(const bdmeta::BlurayTitle& title, BlurayTitleInfo& info)
     }
 }
 
-BlurayTitleInfo describeTitle(const bdmeta::BlurayTitle& title, std::string_view playlistName)
+BlurayTitleInfo describeTitle(const bdmeta::BlurayTitle& title, const bdmeta::BlurayPlaylist& playlist)
 {
     BlurayTitleInfo info;
     info.playlistId = title.titleNumber;
@@ -66,9 +67,10 @@ BlurayTitleInfo describeTitle(const bdmeta::BlurayTitle& title, std::string_view
         info.segmentMap.append(text(clip.view()));
     }
     describeStreams(title, info);
-    info.label =
-        QStringLiteral("#%1 %2 (%3 angles)")
-            .arg(QString::number(title.index + 1), text(playlistName), QString::number(title.angleCount));
+    info.label = QStringLiteral("#%1 %2 (%3 angles)")
+                     .arg(QString::number(title.index + 1), text(playlist.name.view()),
+                          QString::number(title.angleCount));
+    info.distinctDurationMs = bdmeta::distinctPlayTimeMs(playlist);
     return info;
 }
 
@@ -105,7 +107,7 @@ QList<BlurayTitleInfo> describeBlurayTitles(const bdmeta::BlurayDisc& disc,
     QList<BlurayTitleInfo> infos;
     infos.reserve(static_cast<qsizetype>(titles.size()));
     for (const bdmeta::BlurayTitle& title : titles) {
-        infos.append(describeTitle(title, disc.playlists.at(title.index).name.view()));
+        infos.append(describeTitle(title, disc.playlists.at(title.index)));
     }
     return infos;
 }
@@ -116,7 +118,11 @@ DiscScanResult describeBluray(const bdmeta::BlurayDisc* disc)
     std::vector<bdmeta::BlurayTitle> titles;
     bdmeta::BlurayDiscSummary summary;
     bdmeta::SizeFallback fallback;
-    if (bdmeta::deriveBlurayTitles(disc, &titles, &summary, &fallback) != 0) {
+    discio::ReadBudget budget;
+    if (bdmeta::deriveBlurayTitles(disc, &titles, &summary, &fallback, budget) != 0) {
+        if (const char* const bound = budget.reached()) {
+            logging::log(logging::kBdmeta, logging::kError, QString::fromLatin1(bound));
+        }
         return errorResult(kScanFailed);
     }
     logSizes(fallback);
@@ -125,6 +131,9 @@ DiscScanResult describeBluray(const bdmeta::BlurayDisc* disc)
     DiscScanResult result;
     result.discType = DiscType::Bluray;
     result.blurayTitles = describeBlurayTitles(*disc, titles);
+    for (const std::string& warning : disc->readWarnings) {
+        result.readWarnings.append(text(warning));
+    }
     takeSummary(summary, result);
     QString packageError;
     result.blurayPackage =

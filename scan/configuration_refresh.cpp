@@ -43,7 +43,7 @@ DiscScanResult failedRefresh(const DiscScanResult& previous, const QString& text
         text.isEmpty()
             ? QStringLiteral(QT_TRANSLATE_NOOP("Messages", "Unable to refresh Tessera configurations."))
             : text;
-    logging::log(logging::kTessera, logging::kError, result.errorMessage);
+    logging::logLines(logging::kTessera, logging::kError, result.errorMessage);
     return result;
 }
 

@@ -47,7 +47,7 @@ void logProgress(const char* message)
 void setFailure(DiscScanResult& result, const QString& text, const char* fallback)
 {
     result.errorMessage = text.isEmpty() ? QString::fromUtf8(fallback) : text;
-    logging::log(logging::kTessera, logging::kError, result.errorMessage);
+    logging::logLines(logging::kTessera, logging::kError, result.errorMessage);
 }
 
 }  // namespace

@@ -17,6 +17,13 @@ constexpr char kNoDisc[] = QT_TRANSLATE_NOOP("Messages", "Path is not a valid Bl
 
 using ReaderError = std::array<char, kErrorCapacity>;
 
+void logWarnings(const std::vector<std::string>& warnings)
+{
+    for (const std::string& warning : warnings) {
+        logging::log(logging::kBdmeta, logging::kWarning, QString::fromLocal8Bit(warning));
+    }
+}
+
 // Each reads a disc of its kind; false where the path is no such disc, with the reader's words in `error`.
 
 bool readBluray(const QByteArray& path, bdmeta::BlurayDisc& disc, ReaderError& error)
@@ -27,6 +34,7 @@ bool readBluray(const QByteArray& path, bdmeta::BlurayDisc& disc, ReaderError& e
                  QStringLiteral("finished parsing: %1 playlists, %2 clips")
                      .arg(disc.playlists.size())
                      .arg(disc.clips.size()));
+    logWarnings(disc.readWarnings);
     return true;
 }
 
@@ -45,21 +53,28 @@ ParsedDisc readDisc(const QByteArray& localPath)
 {
     ParsedDisc disc;
     ReaderError blurayError = {};
-    if (readBluray(localPath, disc.emplace<bdmeta::BlurayDisc>(), blurayError)) { return disc; }
+    auto& bluray = disc.emplace<bdmeta::BlurayDisc>();
+    if (readBluray(localPath, bluray, blurayError)) { return disc; }
+    const std::vector<std::string> warnings = std::move(bluray.readWarnings);
     logging::log(logging::kBdmeta, logging::kInfo,
                  QStringLiteral("not a Blu-ray source; trying DVD parsing"));
     ReaderError dvdError = {};
     if (readDvd(localPath, disc.emplace<dvdmeta::DvdDisc>(), dvdError)) { return disc; }
-    logging::log(logging::kBdmeta, logging::kError, QString::fromLocal8Bit(blurayError.data()));
-    logging::log(logging::kDvdmeta, logging::kError, QString::fromLocal8Bit(dvdError.data()));
-    return {};
+    const NoDisc none = {
+        {QString::fromLocal8Bit(blurayError.data()), QString::fromLocal8Bit(dvdError.data())}};
+    logging::log(logging::kBdmeta, logging::kError, none.readerErrors.first());
+    logWarnings(warnings);
+    logging::log(logging::kDvdmeta, logging::kError, none.readerErrors.last());
+    return none;
 }
 
 DiscScanResult describeDisc(const ParsedDisc& disc)
 {
     if (const auto* const bluray = std::get_if<bdmeta::BlurayDisc>(&disc)) { return describeBluray(bluray); }
     if (const auto* const dvd = std::get_if<dvdmeta::DvdDisc>(&disc)) { return describeDvd(dvd); }
-    return errorResult(kNoDisc);
+    DiscScanResult refused = errorResult(kNoDisc);
+    refused.readerErrors = std::get<NoDisc>(disc).readerErrors;
+    return refused;
 }
 
 }  // namespace scan

@@ -12,8 +12,13 @@
 
 namespace scan {
 
-// A disc of either kind; std::monostate where there is none.
-using ParsedDisc = std::variant<std::monostate, bdmeta::BlurayDisc, dvdmeta::DvdDisc>;
+// A path that is no disc, with the error of the Blu-ray reader and that of the DVD reader.
+struct NoDisc {
+    QStringList readerErrors;
+};
+
+// A disc of either kind, or none.
+using ParsedDisc = std::variant<NoDisc, bdmeta::BlurayDisc, dvdmeta::DvdDisc>;
 
 // Reads the disc directory or image at `localPath`, a path in the bytes that the system knows it by. A Blu-ray is tried
 // first, so a disc that is both is one. Logs how far it comes, and where there is no disc the words of both readers.

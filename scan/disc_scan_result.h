@@ -48,6 +48,7 @@ struct DvdTitleInfo {
     QList<VideoStreamInfo> videoStreams;
     QList<AudioTrackInfo> audioTracks;
     QList<SubtitleTrackInfo> subtitleTracks;
+    quint64 distinctDurationMs = 0;  // with every cell counted once
 };
 
 struct BlurayTitleInfo {
@@ -72,7 +73,8 @@ struct BlurayTitleInfo {
     QList<VideoStreamInfo> videoStreams;
     QList<AudioTrackInfo> audioTracks;
     QList<SubtitleTrackInfo> subtitleTracks;
-    QString label;  // "#1 00800 (1 angles)"
+    QString label;                   // "#1 00800 (1 angles)"
+    quint64 distinctDurationMs = 0;  // with every stretch of a clip counted once
 };
 
 // Totals over all titles.
@@ -105,4 +107,6 @@ struct DiscScanResult {
     QString blurayDiscLabel;
     QByteArray blurayDiscIdBytes;  // 16 raw bytes
     quint64 extra = 0;             // reserved, carried along
+    QStringList readerErrors;      // of a refused path: the Blu-ray reader's error, then the DVD reader's
+    QStringList readWarnings;      // optional files that exist but cannot be read, with the reason
 };

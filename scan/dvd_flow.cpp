@@ -1,6 +1,7 @@
 #include "scan/dvd_flow.h"
 
 #include "app/log.h"
+#include "dvdmeta/distinct_play_time.h"
 #include "package/dvd_package.h"
 #include "scan/error_result.h"
 
@@ -84,6 +85,7 @@ QList<DvdTitleInfo> describeDvdTitles(const dvdmeta::DvdDisc& disc)
         info.chapterCount = title.chapterCount;
         info.angleCount = title.angleCount;
         describeStreams(title.streams, info);
+        info.distinctDurationMs = dvdmeta::distinctPlayTimeMs(title.cells);
         titles.append(info);
     }
     return titles;

@@ -71,7 +71,7 @@ AuthenticationOutcome authenticate(const QString& apiKey)
             return outcome;
         }
         if (outcome.errorText.isEmpty()) { outcome.errorText = failedText(); }
-        logging::log(logging::kTessera, logging::kError, outcome.errorText);
+        logging::logLines(logging::kTessera, logging::kError, outcome.errorText);
         return outcome;
     } catch (const std::exception&) {  // a reply too large to handle
         logging::log(logging::kTessera, logging::kError, failedText());

@@ -29,6 +29,7 @@ test=(
     clang-format-14         # step "format"
     clang-tidy-14           # step "tidy"
     openssl                 # certificates for the tests of HTTPS
+    locales                 # the Turkish locale, in which "I" and "i" are different letters
     xvfb                    # a screen where there is none
     xdotool                 # presses keys on it
     imagemagick             # takes the screenshot and counts its colours

@@ -62,6 +62,10 @@ https für jeden Rechner, http nur für diesen.
         <source>Try &apos;platterscope --help&apos;.</source>
         <translation>Versuchen Sie „platterscope --help“.</translation>
     </message>
+    <message>
+        <source>Option &apos;--report&apos; can be given only once.</source>
+        <translation>Die Option „--report“ kann nur einmal angegeben werden.</translation>
+    </message>
 </context>
 <context>
     <name>ConfigurationDetailPage</name>
@@ -852,6 +856,22 @@ Neue Version: %2</translation>
         <source>Access Monitor Error</source>
         <translation>Fehler des Zugriffsmonitors</translation>
     </message>
+    <message>
+        <source>Blu-ray: %1</source>
+        <translation>Blu-ray: %1</translation>
+    </message>
+    <message>
+        <source>DVD: %1</source>
+        <translation>DVD: %1</translation>
+    </message>
+    <message>
+        <source>Platterscope - %1</source>
+        <translation>Platterscope - %1</translation>
+    </message>
+    <message>
+        <source>Disc Read Error</source>
+        <translation>Fehler beim Lesen der Disc</translation>
+    </message>
 </context>
 <context>
     <name>Messages</name>
@@ -1086,6 +1106,10 @@ Neue Version: %2</translation>
     <message>
         <source>The system has not enough memory or threads left for this.</source>
         <translation>Dem System fehlen dafür Speicher oder Threads.</translation>
+    </message>
+    <message>
+        <source>The device is not mounted. Mount it with this command: udisksctl mount -b %1</source>
+        <translation>Das Gerät ist nicht eingehängt. Hängen Sie es mit diesem Befehl ein: udisksctl mount -b %1</translation>
     </message>
 </context>
 <context>
@@ -1542,6 +1566,10 @@ Bitte geben Sie Ihren API-Schlüssel ein, um fortzufahren.</translation>
     <message>
         <source>Copy Details</source>
         <translation>Details kopieren</translation>
+    </message>
+    <message>
+        <source>Copy Signature</source>
+        <translation>Signatur kopieren</translation>
     </message>
 </context>
 </TS>

@@ -39,7 +39,7 @@ ConfigurationDetailPage::ConfigurationDetailPage(QWidget* parent)
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(listButton, 0, Qt::AlignLeft);
+    layout->addWidget(listButton);
     layout->addWidget(splitter, 1);
 }
 

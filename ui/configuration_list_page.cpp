@@ -23,6 +23,9 @@ constexpr int kNameColumn = 0;
 // most of a second.
 constexpr int kMeasuredRows = 100;
 
+// A word of the header that is longer than this does not widen the window.
+constexpr int kHeaderWordCharacters = 40;
+
 // A row remembers its configuration's place in the result, since the view sorts.
 constexpr int kIndexRole = Qt::UserRole;
 
@@ -43,6 +46,19 @@ public:
         if (order != 0) { return order < 0; }
         const bool isAscending = treeWidget()->header()->sortIndicatorOrder() == Qt::AscendingOrder;
         return isAscending ? indexOf(*this) < indexOf(other) : indexOf(*this) > indexOf(other);
+    }
+};
+
+// A label that wraps. One long word does not widen the window; it is cut off at the label's edge.
+class WrappingLabel : public QLabel {
+public:
+    WrappingLabel() { setWordWrap(true); }
+
+    [[nodiscard]] QSize minimumSizeHint() const override
+    {
+        const int widest = kHeaderWordCharacters * fontMetrics().averageCharWidth();
+        const QSize hint = QLabel::minimumSizeHint();
+        return {qMin(hint.width(), widest), hint.height()};
     }
 };
 
@@ -68,7 +84,7 @@ protected:
 
 ConfigurationListPage::ConfigurationListPage(QWidget* parent)
     : QWidget(parent)
-    , m_discLabel(new QLabel)
+    , m_discLabel(new WrappingLabel)
     , m_linkLabel(new LinkLabel)
     , m_viewButton(disabledButton(tr("View"), QStringLiteral("viewConfigurationButton")))
     , m_refreshButton(disabledButton(tr("Refresh"), QStringLiteral("refreshConfigurationsButton")))
@@ -97,7 +113,6 @@ void ConfigurationListPage::createHeader()
 {
     m_discLabel->setObjectName(QStringLiteral("configurationDiscLabel"));
     m_discLabel->setTextFormat(Qt::PlainText);
-    m_discLabel->setWordWrap(true);  // in a narrow window an error would be cut
     m_linkLabel->setObjectName(QStringLiteral("newConfigurationLink"));
     m_linkLabel->setTextFormat(Qt::RichText);
     m_linkLabel->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::LinksAccessibleByMouse |

@@ -22,7 +22,7 @@ struct Texts {
 };
 
 // How much is shown of a text of the service. The header stands beside buttons; its text has been in a box before.
-constexpr qsizetype kHeaderCharacters = 50;
+constexpr qsizetype kHeaderCharacters = 200;
 constexpr qsizetype kHeaderLines = 4;
 constexpr qsizetype kCellCharacters = 200;
 constexpr qsizetype kPathCharacters = 2000;
@@ -111,7 +111,7 @@ QString header(const DiscScanResult& disc)
     QString text = Texts::tr("Type: %1\nDisc ID: %2").arg(kindName(disc.discType), id);
     if (disc.errorMessage.isEmpty()) { return text; }
     const QString message =
-        plaintext::wrapped(messagebox::translated(disc.errorMessage), kHeaderCharacters, kHeaderLines);
+        plaintext::bounded(messagebox::translated(disc.errorMessage), kHeaderCharacters, kHeaderLines);
     return text + (disc.ok != 0 ? Texts::tr("\nNote: %1") : Texts::tr("\nError: %1")).arg(message);
 }
 

@@ -1,6 +1,5 @@
 #include "ui/main_window.h"
 
-#include "app/identity.h"
 #include "monitor/inotify_watcher.h"
 #include "ui/configurations_page.h"
 #include "ui/monitor_page.h"
@@ -46,7 +45,7 @@ MainWindow::MainWindow(QWidget* parent)
     , m_scanner(new DiscScanner(this))
 {
     setObjectName(QStringLiteral("mainWindow"));
-    setWindowTitle(QString::fromUtf8(identity::kName));
+    setWindowTitle(tr("Platterscope"));
     resize(initialSize(*this));
     setAcceptDrops(true);
     createMenus();

@@ -88,7 +88,7 @@ private:
     void showUpdateNotice(const QString& latestVersion);
 
     // main_window_disc.cpp
-    void openDisc(const QString& path);
+    void openDisc(const QString& given);
     void showServiceMessage(const DiscScanResult& result);
     [[nodiscard]] DiscScanResult scanDiscWithProgress(const QString& path, bool addIfMissing);
 

@@ -1,5 +1,6 @@
 // Opening a disc, by menu, by drop or at start, and showing what the scan found.
-#include "app/identity.h"
+#include "scan/disc_path.h"
+#include "scan/error_result.h"
 #include "ui/configurations_page.h"
 #include "ui/main_window.h"
 #include "ui/message_box.h"
@@ -15,14 +16,14 @@
 
 namespace {
 
-// The path of the one local directory or file that is being dragged; empty for anything else.
+// The path of the one local directory, file or drive that is being dragged; empty for anything else.
 QString draggedDisc(const QMimeData* data)
 {
     const QList<QUrl> urls = data->urls();
     if (urls.size() != 1 || !urls.first().isLocalFile()) { return {}; }
     const QString path = urls.first().toLocalFile();
     const QFileInfo info(path);
-    return info.isDir() || info.isFile() ? path : QString();
+    return info.isDir() || info.isFile() || scan::isBlockDevice(path) ? path : QString();
 }
 
 // What the window's title calls the disc: its own name where it has one, else what the user opened.
@@ -32,12 +33,19 @@ QString displayName(const QString& path, const DiscScanResult& result)
     if (!result.blurayDiscName.isEmpty()) { return result.blurayDiscName; }
     QFileInfo opened(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));
     if (!opened.isDir()) { return opened.completeBaseName(); }
-    for (const char* inner : {"BDMV", "VIDEO_TS"}) {
-        if (opened.fileName().compare(QLatin1StringView(inner), Qt::CaseInsensitive) == 0) {
-            return QFileInfo(opened.path()).fileName();
-        }
-    }
+    if (scan::isNavigationDirectory(opened.fileName())) { return QFileInfo(opened.path()).fileName(); }
     return opened.fileName();
+}
+
+// Why a path was refused, a line for each reader that gives a reason.
+QString readerDetails(const QStringList& readerErrors)
+{
+    const QStringList lines = {MainWindow::tr("Blu-ray: %1"), MainWindow::tr("DVD: %1")};
+    QStringList details;
+    for (qsizetype i = 0; i < qMin(lines.size(), readerErrors.size()); ++i) {
+        if (!readerErrors.at(i).isEmpty()) { details.append(lines.at(i).arg(readerErrors.at(i))); }
+    }
+    return details.join(QLatin1Char('\n'));
 }
 
 }  // namespace
@@ -86,11 +94,19 @@ void MainWindow::dropEvent(QDropEvent* event)
         this, [this, path] { openDisc(path); }, Qt::QueuedConnection);
 }
 
-void MainWindow::openDisc(const QString& path)
+void MainWindow::openDisc(const QString& given)
 {
     if (m_working) { return; }  // dropped or chosen before the busy dialog came, delivered behind it
-    stopMonitoring();           // first: the watch is for what others read, not for what the scan does
+    const auto [path, problem] = scan::discPathOf(given);
+    if (!problem.isEmpty()) {
+        populate(given, scan::errorResult(problem));
+        return;
+    }
+    stopMonitoring();  // first: the watch is for what others read, not for what the scan does
     DiscScanResult result = scanDiscWithProgress(path, false);
+    if (!m_closeRequested && !result.readWarnings.isEmpty()) {
+        messagebox::warning(this, tr("Disc Read Error"), result.readWarnings.join(QLatin1Char('\n')));
+    }
     const bool isUnknown = result.ok != 0 && !result.inDatabase;
     if (isUnknown && !m_closeRequested &&
         messagebox::ask(
@@ -114,7 +130,7 @@ void MainWindow::populate(const QString& path, const DiscScanResult& result)
     if (!name.isEmpty()) {
         // "[*]" in a title is the toolkit's mark for a modified document; twice it stands for itself.
         name.replace(QLatin1StringView("[*]"), QLatin1StringView("[*][*]"));
-        setWindowTitle(QStringLiteral("%1 - %2").arg(QString::fromUtf8(identity::kName), name));
+        setWindowTitle(tr("Platterscope - %1").arg(name));
     }
     m_configurationsPage->showDisc(result);
     showServiceMessage(result);
@@ -128,7 +144,7 @@ void MainWindow::showServiceMessage(const DiscScanResult& result)
     if (m_closeRequested || result.errorMessage.isEmpty()) { return; }
     const QString message = messagebox::translated(result.errorMessage);
     if (result.ok == 0) {
-        messagebox::critical(this, tr("Tessera Error"), message);
+        messagebox::critical(this, tr("Tessera Error"), message, readerDetails(result.readerErrors));
     } else {
         messagebox::warning(this, tr("Tessera Message"), message);
     }

@@ -8,21 +8,27 @@
 
 #include <QInputDialog>
 #include <QLineEdit>
+#include <QScreen>
 #include <QVersionNumber>
-
-#include <algorithm>
 
 namespace {
 
-// Whether `candidate` is a version number, digits and dots and nothing else, and a higher one than `current`. Zeros
-// at the end do not count.
+// Whether `candidate` is a version number higher than `current`. White space around it, one leading "v" and a suffix
+// behind the numbers are ignored, and so are zeros at the end.
 bool isNewerVersion(const QString& candidate, const QString& current)
 {
-    const auto isPart = [](QChar c) { return c == QLatin1Char('.') || (c >= u'0' && c <= u'9'); };
-    qsizetype end = 0;
-    const QVersionNumber version = QVersionNumber::fromString(candidate, &end);
-    return std::all_of(candidate.begin(), candidate.end(), isPart) && end == candidate.size() &&
-           version.normalized() > QVersionNumber::fromString(current).normalized();
+    QString numbers = candidate.trimmed();
+    if (numbers.startsWith(QLatin1Char('v'))) { numbers.remove(0, 1); }
+    return QVersionNumber::fromString(numbers).normalized() >
+           QVersionNumber::fromString(current).normalized();
+}
+
+// Wide enough to show a key of 64 characters; the margins and the frame take the room of a few more.
+QSize keyDialogSize(const QInputDialog& dialog)
+{
+    constexpr int kShownCharacters = 64 + 6;
+    const int width = dialog.fontMetrics().horizontalAdvance(QString(kShownCharacters, QLatin1Char('X')));
+    return {qMin(width, dialog.screen()->availableSize().width()), dialog.sizeHint().height()};
 }
 
 }  // namespace
@@ -63,6 +69,7 @@ void MainWindow::showApiKeyDialogSlot()
     dialog.setLabelText(tr("Enter your Vantor API key:"));
     dialog.setTextEchoMode(QLineEdit::Normal);
     dialog.setTextValue(m_scanner->apiKey());
+    dialog.resize(keyDialogSize(dialog));
     if (dialog.exec() == QDialog::Accepted) { authenticateAndSaveApiKey(dialog.textValue()); }
 }
 

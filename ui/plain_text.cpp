@@ -1,6 +1,5 @@
 #include "ui/plain_text.h"
 
-#include <QStringList>
 #include <QTextDocument>
 
 #include <algorithm>
@@ -61,20 +60,6 @@ QString oneLine(const QString& text, qsizetype characters)
         shown.begin(), shown.end(),
         [](QChar c) { return isLineBreak(c) || c.category() == QChar::Other_Control; }, QLatin1Char(' '));
     return isWhole ? shown : shown + QChar(0x2026);
-}
-
-QString wrapped(const QString& text, qsizetype characters, qsizetype lines)
-{
-    QString rest = oneLine(text, characters * lines);
-    QStringList parts;
-    while (rest.size() > characters && parts.size() + 1 < lines) {
-        const qsizetype blank = rest.lastIndexOf(QLatin1Char(' '), characters);
-        const QString part = blank > 0 ? rest.first(blank) : beginning(rest, characters);
-        parts.append(part);
-        rest.remove(0, part.size() + (blank > 0 ? 1 : 0));
-    }
-    parts.append(oneLine(rest, characters));
-    return parts.join(QLatin1Char('\n'));
 }
 
 QString toolTip(const QString& text)

@@ -14,10 +14,6 @@ namespace plaintext {
 // At most so many characters on one line: line breaks, tabs and other control characters become blanks.
 [[nodiscard]] QString oneLine(const QString& text, qsizetype characters);
 
-// At most so many lines of at most so many characters, broken between words where that can be done. Line breaks of
-// the text's own become blanks.
-[[nodiscard]] QString wrapped(const QString& text, qsizetype characters, qsizetype lines);
-
 // A tool tip cannot be told to be plain text: one that could be taken for markup is escaped as such.
 [[nodiscard]] QString toolTip(const QString& text);
 

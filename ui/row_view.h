@@ -42,6 +42,13 @@ protected:
         if (!rowview::handleKey(*this, *event)) { View::keyPressEvent(event); }
     }
     void contextMenuEvent(QContextMenuEvent* event) override { rowview::showMenu(*this, *event); }
+    // The toolkit makes the first row of a view without a current row current, but does not select it.
+    void focusInEvent(QFocusEvent* event) override
+    {
+        const bool hadCurrentRow = this->currentIndex().isValid();
+        View::focusInEvent(event);
+        if (!hadCurrentRow && this->currentIndex().isValid()) { this->setCurrentIndex(this->currentIndex()); }
+    }
 
 private:
     RowFind m_find;

@@ -8,9 +8,12 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QHeaderView>
+#include <QScrollBar>
 #include <QTextEdit>
+#include <QTimer>
 #include <QTreeWidget>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -20,9 +23,6 @@ constexpr int kDescriptionColumn = 1;
 
 // So many rows are measured for the width of a column: all titles of a disc full of decoys, some streams with them.
 constexpr int kMeasuredRows = 2000;
-
-// Wide enough for a stream's row; the stretch factors share out what a larger window adds.
-const QList<int> kInitialSizes = {380, 520};
 
 // A stream's row remembers which list it stands for and its place in it; a title's row is its place in the
 // tree.
@@ -43,6 +43,34 @@ QString languageCode(const Track& track)
     return track.language;
 }
 
+// A title's row. In "Description" it sorts by the title's duration. Titles of equal duration, and all titles if the tree
+// is sorted by another column or not at all, keep the disc's order.
+class TitleRow : public QTreeWidgetItem {
+public:
+    TitleRow(const QStringList& texts, quint64 durationMs)
+        : QTreeWidgetItem(texts)
+        , m_durationMs(durationMs)
+    {}
+
+    bool operator<(const QTreeWidgetItem& other) const override
+    {
+        const auto& otherTitle = static_cast<const TitleRow&>(other);
+        const int column = treeWidget()->sortColumn();
+        if (column == kDescriptionColumn && m_durationMs != otherTitle.m_durationMs) {
+            return m_durationMs < otherTitle.m_durationMs;
+        }
+        const qint64 place = data(kTypeColumn, kIndexRole).toLongLong();
+        const qint64 otherPlace = other.data(kTypeColumn, kIndexRole).toLongLong();
+        // A descending sort swaps the rows that it compares.
+        const bool isDescending =
+            column >= 0 && treeWidget()->header()->sortIndicatorOrder() == Qt::DescendingOrder;
+        return isDescending ? place > otherPlace : place < otherPlace;
+    }
+
+private:
+    quint64 m_durationMs;
+};
+
 // A stream's row. Its tool tip is made when it is asked for: a disc of decoys has tens of thousands of streams.
 template <typename Stream>
 class StreamRow : public QTreeWidgetItem {
@@ -52,6 +80,9 @@ public:
         , m_stream(std::move(stream))
         , m_discType(discType)
     {}
+
+    // Streams always keep the order of their lists: sorting is stable.
+    bool operator<(const QTreeWidgetItem& /*other*/) const override { return false; }
 
     [[nodiscard]] QVariant data(int column, int role) const override
     {
@@ -80,13 +111,25 @@ void addStreamRows(QTreeWidgetItem* titleRow, const QString& type, StreamKind ki
 template <typename Title>
 QTreeWidgetItem* titleRow(const Title& title, qsizetype index, DiscType discType)
 {
-    auto* row = new QTreeWidgetItem(
-        {TitlesPage::tr("Title"), titletext::titleSummary(title.chapterCount, title.durationMs)});
+    auto* row =
+        new TitleRow({TitlesPage::tr("Title"), titletext::titleSummary(title.chapterCount, title.durationMs)},
+                     title.durationMs);
     row->setData(kTypeColumn, kIndexRole, index);
     addStreamRows(row, TitlesPage::tr("Video"), StreamKind::Video, title.videoStreams, discType);
     addStreamRows(row, TitlesPage::tr("Audio"), StreamKind::Audio, title.audioTracks, discType);
     addStreamRows(row, TitlesPage::tr("Subtitle"), StreamKind::Subtitle, title.subtitleTracks, discType);
     return row;
+}
+
+// The place of the title that a user most likely wants: the one with the longest distinct play time, and of equally long
+// ones the first. -1 if there is none.
+template <typename Title>
+int mainTitle(const QList<Title>& titles)
+{
+    const auto longest = std::max_element(titles.begin(), titles.end(), [](const Title& a, const Title& b) {
+        return a.distinctDurationMs < b.distinctDurationMs;
+    });
+    return longest == titles.end() ? -1 : static_cast<int>(longest - titles.begin());
 }
 
 template <typename Title>
@@ -110,15 +153,23 @@ TitlesPage::TitlesPage(QWidget* parent)
     : QSplitter(Qt::Horizontal, parent)
     , m_tree(new RowView<QTreeWidget>(this))
     , m_details(new QTextEdit(this))
+    , m_growTimer(new QTimer(this))
 {
     setObjectName(QStringLiteral("titlesPage"));
     setChildrenCollapsible(false);
     setStretchFactor(0, 1);
     setStretchFactor(1, 2);
-    setSizes(kInitialSizes);
     setFocusProxy(m_tree);
     createTree();
     createDetails();
+    connect(this, &QSplitter::splitterMoved, this, [this] { m_isDividedByUser = true; });
+    // Many titles may open at once; the rows are measured once for all of them.
+    m_growTimer->setSingleShot(true);
+    m_growTimer->setInterval(0);
+    connect(m_tree, &QTreeWidget::itemExpanded, m_growTimer, qOverload<>(&QTimer::start));
+    connect(m_growTimer, &QTimer::timeout, this, [this] {
+        if (isVisible()) { fitTree(m_tree->width()); }
+    });
 }
 
 void TitlesPage::createTree()
@@ -132,11 +183,24 @@ void TitlesPage::createTree()
     m_tree->header()->setStretchLastSection(false);
     m_tree->header()->setResizeContentsPrecision(kMeasuredRows);
     m_tree->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    m_tree->header()->setSortIndicatorClearable(true);
+    connect(m_tree->header(), &QHeaderView::sortIndicatorChanged, this, [this](int column) {
+        // A third click leaves no column to sort by. The tree would keep its order; the rows sort by their places.
+        if (column < 0) { m_tree->model()->sort(kTypeColumn); }
+    });
     auto* copyDetails = new QAction(tr("Copy Details"), m_tree);
     copyDetails->setObjectName(QStringLiteral("copyDetailsAction"));
     connect(copyDetails, &QAction::triggered, this,
             [this] { QGuiApplication::clipboard()->setText(m_details->toPlainText()); });
     m_tree->addAction(copyDetails);
+    auto* copySignature = new QAction(tr("Copy Signature"), m_tree);
+    copySignature->setObjectName(QStringLiteral("copySignatureAction"));
+    connect(copySignature, &QAction::triggered, this, [this] {
+        const bool isBluray = m_result.discType == DiscType::Bluray;
+        const QByteArray& sha256 = isBluray ? m_result.blurayPackageSha256 : m_result.dvdPackageSha256;
+        QGuiApplication::clipboard()->setText(QString::fromLatin1(sha256.toHex()));
+    });
+    m_tree->addAction(copySignature);
 }
 
 void TitlesPage::createDetails()
@@ -165,8 +229,40 @@ void TitlesPage::showTitles(const DiscScanResult& result)
         row->setData(kTypeColumn, kFindRole, title.label);
         rows.append(row);
     }
+    m_tree->setSortingEnabled(false);  // a sorted tree inserts each row before the ones already added
     m_tree->addTopLevelItems(rows);
-    m_tree->setCurrentItem(m_tree->topLevelItem(0));
+    m_tree->header()->setSortIndicator(-1, Qt::AscendingOrder);
+    m_tree->setSortingEnabled(true);
+    m_tree->setCurrentItem(m_tree->topLevelItem(
+        result.discType == DiscType::Bluray ? mainTitle(result.blurayTitles) : mainTitle(result.dvdTitles)));
+    m_tree->scrollToItem(m_tree->currentItem());
+    m_isFitPending = !rows.isEmpty();
+    if (isVisible()) { fitPendingTree(); }
+}
+
+void TitlesPage::showEvent(QShowEvent* event)
+{
+    QSplitter::showEvent(event);
+    fitPendingTree();
+}
+
+void TitlesPage::fitPendingTree()
+{
+    if (m_isFitPending) { fitTree(0); }
+    m_isFitPending = false;
+}
+
+void TitlesPage::fitTree(int least)
+{
+    if (m_isDividedByUser) { return; }
+    // The scroll bar is included: it appears as soon as titles are opened.
+    int needed = 2 * m_tree->frameWidth() + m_tree->verticalScrollBar()->sizeHint().width();
+    for (const int column : {kTypeColumn, kDescriptionColumn}) {
+        m_tree->resizeColumnToContents(column);
+        needed += m_tree->columnWidth(column);
+    }
+    const int treeWidth = qMax(least, qMin(needed, window()->width() / 2));
+    setSizes({treeWidth, width() - handleWidth() - treeWidth});
 }
 
 void TitlesPage::showDetails(const QTreeWidgetItem* item)

@@ -86,13 +86,17 @@ void BusyTaskTest::theDialogCannotBeDismissed()
         QTest::keyClick(dialog, Qt::Key_Escape);
         QVERIFY(!dialog->close());
         dialog->reject();
+        QCloseEvent windowManagersClose;
+        QSpontaneKeyEvent::setSpontaneous(&windowManagersClose);
+        qApp->notify(dialog, &windowManagersClose);
         QVERIFY(dialog->isVisible());
+        QVERIFY(parent.isVisible());
         QVERIFY(!dialog->wasCanceled());
         visited = true;
     });
     QVERIFY(visited);
-    testsupport::recordFault("Window: Escape and close on the busy dialog", "stays until the work has ended",
-                             3);
+    testsupport::recordFault("Window: Escape and close on the busy dialog",
+                             "ignored: the dialog and the window stay until the work has ended", 4);
 }
 
 void BusyTaskTest::aQuittingApplicationStillWaitsForTheWork()

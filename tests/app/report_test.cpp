@@ -10,10 +10,13 @@
 #include <QJsonObject>
 
 #include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <iostream>
 
 namespace {
 
@@ -82,9 +85,20 @@ TEST_F(Report, ABlurayInBothFormatsFromEveryForm)
 
 TEST_F(Report, ADvdWhateverTheLocale)
 {
-    const QString path = QString::fromStdString(testsupport::sampleDvd().write(DiscForm::Iso, m_folder));
+    const std::string image = m_folder / "disc.iso";
+    testsupport::sampleDvd().iso({.lowerCaseNames = true}).writeTo(image);
+    const QString path = QString::fromStdString(image);
+    QStringList locales = {u"C"_s, u"de_DE.UTF-8"_s, u"de_DE"_s};
+    // In Turkish, "I" and "i" are different letters.
+    const QString turkish = QString::fromStdString(m_folder / "tr_TR.UTF-8");
+    if (QProcess::execute(u"localedef"_s, {u"-i"_s, u"tr_TR"_s, u"-f"_s, u"UTF-8"_s, turkish}) == 0) {
+        m_environment.insert(u"LOCPATH"_s, QString::fromStdString(m_folder.path()));
+        locales.append(u"tr_TR.UTF-8"_s);
+    } else {
+        std::cerr << "no Turkish locale: localedef or the package locales is missing\n";
+    }
     QByteArray inFirstLocale;
-    for (const QString& locale : {u"C"_s, u"de_DE.UTF-8"_s, u"de_DE"_s}) {
+    for (const QString& locale : locales) {
         m_environment.insert(u"LC_ALL"_s, locale);
         m_environment.insert(u"LANGUAGE"_s, locale);
         const Ended json = report({u"--report"_s, u"json"_s, path});
@@ -131,7 +145,7 @@ TEST_F(Report, WhatCannotBeReadIsOneWithTheReadersWords)
     }
 }
 
-// A pipe of which a process gets the end to write to as its standard output.
+// A pipe of which a process gets the end to write to as its standard output or error.
 class OutputPipe {
 public:
     explicit OutputPipe(int writeFlags)
@@ -148,10 +162,7 @@ public:
     OutputPipe& operator=(const OutputPipe&) = delete;
 
     void closeReadEnd() { closeEnd(m_ends[0]); }
-    void becomeStandardOutput() const
-    {
-        ::dup2(m_ends[1], STDOUT_FILENO);
-    }  // in the process that is to write
+    void become(int descriptor) const { ::dup2(m_ends[1], descriptor); }  // in the process that is to write
 
     // All that comes; this process' own end to write to is closed.
     [[nodiscard]] QByteArray readAll()
@@ -186,13 +197,23 @@ TEST_F(Report, AReportThatCannotBeWrittenIsSaid)
     };
     expectReason(shell(u"exec \"$0\" --report json \"$1\" >/dev/full"_s, path), "No space left on device");
     expectReason(shell(u"exec \"$0\" --report text \"$1\" >&-"_s, path), "Bad file descriptor");
+}
 
+TEST_F(Report, AReaderThatHasGoneEndsNothing)
+{
+    const QStringList arguments = {u"--report=text"_s, QString::fromStdString(writeBluray())};
+    const Ended whole = report(arguments);
     OutputPipe withoutReader(0);
     withoutReader.closeReadEnd();
-    QProcess process;
-    process.setChildProcessModifier([&withoutReader] { withoutReader.becomeStandardOutput(); });
-    expectReason(testsupport::run(process, {u"--report=text"_s, QString::fromStdString(path)}),
-                 "Broken pipe");
+    for (const int descriptor : {STDOUT_FILENO, STDERR_FILENO}) {
+        QProcess process;
+        process.setProcessEnvironment(m_environment);
+        process.setChildProcessModifier([&] { withoutReader.become(descriptor); });
+        const Ended ended = testsupport::run(process, arguments);
+        EXPECT_EQ(ended.exitCode, 0);
+        EXPECT_EQ(ended.output, descriptor == STDOUT_FILENO ? QByteArray() : whole.output);
+        EXPECT_EQ(ended.errors, descriptor == STDERR_FILENO ? QByteArray() : whole.errors);
+    }
 }
 
 TEST_F(Report, AnOutputThatDoesNotBlockGetsAllOfALongReport)
@@ -207,7 +228,7 @@ TEST_F(Report, AnOutputThatDoesNotBlockGetsAllOfALongReport)
                                    QString::fromStdString(disc.write(DiscForm::Directory, m_folder))};
     OutputPipe pipe(O_NONBLOCK);
     QProcess process;
-    process.setChildProcessModifier([&pipe] { pipe.becomeStandardOutput(); });
+    process.setChildProcessModifier([&pipe] { pipe.become(STDOUT_FILENO); });
     process.start(QStringLiteral(PLATTERSCOPE_EXECUTABLE), arguments);
     const QByteArray output = pipe.readAll();
     EXPECT_TRUE(process.waitForFinished());
@@ -225,6 +246,42 @@ TEST_F(Report, APathIsUsedInTheBytesThatWereGiven)
     EXPECT_EQ(ended.exitCode, 0) << ended.errors.toStdString();
     EXPECT_EQ(QJsonDocument::fromJson(ended.output).object()[u"path"_s],
               QString::fromStdString(m_folder.path()) + u"/\uFFFDt\uFFFD"_s);
+}
+
+TEST_F(Report, ADiscMayBeGivenByItsFilesOrWithASeparator)
+{
+    const auto readFrom = [this](const std::string& path) {
+        const Ended json = report({u"--report=json"_s, QString::fromStdString(path)});
+        EXPECT_EQ(json.exitCode, 0) << json.errors.toStdString();
+        return QJsonDocument::fromJson(json.output)[u"packageSha256"_s].toString();
+    };
+    const std::string bluray = writeBluray();
+    for (const char* spelling : {"/", "/BDMV//", "/BDMV/INDEX.BDMV", "/BDMV/PLAYLIST/00800.mpls"}) {
+        EXPECT_EQ(readFrom(bluray + spelling), readFrom(bluray)) << spelling;
+    }
+    const testsupport::TemporaryFolder folder;
+    const std::string dvd = testsupport::sampleDvd().write(DiscForm::Directory, folder);
+    for (const char* spelling : {"/VIDEO_TS/", "/VIDEO_TS/VTS_01_0.ifo"}) {
+        EXPECT_EQ(readFrom(dvd + spelling), readFrom(dvd)) << spelling;
+    }
+}
+
+TEST_F(Report, ADriveThatIsNotMountedIsOne)
+{
+    const std::string device = m_folder / "sr0";
+    const std::string link = m_folder / "cdrom";
+    if (::mknod(device.c_str(), S_IFBLK | 0600U, ::makedev(7, 250)) != 0) {
+        GTEST_SKIP() << "only root makes devices";
+    }
+    std::filesystem::create_symlink(device, link);
+    for (const std::string& path : {device, link}) {
+        const Ended ended = report({u"--report=text"_s, QString::fromStdString(path)});
+        EXPECT_EQ(ended.exitCode, 1);
+        EXPECT_EQ(ended.errors.toStdString(),
+                  "platterscope: info: started\nplatterscope: error: The device is not mounted. "
+                  "Mount it with this command: udisksctl mount -b " +
+                      device + '\n');
+    }
 }
 
 TEST_F(Report, WrongUseIsTwo)

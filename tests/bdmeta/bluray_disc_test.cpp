@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
+#include <iterator>
 
 using testsupport::Bytes;
 using testsupport::ClpiSpec;
@@ -208,6 +210,31 @@ TEST(BlurayDisc, OneBadFileFailsTheDisc)
                   "cannot parse playlist 'BDMV/PLAYLIST/00003.mpls'");
 }
 
+// Names that only an image can hold: a listed name ends at its first NUL, and one with a separator opens nothing.
+TEST(BlurayDisc, NamesWithNulsAndSeparators)
+{
+    const std::string kMessage = "cannot parse playlist 'BDMV/PLAYLIST/A/B.mpls'";
+    const DiscTree tree = smallDisc()
+                              .add("BDMV/PLAYLIST/00003.mplsX", MplsSpec().build())
+                              .add("BDMV/PLAYLIST/A_B.mpls", MplsSpec().build())
+                              .add("BDMV/PLAYLIST/A/B.mpls", MplsSpec().build());
+    const testsupport::TemporaryFolder folder;
+    for (const DiscForm form : {DiscForm::Iso, DiscForm::Udf}) {
+        const std::string path = tree.write(form, folder);
+        const auto patch = [&path](const std::string& name, char byte, std::size_t at) {
+            std::ifstream in(path, std::ios::binary);
+            const std::string bytes{std::istreambuf_iterator<char>(in), {}};
+            std::fstream(path).seekp(static_cast<std::streamoff>(bytes.find(name) + at)).put(byte);
+        };
+        patch("00003.mplsX", '\0', 10);
+        const ReadOutcome outcome = readPath(path);
+        ASSERT_EQ(outcome.disc.playlists.size(), 4U) << outcome.message;
+        EXPECT_EQ(outcome.disc.playlists[1].name.view(), "00003");
+        patch("A_B.mpls", '/', 1);
+        EXPECT_EQ(readPath(path).message, kMessage);
+    }
+}
+
 TEST(BlurayDisc, FilesThatCannotBeRead)
 {
     const testsupport::TemporaryFolder folder;
@@ -215,13 +242,16 @@ TEST(BlurayDisc, FilesThatCannotBeRead)
     fs::create_directory(disc + "/BDMV/STREAM/00003.m2ts");
     EXPECT_EQ(readPath(disc).disc.clips.at(1).streamFileSize, 0U);
 
-    // A sparse file claims any size at no cost; what the files of a disc may take is bounded.
-    fs::resize_file(disc + "/BDMV/index.bdmv", 1ULL << 40U);
-    EXPECT_EQ(readPath(disc).disc.titleCount, 0U);
-    fs::resize_file(disc + "/BDMV/CLIPINF/00003.clpi", 256ULL << 20U);  // and the other files
-    EXPECT_EQ(readPath(disc).message, "cannot parse clip information 'BDMV/CLIPINF/00003.clpi'");
     fs::create_directory(disc + "/BDMV/PLAYLIST/00020.mpls");
     EXPECT_EQ(readPath(disc).message, "cannot parse playlist 'BDMV/PLAYLIST/00020.mpls'");
+
+    // A sparse file claims any size at no cost. No file is to blame, and none counts as missing.
+    for (const char* file : {"/BDMV/index.bdmv", "/BDMV/PLAYLIST/00010.mpls", "/BDMV/CLIPINF/00003.clpi"}) {
+        const testsupport::TemporaryFolder other;
+        const std::string large = smallDisc().write(DiscForm::Directory, other);
+        fs::resize_file(large + file, 512ULL << 20U);  // and the other files
+        EXPECT_EQ(readPath(large).message, "the navigation files are larger than 512 MiB") << file;
+    }
 }
 
 TEST(BlurayDisc, MessagesOfTheSourceArePassedOn)

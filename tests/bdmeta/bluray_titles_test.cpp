@@ -1,4 +1,5 @@
 #include "bdmeta/bluray_titles.h"
+#include "bdmeta/distinct_play_time.h"
 #include "tests/bdmeta/derivation.h"
 
 using bdmeta::BlurayDisc;
@@ -40,6 +41,20 @@ TEST(BlurayTitles, FieldsOfATitle)
     EXPECT_EQ(title.alternateAngleItemCount, 2U);
     EXPECT_EQ(title.segmentMap,
               (std::vector{bdmeta::ClipName("00003"), bdmeta::ClipName("00001"), bdmeta::ClipName("00003")}));
+}
+
+TEST(BlurayTitles, PlayTimeCountsEachStretchOfAClipOnce)
+{
+    const auto item = [](const char* clip, std::uint32_t in, std::uint32_t out, std::uint8_t stcId = 0) {
+        return testsupport::PlayItemSpec{
+            .clipName = clip, .refToStcId = stcId, .inTime = in * 45'000, .outTime = out * 45'000};
+    };
+    MplsSpec spec;
+    spec.playItems = {item("00001", 10, 20), item("00001", 15, 30),    item("00001", 40, 41),
+                      item("00001", 10, 20), item("00001", 10, 20, 1), item("00002", 0, 100)};
+    EXPECT_EQ(bdmeta::distinctPlayTimeMs(playlistOf(spec)), (20U + 1 + 10 + 100) * 1000);
+    spec.playItems = std::vector(300, item("00001", 600, 650));
+    EXPECT_EQ(bdmeta::distinctPlayTimeMs(playlistOf(spec)), 50'000U);
 }
 
 TEST(BlurayTitles, TitleNumbersAreReadAsNumbersAreElsewhere)
@@ -182,17 +197,18 @@ TEST(BlurayTitles, EveryArgumentIsRequired)
     auto* titles = &derivation.titles;
     auto* summary = &derivation.summary;
     auto* fallback = &derivation.fallback;
-    EXPECT_EQ(deriveBlurayTitles(nullptr, titles, summary, fallback), -1);
-    EXPECT_EQ(deriveBlurayTitles(&disc, nullptr, summary, fallback), -1);
-    EXPECT_EQ(deriveBlurayTitles(&disc, titles, nullptr, fallback), -1);
-    EXPECT_EQ(deriveBlurayTitles(&disc, titles, summary, nullptr), -1);
-    EXPECT_EQ(deriveBlurayTitles(&disc, titles, summary, fallback), 0);
+    discio::ReadBudget budget;
+    EXPECT_EQ(deriveBlurayTitles(nullptr, titles, summary, fallback, budget), -1);
+    EXPECT_EQ(deriveBlurayTitles(&disc, nullptr, summary, fallback, budget), -1);
+    EXPECT_EQ(deriveBlurayTitles(&disc, titles, nullptr, fallback, budget), -1);
+    EXPECT_EQ(deriveBlurayTitles(&disc, titles, summary, nullptr, budget), -1);
+    EXPECT_EQ(deriveBlurayTitles(&disc, titles, summary, fallback, budget), 0);
 }
 
 // Tables that overlap in the file can claim more streams than any view could show.
 TEST(BlurayTitles, MoreDistinctStreamsThanCanBeShownFail)
 {
-    std::vector<bdmeta::BlurayStream> streams(bdmeta::kMaxShownEntries / 2 + 1);
+    std::vector<bdmeta::BlurayStream> streams(125'000);
     for (std::size_t i = 0; i < streams.size(); ++i) {
         streams[i].pid = static_cast<std::uint16_t>(i & 0xFFFFU);
         streams[i].codingType = static_cast<std::uint8_t>(128 + (i >> 16U));
@@ -202,13 +218,11 @@ TEST(BlurayTitles, MoreDistinctStreamsThanCanBeShownFail)
     disc.playlists = {playlistOf({}, "00001")};
     disc.playlists[0].playItems[0].streams =
         std::make_shared<const std::vector<bdmeta::BlurayStream>>(std::move(streams));
-    EXPECT_EQ(derive(disc).titles.at(0).audioTracks.size(), bdmeta::kMaxShownEntries / 2 + 1);
+    EXPECT_EQ(derive(disc).titles.at(0).audioTracks.size(), 125'000U);
     disc.playlists.push_back(disc.playlists[0]);
-    std::vector<BlurayTitle> titles;
-    bdmeta::BlurayDiscSummary summary;
-    bdmeta::SizeFallback fallback;
-    EXPECT_EQ(deriveBlurayTitles(&disc, &titles, &summary, &fallback), -1);
-    EXPECT_TRUE(titles.empty());
+    const Derivation derivation = derive(disc);
+    EXPECT_EQ(derivation.bound, "the disc has more than 250,000 titles and streams to show");
+    EXPECT_TRUE(derivation.titles.empty());
 }
 
 }  // namespace

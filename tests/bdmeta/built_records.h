@@ -12,7 +12,8 @@
 
 inline std::optional<bdmeta::BlurayPlaylist> parsePlaylist(const testsupport::Bytes& bytes)
 {
-    bdmeta::StreamTables tables;
+    discio::ReadBudget budget;
+    bdmeta::StreamTables tables(budget);
     return bdmeta::parsePlaylistBytes(bytes, tables);
 }
 

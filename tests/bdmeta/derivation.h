@@ -9,6 +9,7 @@ struct Derivation {
     std::vector<bdmeta::BlurayTitle> titles;
     bdmeta::BlurayDiscSummary summary;
     bdmeta::SizeFallback fallback;
+    std::string bound;  // that was reached
 };
 
 inline Derivation derive(const bdmeta::BlurayDisc& disc)
@@ -17,8 +18,10 @@ inline Derivation derive(const bdmeta::BlurayDisc& disc)
     derivation.titles.resize(2);  // of a disc before, like the rest
     derivation.summary.totalClips = 7;
     derivation.fallback.count = 7;
+    discio::ReadBudget budget;
     derivation.code =
-        deriveBlurayTitles(&disc, &derivation.titles, &derivation.summary, &derivation.fallback);
+        deriveBlurayTitles(&disc, &derivation.titles, &derivation.summary, &derivation.fallback, budget);
+    derivation.bound = budget.reached() == nullptr ? "" : budget.reached();
     return derivation;
 }
 

@@ -113,7 +113,7 @@ TEST(EpMapProperty, AnswersAreThoseOfTheWalk)
     for (int round = 0; round < 12000; ++round) {
         const Bytes bytes = maps.next();
         const bdmeta::BlurayClip clip = clipOfBytes(bytes);
-        bdmeta::WalkBudget budget;
+        discio::ReadBudget budget;
         bdmeta::EpMap map(clip, budget);
         for (int i = 0; i < 24; ++i) {
             const auto stcId = static_cast<std::uint8_t>(maps.below(4));
@@ -144,7 +144,9 @@ TEST(EpMapProperty, LargeMapsWithoutOrder)
             stc.spnStcStart = random.below(65U << 17U);
         }
         const bdmeta::BlurayClip clip = clipOfBytes(spec.build());
-        bdmeta::WalkBudget budget(stream.coarse.size() + 400 * bdmeta::kIndexLookupCost);  // none for walks
+        discio::ReadBudget budget;
+        budget.lower(discio::ReadBudget::Bound::LookUps,
+                     stream.coarse.size() + 400 * bdmeta::kIndexLookupCost, "steps");  // none for walks
         bdmeta::EpMap map(clip, budget);
         for (int i = 0; i < 400; ++i) {
             const std::uint32_t time = random.below(9U << 19U);

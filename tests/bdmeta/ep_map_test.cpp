@@ -13,7 +13,7 @@ constexpr std::uint32_t kNotFound = 0xFFFFFFFF;
 
 std::uint32_t find(const BlurayClip& clip, std::uint32_t time, bool isStart, std::uint8_t stcId = 0)
 {
-    bdmeta::WalkBudget budget;
+    discio::ReadBudget budget;
     bdmeta::EpMap map(clip, budget);
     std::uint32_t packet = 0;
     return findEntryPacket(map, time, isStart, stcId, packet) ? packet : kNotFound;
@@ -32,7 +32,7 @@ std::uint32_t findEnd(const ClpiSpec& spec, std::uint32_t time, std::uint8_t stc
 // -1 where the size cannot be computed.
 std::int64_t sizeOf(const BlurayClip& clip, std::uint32_t inTime, std::uint32_t outTime)
 {
-    bdmeta::WalkBudget budget;
+    discio::ReadBudget budget;
     bdmeta::EpMap map(clip, budget);
     std::uint64_t size = 0;
     return computePlayItemSize(map, inTime, outTime, 0, size) == 0 ? static_cast<std::int64_t>(size) : -1;
@@ -101,6 +101,7 @@ TEST(EpMap, FirstStreamWithAnEntryDecides)
     ClpiSpec spec;
     spec.numberOfSourcePackets = 77;
     spec.epStreams = {{}, epStream({{51200, 10}}), epStream({{25600, 20}, {76800, 30}})};
+    spec.epStreams[0].startAddress = UINT32_MAX;  // without coarse entries, its tables are not read
     EXPECT_EQ(findStart(spec, 60000), 10U);
     EXPECT_EQ(findStart(spec, 90000), 10U) << "though the third has a later one";
     EXPECT_EQ(findStart(spec, 30000), 20U);

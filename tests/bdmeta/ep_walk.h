@@ -116,6 +116,7 @@ private:
         const std::uint32_t coarseCount = header.read(16);
         const std::uint32_t fineCount = header.read(18);
         const std::uint64_t tables = map + header.read(32);
+        if (coarseCount == 0) { return !header.isOverrun(); }
         BitCursor tablesHeader(m_file, tables);
         const std::uint32_t fineStart = tablesHeader.read(32);
         if (header.isOverrun() || tablesHeader.isOverrun()) { return false; }

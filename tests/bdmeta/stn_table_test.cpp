@@ -147,12 +147,14 @@ TEST(StreamTables, EqualTablesAreShared)
     StnTableSpec stn = fullTable();
     stn.length = 14;
     Bytes bytes = stn.build();
-    bdmeta::StreamTables tables;
+    discio::ReadBudget budget;
+    const std::uint64_t allowed = budget.left(discio::ReadBudget::Bound::Streams);
+    bdmeta::StreamTables tables(budget);
     const auto first = tables.read(bytes);
     ASSERT_TRUE(first);
     bytes.push_back(0xFF);  // behind the table
     EXPECT_EQ(tables.read(bytes), first);
-    EXPECT_EQ(tables.streamCount(), 16U);
+    EXPECT_EQ(allowed - budget.left(discio::ReadBudget::Bound::Streams), 16U);
 
     // Each byte of the table makes it another one; equal or not, it says what it says on its own.
     for (std::size_t i = 12; i < bytes.size() - 1; ++i) {
@@ -175,14 +177,17 @@ TEST(StreamTables, SharingChecksTheDeclaredLengthAgain)
 {
     Bytes bytes = StnTableSpec{.primaryVideo = {stream(1)}, .length = 60}.build();
     bytes.resize(62);
-    bdmeta::StreamTables tables;
+    discio::ReadBudget budget;
+    bdmeta::StreamTables tables(budget);
     EXPECT_TRUE(tables.read(bytes));
     EXPECT_FALSE(tables.read(std::span(bytes).first(61))) << "at the end of another file";
 }
 
 TEST(StreamTables, TablesThatTakeTurnsAreSharedAndLongUnusedOnesForgotten)
 {
-    bdmeta::StreamTables tables;
+    discio::ReadBudget budget;
+    const std::uint64_t allowed = budget.left(discio::ReadBudget::Bound::Streams);
+    bdmeta::StreamTables tables(budget);
     std::vector<Bytes> turns(20);
     for (std::size_t i = 0; i < turns.size(); ++i) {
         turns[i] = StnTableSpec{.primaryVideo = {stream(static_cast<std::uint16_t>(i))}}.build();
@@ -192,12 +197,12 @@ TEST(StreamTables, TablesThatTakeTurnsAreSharedAndLongUnusedOnesForgotten)
             EXPECT_EQ(tables.read(turns[i])->front().pid, i);
         }
     }
-    EXPECT_EQ(tables.streamCount(), turns.size());
+    EXPECT_EQ(allowed - budget.left(discio::ReadBudget::Bound::Streams), turns.size());
     for (std::uint16_t pid = 1000; pid < 1100; ++pid) {
         EXPECT_TRUE(tables.read(StnTableSpec{.primaryVideo = {stream(pid)}}.build()));
     }
     EXPECT_EQ(tables.read(turns[0])->front().pid, 0);
-    EXPECT_EQ(tables.streamCount(), turns.size() + 101);
+    EXPECT_EQ(allowed - budget.left(discio::ReadBudget::Bound::Streams), turns.size() + 101);
 }
 
 }  // namespace

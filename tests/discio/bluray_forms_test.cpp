@@ -67,12 +67,14 @@ TEST_P(BlurayForms, WhatIsNotThereFails)
     }
 }
 
-TEST_P(BlurayForms, AFileLongerThanTheCallerAllowsIsNotRead)
+TEST_P(BlurayForms, NoMoreIsReadThanTheBudgetAllows)
 {
     openTree(sampleTree());
-    Bytes bytes;
-    EXPECT_EQ(readWholeFile(m_source, "BDMV/index.bdmv", bytes, 99), -1);
-    EXPECT_EQ(readWholeFile(m_source, "BDMV/index.bdmv", bytes, 100), 0);
+    m_source.budget->lower(discio::ReadBudget::Bound::NavigationBytes, 199, "bytes");
+    EXPECT_EQ(read("BDMV/index.bdmv").size(), 100U);
+    EXPECT_EQ(m_source.budget->reached(), nullptr);
+    EXPECT_EQ(read("BDMV/index.bdmv"), m_unreadable);
+    EXPECT_STREQ(m_source.budget->reached(), "bytes");
 }
 
 TEST_P(BlurayForms, DirectoriesAreListedFromATreeAlone)

@@ -151,16 +151,4 @@ TEST_F(BluraySource, WhatIsNoRegularFileNeitherHangsNorReads)
     }
 }
 
-// Such a name would otherwise be taken for a path, and lead a reader through directory after directory.
-TEST(DiscDirectory, ANameWithASeparatorIsNoName)
-{
-    discio::DiscDirectory directory;
-    directory.add({.name = "d/00000.mpls"});
-    directory.add({.name = "00001.mpls"});
-    EXPECT_EQ(directory.entries().size(), 1U);
-    EXPECT_EQ(directory.find("d/00000.mpls"), nullptr);
-    ASSERT_NE(directory.find("00001.MPLS"), nullptr);
-    EXPECT_EQ(directory.find("00001.MPLS")->name, "00001.mpls");
-}
-
 }  // namespace

@@ -116,7 +116,7 @@ TEST_F(DvdSource, FilesOfADirectory)
     ASSERT_EQ(openFile("VIDEO_TS.IFO"), 0);
     EXPECT_EQ(m_ref.offset, 0U);
     EXPECT_EQ(m_ref.sizeBytes, kManager.size());
-    EXPECT_EQ(readDiscFile(m_ref).bytes, kManager);
+    EXPECT_EQ(readDiscFile(m_ref, *m_source.budget).bytes, kManager);
     EXPECT_EQ(openOptional("VTS_01_0.IFO"), 1);
 
     EXPECT_EQ(openFile("VTS_02_0.IFO"), -1);
@@ -215,9 +215,9 @@ TEST_F(DvdSource, FilesOfAnImage)
         ASSERT_EQ(open(m_image), 0) << message();
         ASSERT_EQ(openFile("video_ts.IFO"), 0);
         EXPECT_EQ(m_ref.stream, m_source.image);
-        EXPECT_EQ(readDiscFile(m_ref).bytes, kManager) << "and nothing of the block's rest";
+        EXPECT_EQ(readDiscFile(m_ref, *m_source.budget).bytes, kManager) << "and nothing of the block's rest";
         EXPECT_EQ(openOptional("VTS_01_0.IFO"), 1);
-        EXPECT_EQ(readDiscFile(m_ref).bytes, Bytes({1, 2, 3}));
+        EXPECT_EQ(readDiscFile(m_ref, *m_source.budget).bytes, Bytes({1, 2, 3}));
         for (const char* name : {"VTS_02_0.IFO", "DIR.IFO"}) {
             EXPECT_EQ(openFile(name), -1);
             EXPECT_EQ(message(), std::string("ISO image has no VIDEO_TS/") + name);
@@ -232,8 +232,9 @@ TEST_F(DvdSource, FileOutlivesItsSource)
     for (const DiscForm form : testsupport::kAllDiscForms) {
         ASSERT_EQ(open(smallTree().write(form, m_folder)), 0);
         ASSERT_EQ(openFile("VIDEO_TS.IFO"), 0);
+        discio::ReadBudget budget;
         m_source = {};
-        EXPECT_EQ(readDiscFile(m_ref).bytes, kManager);
+        EXPECT_EQ(readDiscFile(m_ref, budget).bytes, kManager);
         EXPECT_EQ(m_ref.stream.use_count(), 1);
     }
 }
@@ -247,7 +248,7 @@ TEST_F(DvdSource, OffsetsAbove4GiB)
     ASSERT_EQ(open(m_image), 0) << message();
     ASSERT_EQ(openFile("VIDEO_TS.IFO"), 0) << message();
     EXPECT_EQ(m_ref.offset, 2048ULL * UINT32_MAX);
-    EXPECT_EQ(readDiscFile(m_ref).bytes, kManager);
+    EXPECT_EQ(readDiscFile(m_ref, *m_source.budget).bytes, kManager);
 }
 
 TEST_F(DvdSource, ClaimedSizesTakeNoMemoryAndNoTime)
@@ -259,18 +260,21 @@ TEST_F(DvdSource, ClaimedSizesTakeNoMemoryAndNoTime)
     ASSERT_EQ(open(m_image), 0) << message();
     EXPECT_EQ(openOptional("VTS_99_0.IFO"), 0);
     ASSERT_EQ(openFile("VIDEO_TS.IFO"), 0);
-    const discio::DiscFileBytes file = readDiscFile(m_ref);
+    const discio::DiscFileBytes file = readDiscFile(m_ref, *m_source.budget);
     EXPECT_EQ(file.sizeBytes, UINT32_MAX);
     EXPECT_FALSE(file.isComplete());
     EXPECT_EQ(file.bytes.size(), 2 * kIsoBlock) << "two files of a block each are all that follows";
     EXPECT_LE(file.bytes.capacity(), 2 * kIsoBlock);
 
     m_ref.offset = 1ULL << 40U;
-    EXPECT_TRUE(readDiscFile(m_ref).bytes.empty());
+    EXPECT_TRUE(readDiscFile(m_ref, *m_source.budget).bytes.empty());
     m_ref.offset = UINT64_MAX;
-    EXPECT_TRUE(readDiscFile(m_ref).bytes.empty());
+    EXPECT_TRUE(readDiscFile(m_ref, *m_source.budget).bytes.empty());
     m_ref.offset = 0;
-    EXPECT_EQ(readDiscFile(m_ref, 100).bytes.size(), 100U);
+    discio::ReadBudget budget;
+    budget.lower(discio::ReadBudget::Bound::NavigationBytes, 100, "bytes");
+    EXPECT_TRUE(readDiscFile(m_ref, budget).bytes.empty());
+    EXPECT_STREQ(budget.reached(), "bytes");
 }
 
 TEST_F(DvdSource, MessagesAreCutAndMayBeUnwanted)

@@ -19,7 +19,7 @@ protected:
     {
         content.writeTo(m_folder / "image", sizeBytes);
         const auto opened = discio::openRegularFile(m_folder / "image");
-        return {opened.stream, opened.sizeBytes};
+        return {opened.stream, opened.sizeBytes, std::make_shared<discio::ReadBudget>()};
     }
 
     testsupport::TemporaryFolder m_folder;

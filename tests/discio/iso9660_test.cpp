@@ -40,7 +40,8 @@ protected:
     {
         testsupport::writeFile(m_folder / "image", m_directory);
         const auto image = discio::openRegularFile(m_folder / "image");
-        return discio::findDirectoryRecord(image.stream.get(), blockSize, extent, name);
+        discio::ReadBudget budget;
+        return discio::findDirectoryRecord(image.stream.get(), blockSize, extent, name, budget);
     }
 
     testsupport::TemporaryFolder m_folder;
@@ -158,17 +159,19 @@ TEST_F(IsoSearch, EndsAtTheImagesEndWhateverTheDirectoryClaims)
 
 TEST_F(IsoSearch, EmptyBlocksArePassedOverUpToTheLimit)
 {
-    const std::size_t limit = discio::kIsoDirectoryLimit;
+    const std::size_t limit = 32U << 20U;
     testsupport::SparseImage image;
     image.put(limit - kIsoBlock, isoRecord({.identifier = "LAST", .block = 1}));
     image.put(limit, isoRecord({.identifier = "BEHIND", .block = 2}));
     image.writeTo(m_folder / "sparse", 5ULL << 30U);
     const auto opened = discio::openRegularFile(m_folder / "sparse");
-    const auto find = [&](const char* name) {
-        return discio::findDirectoryRecord(opened.stream.get(), kIsoBlock, {0, UINT32_MAX}, name).has_value();
+    const auto find = [&](const char* name, discio::ReadBudget budget) {
+        const discio::IsoExtent extent = {0, UINT32_MAX};
+        return findDirectoryRecord(opened.stream.get(), kIsoBlock, extent, name, budget).has_value() ||
+               budget.reached() == nullptr;
     };
-    EXPECT_TRUE(find("LAST"));
-    EXPECT_FALSE(find("BEHIND"));
+    EXPECT_TRUE(find("LAST", {}));
+    EXPECT_FALSE(find("BEHIND", {}));
 }
 
 TEST(IsoVolumeDescriptor, IsReadFromAWholeSectorOnly)

@@ -166,8 +166,9 @@ TEST(UdfExtents, AreCutWhereTheRunsAre)
     const discio::UdfVolume volume = {{{10, {{0, 2, 50}, {4, 3, 20}, {7, 1, 90}}}, {10}, {10, {}}}, {}};
     const auto extent = [&volume](std::uint32_t block, std::uint64_t size, std::uint16_t partition = 0) {
         discio::ExtentList data;
+        discio::ReadBudget budget;
         std::string text;
-        if (!appendUdfExtent(volume, {block, partition}, size, data)) { return std::string("none"); }
+        if (!appendUdfExtent(volume, {block, partition}, size, budget, data)) { return std::string("none"); }
         EXPECT_EQ(data.sizeBytes, size);
         for (const discio::ImageExtent& piece : data.extents) {
             text += std::to_string(piece.offset / kUdfSector) + ':' + std::to_string(piece.sizeBytes) + ' ';
@@ -188,16 +189,19 @@ TEST(UdfExtents, AreCutWhereTheRunsAre)
     EXPECT_EQ(udfByteOffset(volume, {6, 0}), 32 * kUdfSector);
 }
 
-TEST(UdfExtents, PiecesOfAFileHaveALimit)
+TEST(UdfExtents, PiecesOfFilesHaveALimit)
 {
     discio::UdfVolume volume = {{{0, {}}}, {}};
-    for (std::uint64_t i = 0; i < discio::kUdfExtentLimit; ++i) {
+    for (std::uint64_t i = 0; i < 3; ++i) {
         volume.partitions[0].runs.push_back({i, 1, 2 * i});
     }
-    discio::ExtentList data;
-    EXPECT_TRUE(appendUdfExtent(volume, {0, 0}, discio::kUdfExtentLimit * kUdfSector, data));
-    EXPECT_FALSE(appendUdfExtent(volume, {0, 0}, 1, data));
-    EXPECT_EQ(data.extents.size(), discio::kUdfExtentLimit);
+    discio::ReadBudget budget;
+    budget.lower(discio::ReadBudget::Bound::Pieces, 5, "pieces");
+    for (const bool isAllowed : {true, true, false}) {  // the first piece of each file is free
+        discio::ExtentList data;
+        EXPECT_EQ(appendUdfExtent(volume, {0, 0}, 3 * kUdfSector, budget, data), isAllowed);
+    }
+    EXPECT_STREQ(budget.reached(), "pieces");
 }
 
 }  // namespace

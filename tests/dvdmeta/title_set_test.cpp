@@ -1,233 +1,224 @@
 #include "dvdmeta/title_set.h"
-#include "tests/dvdmeta/read_outcome.h"
+#include "tests/dvdmeta/disc_text.h"
+#include "tests/support/dvd_spec.h"
+#include "tests/support/golden.h"
 
-#include <functional>
+#include <gtest/gtest.h>
 
-using testsupport::DvdSpec;
-using testsupport::FrameRate;
-using testsupport::kDvdSector;
+using testsupport::Bytes;
 using testsupport::PgcSpec;
-using testsupport::playbackTime;
 using testsupport::VtsSpec;
+using Patches = std::vector<testsupport::Patch>;
 
 namespace {
 
-DvdSpec discWith(const PgcSpec& pgc, std::uint16_t startProgram = 1)
+// Where the parts of VtsSpec().build() stand.
+constexpr std::size_t kPttTable = 2048;
+constexpr std::size_t kPttEnd = kPttTable + 4;
+constexpr std::size_t kPttOffset = kPttTable + 8;
+constexpr std::size_t kPtt = kPttTable + 12;
+constexpr std::size_t kPgcTable = 4096;
+constexpr std::size_t kPgc = kPgcTable + 16;
+constexpr std::size_t kProgramMap = kPgc + 236;
+constexpr std::size_t kCells = kProgramMap + 2;
+constexpr std::size_t kEnd = kCells + 24;
+
+constexpr char kWhole[] = "1 chapters, 1 programs, 1 cells, 60000 ms, 204800 bytes, sectors 0 to 99";
+constexpr char kNotVts[] = "VTS_01_0.IFO is not a valid VTS IFO";
+constexpr char kNoTables[] = "VTS_01_0.IFO has missing title tables";
+constexpr char kBadPttTable[] = "VTS_01_0.IFO has invalid title PTT data";
+constexpr char kBadOffsets[] = "VTS_01_0.IFO has malformed PTT offsets";
+constexpr char kBadStreams[] = "VTS_01_0.IFO has an invalid declared stream count";
+constexpr char kBadPgc[] = "VTS_01_0.IFO has invalid PGC data";
+constexpr char kUnreadablePgc[] = "cannot read title PGC in VTS_01_0.IFO";
+constexpr char kBadCells[] = "VTS_01_0.IFO has invalid cell playback data";
+constexpr char kBadStart[] = "VTS_01_0.IFO has an invalid title start program";
+
+// Returns a title as text, or the message of a failure. `sizeBytes` is the size that the directory gives.
+std::string titleOf(const Bytes& ifo, std::uint64_t sizeBytes, std::uint32_t vtsTtn = 1)
 {
-    DvdSpec spec;
-    spec.titleSets[1].titles = {{.ptts = {{1, startProgram}}}};
-    spec.titleSets[1].pgcs = {pgc};
-    return spec;
+    std::array<char, 128> message = {};
+    dvdmeta::DvdTitle title;
+    title.vtsTtn = vtsTtn;
+    const int outcome =
+        readTitle({"VTS_01_0.IFO", {ifo, sizeBytes}}, title, {message.data(), message.size()});
+    EXPECT_EQ(outcome, message[0] == '\0' ? 0 : -1);
+    return outcome == 0 ? textOf(title) : message.data();
 }
 
-TEST(PlaybackTime, CountsFramesByTheirRate)
+TEST(DvdTitle, DurationIsInBcdWithFramesByTheirRate)
 {
-    const auto ms = [](unsigned hours, unsigned minutes, unsigned seconds, unsigned frames, FrameRate rate) {
-        return dvdmeta::playbackTimeMs(playbackTime(hours, minutes, seconds, frames, rate));
+    const std::vector<std::pair<std::array<std::uint8_t, 4>, std::uint64_t>> rows = {
+        {{0x01, 0x30, 0, 0x40 | 0x12}, 5'400'480},
+        {{0x99, 0x59, 0x59, 0x40 | 0x24}, 359'999'960},
+        {{0, 0, 0x01, 0xC0 | 0x29}, 1'967},
+        {{0, 0, 0, 0xC0 | 0x01}, 33},
+        {{0, 0, 0x01, 0x29}, 1'000},
+        {{0, 0, 0x01, 0x80 | 0x10}, 1'000},
+        {{0xFF, 0, 0x1A, 0}, 594'020'000},
+        {{0, 0, 0, 0x7F}, 45 * 40},  // digits above 9
+        {{0, 0, 0, 0xFF}, 1'501},
     };
-    EXPECT_EQ(ms(1, 30, 0, 12, FrameRate::Pal), 5'400'480U);
-    EXPECT_EQ(ms(0, 0, 1, 29, FrameRate::Ntsc), 1'967U);
-    EXPECT_EQ(ms(0, 0, 1, 29, FrameRate::None), 1'000U);
-    EXPECT_EQ(ms(0, 0, 0, 1, FrameRate::Ntsc), 33U);
-    EXPECT_EQ(ms(99, 59, 59, 24, FrameRate::Pal), 359'999'960U);
-    EXPECT_EQ(dvdmeta::playbackTimeMs({0, 0, 1, 0x80 | 0x10}), 1'000U) << "rate code 2 is none";
-}
-
-TEST(PlaybackTime, DigitsAboveNineCountAsTensAndUnits)
-{
-    EXPECT_EQ(dvdmeta::playbackTimeMs({0, 0, 0x1A, 0}), 20'000U);
-    EXPECT_EQ(dvdmeta::playbackTimeMs({0xFF, 0, 0, 0}), 165ULL * 3'600'000);
-    EXPECT_EQ(dvdmeta::playbackTimeMs({0, 0, 0, 0x7F}), 45U * 40U);
-}
-
-TEST(DvdTitle, CountsChaptersUpToTheNextTitlesList)
-{
-    DvdSpec spec;
-    spec.vmg.titles = {{.vtsTtn = 1}, {.vtsTtn = 2}, {.vtsTtn = 3}};
-    spec.titleSets[1].titles = {{.ptts = {{1, 1}, {1, 1}, {1, 1}}}, {.ptts = {}}, {.ptts = {{1, 1}, {1, 1}}}};
-    const dvdmeta::DvdDisc disc = discOf(spec);
-    EXPECT_EQ(disc.titles[0].chapterCount, 3U);
-    EXPECT_EQ(disc.titles[1].chapterCount, 0U);
-    EXPECT_EQ(disc.titles[2].chapterCount, 2U);
-}
-
-TEST(DvdTitle, PttEndOfZeroStandsForTheOffsetTablesEnd)
-{
-    DvdSpec spec = discWith({.time = playbackTime(0, 0, 7)});
-    spec.titleSets[1].pttEndAddress = 0;
-    const dvdmeta::DvdTitle title = titleOf(spec);
-    EXPECT_EQ(title.chapterCount, 0U);
-    EXPECT_EQ(title.durationMs, 7'000U) << "the first chapter is read all the same";
-}
-
-TEST(DvdTitle, SizeStartsAtTheStartProgram)
-{
-    const PgcSpec pgc = {.programMap = {1, 2, 4},
-                         .cells = {{0, 9}, {10, 19}, {20, 29}, {30, 34}, {100, 100}}};
-    const dvdmeta::DvdTitle fromThird = titleOf(discWith(pgc, 3));
-    EXPECT_EQ(fromThird.playbackSizeBytes, 6 * kDvdSector);
-    EXPECT_EQ(fromThird.firstSector, 30U);
-    EXPECT_EQ(fromThird.lastSector, 100U);
-    EXPECT_EQ(fromThird.programCount, 3U);
-    EXPECT_EQ(fromThird.cellCount, 5U);
-    EXPECT_EQ(fromThird.complexAngle, 0U);
-    EXPECT_EQ(titleOf(discWith(pgc, 1)).playbackSizeBytes, 36 * kDvdSector);
-}
-
-TEST(DvdTitle, LaterAnglesAreMarkedAndNotCounted)
-{
-    const dvdmeta::DvdTitle title =
-        titleOf(discWith({.cells = {{50, 59, 0x50}, {10, 19, 0x90}, {0, 1'000, 0xD0}, {70, 79}}}));
-    EXPECT_EQ(title.complexAngle, 1U);
-    EXPECT_TRUE(title.isSizeEstimated());
-    EXPECT_EQ(title.playbackSizeBytes, 20 * kDvdSector);
-    EXPECT_EQ(title.firstSector, 50U);
-    EXPECT_EQ(title.lastSector, 79U);
-
-    // Only the block type of angles is one, and only mode 1 is its first cell.
-    EXPECT_EQ(titleOf(discWith({.cells = {{0, 0, 0x80}, {1, 1, 0xF0}}})).complexAngle, 0U);
-    EXPECT_EQ(titleOf(discWith({.cells = {{0, 0, 0x10}}})).complexAngle, 1U);
-}
-
-TEST(DvdTitle, CellsThatEndBeforeTheyBeginCountNothing)
-{
-    DvdSpec spec = discWith({.cells = {{9, 8}, {5, 5}, {UINT32_MAX, 0}}});
-    spec.titleSets[1].titleVobSector = 100;
-    dvdmeta::DvdTitle title = titleOf(spec);
-    EXPECT_EQ(title.playbackSizeBytes, kDvdSector);
-    EXPECT_EQ(title.firstSector, 105U);
-    EXPECT_EQ(title.lastSector, 105U);
-
-    spec.titleSets[1].pgcs[0].cells = {{9, 8}};
-    title = titleOf(spec);
-    EXPECT_EQ(title.playbackSizeBytes + title.firstSector + title.lastSector, 0U);
-}
-
-TEST(DvdTitle, SizesAndSectorsDoNotWrap)
-{
-    DvdSpec spec =
-        discWith({.programMap = {1}, .cells = std::vector<testsupport::CellSpec>(255, {0, UINT32_MAX})});
-    spec.titleSets[1].titleVobSector = UINT32_MAX;
-    const dvdmeta::DvdTitle title = titleOf(spec);
-    EXPECT_EQ(title.playbackSizeBytes, 255ULL << 43U);
-    EXPECT_EQ(title.lastSector, 2ULL * UINT32_MAX);
-}
-
-TEST(DvdTitle, ProgramChainWithoutCellsHasADurationAlone)
-{
-    const dvdmeta::DvdTitle title =
-        titleOf(discWith({.programMap = {}, .cells = {}, .programMapOffset = 0, .cellPlaybackOffset = 0}, 7));
-    EXPECT_EQ(title.durationMs, 60'000U);
-    EXPECT_EQ(title.playbackSizeBytes, 0U);
-}
-
-using Lie = std::pair<std::function<void(VtsSpec&)>, std::string>;
-
-// Tells each lie about an otherwise right title set; the disc must fail with its message.
-void expectFailures(const std::vector<Lie>& lies)
-{
-    for (const auto& [tell, message] : lies) {
-        SCOPED_TRACE(message);
-        DvdSpec spec;
-        tell(spec.titleSets[1]);
-        expectFailure(spec, message);
+    for (const auto& [time, milliseconds] : rows) {
+        EXPECT_EQ(dvdmeta::playbackTimeMs(time), milliseconds);
     }
 }
 
-TEST(DvdTitle, LiesAboutTablesAndStreams)
+TEST(DvdTitle, SizeIsThatOfAngle1FromTheStartProgramOn)
 {
-    constexpr char kTables[] = "VTS_01_0.IFO has missing title tables";
-    constexpr char kPtt[] = "VTS_01_0.IFO has invalid title PTT data";
-    constexpr char kOffsets[] = "VTS_01_0.IFO has malformed PTT offsets";
-    constexpr char kStreams[] = "VTS_01_0.IFO has an invalid declared stream count";
-    expectFailures({
-        {[](VtsSpec& vts) { vts.magic = "DVDVIDEO-VMG"; }, "VTS_01_0.IFO is not a valid VTS IFO"},
-        {[](VtsSpec& vts) { vts.pttTableSector = 0; }, kTables},
-        {[](VtsSpec& vts) { vts.pttTableSector = 9; }, kTables},
-        {[](VtsSpec& vts) { vts.pgcTableSector = 0; }, kTables},
-        {[](VtsSpec& vts) { vts.pgcTableSector = UINT32_MAX; }, kTables},
-        {[](VtsSpec& vts) { vts.declaredTitleCount = 0; }, kPtt},
-        {[](VtsSpec& vts) { vts.pttEndAddress = UINT32_MAX; }, kPtt},
-        {[](VtsSpec& vts) { vts.pttEndAddress = 10; }, kOffsets},
-        {[](VtsSpec& vts) { vts.titles[0].pttOffset = 13; }, kOffsets},
-        {[](VtsSpec& vts) { vts.titles[0].pttOffset = UINT32_MAX - 3; }, kOffsets},
-        {[](VtsSpec& vts) { vts.titles.push_back({.ptts = {}, .pttOffset = 100}); }, kOffsets},
-        {[](VtsSpec& vts) { vts.audioCount = 9; }, kStreams},
-        {[](VtsSpec& vts) { vts.subpictureCount = 33; }, kStreams},
-    });
-    DvdSpec spec;
-    spec.vmg.titles = {{.vtsTtn = 2}};
-    expectFailure(spec, kPtt);
+    using Cells = std::vector<testsupport::CellSpec>;
+    const PgcSpec programs = {.programMap = {1, 2, 4},
+                              .cells = {{0, 9}, {10, 19}, {20, 29}, {30, 34}, {100, 100}}};
+    const PgcSpec angles = {.cells = {{50, 59, 0x50}, {10, 19, 0x90}, {0, 1'000, 0xD0}, {70, 79}}};
+    const std::vector<std::tuple<std::uint16_t, PgcSpec, std::string>> rows = {
+        {1, programs, "73728 bytes, sectors 7 to 107"},
+        {3, programs, "12288 bytes, sectors 37 to 107"},
+        {1, angles, "40960 bytes, sectors 57 to 86, complex angles"},
+        // Only block type 1 is of angles, and only block mode 1 is the first cell of one.
+        {1, {.cells = {{0, 0, 0x80}, {1, 1, 0xF0}}}, "4096 bytes, sectors 7 to 8"},
+        {1, {.cells = {{0, 0, 0x10}}}, "0 bytes, sectors 0 to 0, complex angles"},
+        // Cells that end before they begin.
+        {1, {.cells = {{9, 8}, {5, 5}, {UINT32_MAX, 0}}}, "2048 bytes, sectors 12 to 12"},
+        {1, {.cells = {{9, 8}}}, "0 bytes, sectors 0 to 0"},
+        // The play time of the cells, each sector range once: 1 + 2 + 8 minutes from the second program on.
+        {2,
+         {.programMap = {1, 2},
+          .cells = {{0, 9, 0, {0, 0x40}},
+                    {10, 19, 0, {0, 1}},
+                    {20, 29, 0x50, {0, 2}},
+                    {30, 39, 0xD0, {0, 4}},
+                    {10, 19, 0, {0, 1}},
+                    {10, 15, 0, {0, 8}}}},
+         "73728 bytes, sectors 17 to 36, complex angles, distinct 660000 ms"},
+        {1, {.cells = Cells(255, {0, UINT32_MAX})}, "2243003720663040 bytes, sectors 7 to 4294967302"},
+    };
+    for (const auto& [startProgram, pgc, expected] : rows) {
+        const VtsSpec vts = {.titleVobSector = 7, .titles = {{{1, startProgram}}}, .pgcs = {pgc}};
+        const std::string title = titleOf(vts.build(), vts.build().size());
+        EXPECT_EQ(title.substr(title.find(" ms, ") + 5), expected);
+    }
 }
 
-TEST(DvdTitle, LiesAboutTheProgramChain)
+TEST(DvdTitle, FieldsAtAndBeyondTheirLimits)
 {
-    constexpr char kPgc[] = "VTS_01_0.IFO has invalid PGC data";
-    constexpr char kCells[] = "VTS_01_0.IFO has invalid cell playback data";
-    constexpr char kStart[] = "VTS_01_0.IFO has an invalid title start program";
-    expectFailures({
-        {[](VtsSpec& vts) {
-             vts.titles[0].ptts = {{0, 1}};
-         },
-         kPgc},
-        {[](VtsSpec& vts) {
-             vts.titles[0].ptts = {{2, 1}};
-         },
-         kPgc},
-        {[](VtsSpec& vts) { vts.declaredPgcCount = 0; }, kPgc},
-        {[](VtsSpec& vts) {
-             vts.titles[0].ptts = {{0xFFFF, 1}}, vts.declaredPgcCount = 0xFFFF;
-         },
-         kPgc},
-        {[](VtsSpec& vts) { vts.pgcs[0].offset = UINT32_MAX; }, "cannot read title PGC in VTS_01_0.IFO"},
-        {[](VtsSpec& vts) { vts.pgcs[0].programMapOffset = 0; }, kCells},
-        {[](VtsSpec& vts) { vts.pgcs[0].programMapOffset = 0xFFFF; }, kCells},
-        {[](VtsSpec& vts) { vts.pgcs[0].cellPlaybackOffset = 0; }, kCells},
-        {[](VtsSpec& vts) { vts.pgcs[0].cellPlaybackOffset = 0xFFFF; }, kCells},
-        {[](VtsSpec& vts) { vts.pgcs[0].cellCount = 2; }, kCells},
-        {[](VtsSpec& vts) {
-             vts.titles[0].ptts = {{1, 0}};
-         },
-         kCells},
-        {[](VtsSpec& vts) {
-             vts.titles[0].ptts = {{1, 2}};
-         },
-         kCells},
-        {[](VtsSpec& vts) { vts.pgcs[0].programMap = {0}; }, kStart},
-        {[](VtsSpec& vts) { vts.pgcs[0].programMap = {2}; }, kStart},
-    });
+    const std::string whole = kWhole;
+    const std::vector<std::pair<std::string, std::vector<Patches>>> rows = {
+        {kWhole, {{}, {{0x202, 1, 0xFF}, {0x254, 1, 0xFF}}}},
+        {kNotVts, {{{11, 1, 'G'}}}},
+        {kNoTables, {{{0xC8, 4, 0}}, {{0xC8, 4, 3}}, {{0xCC, 4, 0}}, {{0xCC, 4, UINT32_MAX}}}},
+        {kBadPttTable, {{{kPttTable, 2, 0}}, {{kPttEnd, 4, UINT32_MAX}}, {{kPttEnd, 4, kEnd - kPttTable}}}},
+        {"579" + whole.substr(1),
+         {{{kEnd, 2, 0}, {kPttEnd, 4, kEnd + 1 - kPttTable}}}},  // the table fills the file
+        {"0" + whole.substr(1), {{{kPttEnd, 4, 0}}}},            // the table ends with the titles' offsets
+        {kBadOffsets, {{{kPttEnd, 4, 10}}, {{kPttOffset, 4, 13}}, {{kPttOffset, 4, UINT32_MAX - 3}}}},
+        // The end of the title's chapters is where those of another title begin.
+        {kBadOffsets, {{{kPttTable, 2, 2}, {kPttOffset + 4, 4, 20}}}},
+        {kBadPgc, {{{kPttTable, 2, 2}, {kPttOffset + 4, 4, 16}}}},
+        {kBadStreams, {{{0x203, 1, 9}}, {{0x255, 1, 33}}}},
+        {kBadPgc,
+         {{{kPtt, 2, 0}}, {{kPtt, 2, 2}}, {{kPgcTable, 2, 0}}, {{kPtt, 2, 0xFFFF}, {kPgcTable, 2, 0xFFFF}}}},
+        {kUnreadablePgc, {{{kPgcTable + 12, 4, UINT32_MAX}}}},
+        {"1 chapters, 1 programs, 0 cells, 60000 ms, 0 bytes, sectors 0 to 0",
+         {{{kPgc + 3, 1, 0}, {kPgc + 230, 4, 0}}}},
+        {kBadCells, {{{kPgc + 3, 1, 2}}, {{kPgc + 230, 2, 0}}, {{kPgc + 230, 2, kEnd - kPgc}}}},
+        {kBadCells,
+         {{{kPgc + 232, 2, 0}},
+          {{kPgc + 232, 2, kCells - kPgc + 1}},
+          {{kPtt + 2, 2, 0}},
+          {{kPtt + 2, 2, 2}}}},
+        {kBadStart, {{{kProgramMap, 1, 0}}, {{kProgramMap, 1, 2}}, {{kPgc + 230, 2, kEnd - kPgc - 1}}}},
+    };
+    for (const auto& [expected, changes] : rows) {
+        for (const Patches& patches : changes) {
+            const Bytes ifo = patched(VtsSpec().build(), patches);
+            EXPECT_EQ(titleOf(ifo, ifo.size()), expected) << "change " << &patches - changes.data();
+        }
+    }
+    EXPECT_EQ(titleOf(VtsSpec().build(), kEnd, 2), kBadPttTable);
 }
 
-// A title set that no title belongs to is read for its streams alone.
-TEST(DvdTitleSet, OfNoTitle)
+TEST(DvdTitle, CutOff)
 {
-    DvdSpec spec;
-    spec.titleSets[2] = {.audio = {{.language = "it"}}, .pttTableSector = 0, .pgcTableSector = 0};
-    EXPECT_EQ(discOf(spec).titleSets.at(1).streams.audio.size(), 1U);
-    spec.titleSets[2] = {.magic = "DVDVIDEO-VMG"};
-    expectFailure(spec, "VTS_02_0.IFO is not a valid VTS IFO");
-    spec.titleSets[2] = {.audioCount = 9};
-    expectFailure(spec, "VTS_02_0.IFO has an invalid declared stream count");
-    spec.titleSets[2] = {.subpictureCount = 255};
-    expectFailure(spec, "VTS_02_0.IFO has an invalid declared stream count");
+    // From this length on: the outcome for a file that is cut to it, and for one of the whole size of which only so
+    // many bytes can be read, as in an image.
+    const std::vector<std::tuple<std::size_t, std::string, std::string>> rows = {
+        {0, kNotVts, kNotVts},
+        {984, kNoTables, kBadPttTable},
+        {kPtt, kNoTables, "cannot read PTT table in VTS_01_0.IFO"},
+        {kPtt + 4, kNoTables, "cannot read first PTT in VTS_01_0.IFO"},
+        {kPtt + 8, kNoTables, kBadPgc},
+        {kPgcTable + 8, kBadPgc, kBadPgc},
+        {kPgc, kUnreadablePgc, kUnreadablePgc},
+        {kProgramMap, kBadCells, kBadStart},
+        {kProgramMap + 1, kBadCells, "cannot read cell playback data in VTS_01_0.IFO"},
+        {kEnd, kWhole, kWhole},
+        {kEnd + 1, "", ""},
+    };
+    for (std::size_t i = 0; i + 1 < rows.size(); ++i) {
+        const auto& [from, shorter, unreadable] = rows[i];
+        for (const std::size_t length : {from, std::get<0>(rows[i + 1]) - 1}) {
+            Bytes ifo = VtsSpec{.titles = {{{1, 1}}, {{1, 1}}}}.build();
+            ifo.resize(length);
+            EXPECT_EQ(titleOf(ifo, length), shorter) << length;
+            EXPECT_EQ(titleOf(ifo, kEnd), unreadable) << length;
+        }
+    }
 }
 
-TEST(DvdTitleSet, NumberAndCountAreChecked)
+// Appends the title set to the disc. Returns the message of a failure.
+std::string appendTitleSet(const Bytes& ifo, std::uint32_t number, dvdmeta::DvdDisc& disc)
 {
-    const testsupport::Bytes bytes = VtsSpec().build();
-    const dvdmeta::IfoFile ifo("VTS_01_0.IFO", {bytes, bytes.size()});
-    std::array<char, 64> text = {};
-    const discio::ErrorText error(text.data(), text.size());
+    std::array<char, 128> message = {};
+    const dvdmeta::IfoFile file("VTS_01_0.IFO", {ifo, ifo.size()});
+    const int outcome = readTitleSet(file, number, disc, {message.data(), message.size()});
+    EXPECT_EQ(outcome, message[0] == '\0' ? 0 : -1);
+    return message.data();
+}
+
+// A title set is read for its streams, whatever its tables are.
+TEST(DvdTitleSet, HasANumberAndStreams)
+{
+    constexpr char kBadNumber[] = "DVD has invalid VTS metadata";
+    const std::vector<std::tuple<std::uint32_t, std::size_t, Patches, std::string>> rows = {
+        {1, 0, {{0xC8, 8, 0}}, ""},
+        {99, 98, {}, ""},
+        {0, 0, {}, kBadNumber},
+        {100, 0, {}, kBadNumber},
+        {99, 99, {}, kBadNumber},
+        {1, 0, {{11, 1, 'G'}}, kNotVts},
+        {1, 0, {{0x203, 1, 9}}, kBadStreams},
+        {1, 0, {{0x255, 1, 255}}, kBadStreams},
+    };
+    for (const auto& [number, knownSets, patches, message] : rows) {
+        dvdmeta::DvdDisc disc;
+        disc.titleSets.resize(knownSets);
+        EXPECT_EQ(appendTitleSet(patched(VtsSpec().build(), patches), number, disc), message);
+        EXPECT_EQ(disc.titleSets.size(), knownSets + (message.empty() ? 1 : 0));
+    }
+}
+
+// Every system, picture size, coding, number of channels and sample rate; languages, of which some are no text.
+TEST(DvdTitleSet, EveryStreamAttribute)
+{
+    using namespace std::string_literals;
+    const std::vector<std::string> languages = {"de", " ~", "fr", "zz", "d\0"s, "\0e"s, "d\x7F", "\xE9s"};
     dvdmeta::DvdDisc disc;
-    for (const std::uint32_t number : {0U, 100U}) {
-        EXPECT_EQ(dvdmeta::readTitleSet(ifo, number, disc, error), -1);
-        EXPECT_STREQ(text.data(), "DVD has invalid VTS metadata");
+    for (std::uint8_t i = 0; i < 16; ++i) {
+        const auto low = static_cast<std::uint8_t>(i % 4);
+        const auto high = static_cast<std::uint8_t>(i / 4);
+        VtsSpec vts = {.video = {.codingMode = low, .system = high, .pictureSize = low}};
+        for (std::uint8_t j = 0; i == 0 && j < 8; ++j) {
+            const auto rate = static_cast<std::uint8_t>(j % 4);
+            vts.audio.push_back({j, 1, rate, static_cast<std::uint8_t>(j + 1), languages[j]});
+        }
+        for (std::uint8_t j = 0; i == 0 && j < 32; ++j) {
+            const auto mode = static_cast<std::uint8_t>(j % 8);
+            vts.subpicture.push_back({mode, static_cast<std::uint8_t>(j < 8 ? 1 : j % 4), languages[mode]});
+        }
+        if (i > 0) { vts.audio = {{.languageType = low}}; }
+        EXPECT_EQ(appendTitleSet(vts.build(), i + 1U, disc), "");
     }
-    for (std::uint32_t i = 0; i < 99; ++i) {
-        ASSERT_EQ(dvdmeta::readTitleSet(ifo, 99, disc, error), 0);
-    }
-    EXPECT_EQ(dvdmeta::readTitleSet(ifo, 99, disc, error), -1);
-    EXPECT_EQ(disc.titleSets.size(), 99U);
+    EXPECT_EQ(testsupport::goldenDifference(textOf(disc), "dvdmeta/golden/every_attribute.txt"), "");
 }
 
 }  // namespace

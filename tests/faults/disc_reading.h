@@ -21,6 +21,7 @@ inline constexpr char kWholeBluray[] = "id 0001 titles 2 playlists 3 clips 3 byt
 inline constexpr char kWithoutIndex[] = "id 0001 titles 0 playlists 3 clips 3 bytes 1502 streams 18432";
 inline constexpr char kWithoutIdentity[] = "id  titles 2 playlists 3 clips 3 bytes 1502 streams 18432";
 inline constexpr char kWithoutOneStream[] = "id 0001 titles 2 playlists 3 clips 3 bytes 1502 streams 12288";
+inline constexpr char kWarned[] = " (warned)";
 inline constexpr char kWithoutStreams[] = "id 0001 titles 2 playlists 3 clips 3 bytes 1502 streams 0";
 
 // Two titles in two title sets.
@@ -63,7 +64,8 @@ inline constexpr char kWithoutStreams[] = "id 0001 titles 2 playlists 3 clips 3 
     }
     return "id " + disc.discId.substr(0, 4) + " titles " + std::to_string(disc.titleCount) + " playlists " +
            std::to_string(disc.playlists.size()) + " clips " + std::to_string(disc.clips.size()) + " bytes " +
-           std::to_string(rawBytes) + " streams " + std::to_string(streamBytes);
+           std::to_string(rawBytes) + " streams " + std::to_string(streamBytes) +
+           (disc.readWarnings.empty() ? "" : kWarned);
 }
 
 // Reads a disc into a record that held another before: the message of a failure, which must leave nothing of either,
@@ -106,6 +108,12 @@ template <typename Disc, typename Read>
 {
     const std::size_t place = text.find("%s");
     return place == std::string::npos ? text : text.replace(place, 2, path);
+}
+
+// What reading gives where something that the disc may lack is there and cannot be read.
+[[nodiscard]] inline std::string warned(const std::string& text)
+{
+    return text + kWarned;
 }
 
 // Whether the text is that of a Blu-ray disc that was read.

@@ -9,8 +9,6 @@ using testsupport::Bytes;
 using testsupport::ClpiSpec;
 using testsupport::DiscForm;
 using testsupport::MplsSpec;
-using testsupport::VmgSpec;
-using testsupport::VtsSpec;
 
 namespace {
 
@@ -20,40 +18,10 @@ struct Lie {
     Bytes file;
 };
 
-constexpr char kManager[] = "VIDEO_TS/VIDEO_TS.IFO";
-constexpr char kTitleSet[] = "VIDEO_TS/VTS_01_0.IFO";
 constexpr char kPlaylist[] = "BDMV/PLAYLIST/00800.mpls";
 constexpr char kClip[] = "BDMV/CLIPINF/00002.clpi";
 constexpr char kBadPlaylist[] = "cannot parse playlist 'BDMV/PLAYLIST/00800.mpls'";
 constexpr char kBadClip[] = "cannot parse clip information 'BDMV/CLIPINF/00002.clpi'";
-
-VtsSpec withPgc(const testsupport::PgcSpec& pgc)
-{
-    return VtsSpec{.pgcs = {pgc}};
-}
-
-std::vector<Lie> dvdLies()
-{
-    return {
-        {kManager, "VIDEO_TS.IFO has an invalid title table", VmgSpec{.endAddress = UINT32_MAX}.build()},
-        {kManager, "VIDEO_TS.IFO has an invalid title table",
-         VmgSpec{.declaredTitleCount = UINT16_MAX, .endAddress = 0}.build()},
-        {kManager, "VIDEO_TS.IFO has no readable title table",
-         VmgSpec{.titleTableSector = UINT32_MAX}.build()},
-        {kTitleSet, "VTS_01_0.IFO has missing title tables", VtsSpec{.pttTableSector = UINT32_MAX}.build()},
-        {kTitleSet, "VTS_01_0.IFO has missing title tables", VtsSpec{.pgcTableSector = UINT32_MAX}.build()},
-        {kTitleSet, "VTS_01_0.IFO has invalid title PTT data", VtsSpec{.pttEndAddress = UINT32_MAX}.build()},
-        {kTitleSet, "VTS_01_0.IFO has malformed PTT offsets",
-         VtsSpec{.titles = {{.pttOffset = UINT32_MAX}}}.build()},
-        {kTitleSet, "VTS_01_0.IFO has an invalid declared stream count", VtsSpec{.audioCount = 255}.build()},
-        {kTitleSet, "VTS_01_0.IFO has invalid PGC data",
-         VtsSpec{.titles = {{.ptts = {{.pgcn = UINT16_MAX}}}}, .declaredPgcCount = UINT16_MAX}.build()},
-        {kTitleSet, "cannot read title PGC in VTS_01_0.IFO", withPgc({.offset = UINT32_MAX}).build()},
-        {kTitleSet, "VTS_01_0.IFO has invalid cell playback data", withPgc({.cellCount = 255}).build()},
-        {kTitleSet, "VTS_01_0.IFO has invalid cell playback data",
-         withPgc({.cellPlaybackOffset = UINT16_MAX}).build()},
-    };
-}
 
 std::vector<Lie> blurayLies()
 {
@@ -92,11 +60,6 @@ void readInEveryForm(Family family, const testsupport::DiscTree& tree, const std
             }
         }
     }
-}
-
-TEST(LyingFiles, OfADvd)
-{
-    readInEveryForm(Family::Dvd, faults::dvdTree(), dvdLies(), {DiscForm::Directory, DiscForm::Iso});
 }
 
 TEST(LyingFiles, OfABlurayDisc)

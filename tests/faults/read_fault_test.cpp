@@ -28,8 +28,8 @@ const BadFile kBadFiles[] = {
     {Family::Dvd, "VIDEO_TS/VTS_01_0.IFO", 0, "VTS_01_0.IFO is not a valid VTS IFO"},
     {Family::Dvd, "VIDEO_TS/VTS_01_0.IFO", 984, "VTS_01_0.IFO has invalid title PTT data"},
     {Family::Dvd, "VIDEO_TS/VTS_02_0.IFO", 0, "VTS_02_0.IFO is not a valid VTS IFO"},
-    {Family::Bluray, "BDMV/index.bdmv", 50, faults::kWithoutIndex},
-    {Family::Bluray, "CERTIFICATE/id.bdmv", 0, faults::kWithoutIdentity},
+    {Family::Bluray, "BDMV/index.bdmv", 50, faults::warned(faults::kWithoutIndex)},
+    {Family::Bluray, "CERTIFICATE/id.bdmv", 0, faults::warned(faults::kWithoutIdentity)},
     {Family::Bluray, "BDMV/PLAYLIST/00000.mpls", 0, "cannot parse playlist 'BDMV/PLAYLIST/00000.mpls'"},
     {Family::Bluray, "BDMV/PLAYLIST/00801.mpls", 100, "cannot parse playlist 'BDMV/PLAYLIST/00801.mpls'"},
     {Family::Bluray, "BDMV/CLIPINF/00001.clpi", 0, "cannot parse clip information 'BDMV/CLIPINF/00001.clpi'"},
@@ -141,8 +141,8 @@ TEST(ReadFaults, ADirectoryWhoseListingFailsHalfWay)
         {Family::Bluray, "/BDMV", 0, faults::kCannotEnumerate},
         {Family::Bluray, "/BDMV/PLAYLIST", 0, faults::kCannotEnumerate},
         {Family::Bluray, "/BDMV/CLIPINF", 0, faults::kCannotEnumerate},
-        {Family::Bluray, "/BDMV/STREAM", 0, faults::kWithoutStreams},
-        {Family::Bluray, "/CERTIFICATE", 0, faults::kWithoutIdentity},
+        {Family::Bluray, "/BDMV/STREAM", 0, faults::warned(faults::kWithoutStreams)},
+        {Family::Bluray, "/CERTIFICATE", 0, faults::warned(faults::kWithoutIdentity)},
     };
     for (const BadFile& directory : directories) {
         for (const int names : {0, 2, 3}) {

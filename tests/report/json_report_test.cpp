@@ -106,8 +106,11 @@ TEST(JsonReport, OddDiscsKeepToTheSchema)
     bare.playItems.clear();
     const QJsonObject report = reportOf(testsupport::sampleBluray()
                                             .remove("CERTIFICATE/id.bdmv")
+                                            .remove("BDMV/index.bdmv")
+                                            .add("BDMV/index.bdmv/in it", {})
                                             .add("BDMV/PLAYLIST/00001.mpls", crowded.build())
                                             .add("BDMV/PLAYLIST/00002.mpls", bare.build()));
+    EXPECT_EQ(report[u"warnings"_s], QJsonArray{u"cannot read 'BDMV/index.bdmv': Is a directory"_s});
     EXPECT_EQ(report[u"disc"_s].toObject()[u"discId"_s], QString());
     EXPECT_EQ(report[u"disc"_s].toObject()[u"discIdBytes"_s], QString(32, u'0'));
     const QJsonArray titles = report[u"titles"_s].toArray();
@@ -118,6 +121,16 @@ TEST(JsonReport, OddDiscsKeepToTheSchema)
     EXPECT_EQ(tracks.last().toObject()[u"language"_s], QString());
     EXPECT_TRUE(titles.at(2).toObject()[u"segmentMap"_s].toArray().isEmpty());
     EXPECT_EQ(titles.at(2).toObject()[u"angleCount"_s], 0);
+}
+
+TEST(JsonReport, NoTextSteersATerminal)
+{
+    const ReportedDisc read = testsupport::readReported(testsupport::sampleDvd());
+    const QString path = u"/\u009B\u007F\u061C\u202E\u2066\u200B\U000E0001\u00E9"_s;
+    const QByteArray json = report::jsonReport(path, read.disc, read.result);
+    EXPECT_TRUE(json.contains("\"/\\u009b\\u007f\\u061c\\u202e\\u2066\\u200b\\udb40\\udc01\xC3\xA9\""))
+        << json.toStdString();
+    EXPECT_EQ(QJsonDocument::fromJson(json)[u"path"_s], path);
 }
 
 TEST(JsonReport, NoDigitOfANumberIsLost)

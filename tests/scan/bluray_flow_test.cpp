@@ -48,6 +48,7 @@ TEST(BlurayFlow, DescribesEveryPlaylistWithItsStreams)
     EXPECT_EQ(film.videoWidth, 1920U);
     EXPECT_EQ(film.videoHeight, 1080U);
     EXPECT_EQ(film.durationMs, 120'000U);
+    EXPECT_EQ(film.distinctDurationMs, 120'000U);
     EXPECT_EQ(film.playbackSizeBytes, 2U * 6000 * 192);
     EXPECT_FALSE(film.isSizeEstimated);
     EXPECT_EQ(film.clipCount, 2U);
@@ -240,6 +241,17 @@ TEST_F(BlurayScanTest, AFileThatCannotBeParsedNamesItselfInTheLog)
                "dvdmeta: error: '" + path + "' has no VIDEO_TS directory",
                "platterscope: error: Path is not a valid Blu-ray or DVD."}));
     EXPECT_EQ(result.errorMessage, QStringLiteral("Path is not a valid Blu-ray or DVD."));
+
+    const std::string image = m_folder / "large.iso";
+    testsupport::sampleBluray()
+        .iso({.records = {{"BDMV/PLAYLIST/00800.mpls", {.block = 1U << 20U}}}})
+        .writeTo(image);
+    const CapturedLog imageLog;
+    EXPECT_EQ(m_scanner.scan(QString::fromStdString(image), false).discType, DiscType::None);
+    EXPECT_EQ(imageLog.lines().at(4), "bdmeta: error: cannot parse playlist 'BDMV/PLAYLIST/00800.mpls'");
+    EXPECT_EQ(imageLog.lines().at(5),
+              "bdmeta: warning: the file lies behind the image's first 2 GiB; mount the "
+              "image and open the directory");
 }
 
 TEST_F(BlurayScanTest, ARealServiceAddsTheDiscAndKeepsItsVeryFiles)

@@ -1,4 +1,5 @@
 #include "app/log.h"
+#include "scan/disc_path.h"
 #include "scan/disc_scanner.h"
 #include "tests/scan/stored_package.h"
 #include "tests/support/captured_log.h"
@@ -92,6 +93,8 @@ TEST_F(DiscScannerTest, APathThatIsNoDiscNamesBothReadersReasons)
                "dvdmeta: error: cannot stat '/no/such/path': No such file or directory",
                "platterscope: error: Path is not a valid Blu-ray or DVD."}));
     EXPECT_EQ(result.errorMessage, QStringLiteral("Path is not a valid Blu-ray or DVD."));
+    EXPECT_EQ(result.readerErrors,
+              QStringList(2, QStringLiteral("cannot stat '/no/such/path': No such file or directory")));
     EXPECT_EQ(result.discType, DiscType::None);
     EXPECT_TRUE(m_server.requests().empty());
 }
@@ -162,7 +165,9 @@ TEST_F(DiscScannerTest, AFailedFindKeepsTheDisc)
         for (const std::string& line : lines) {
             logged += line + '\n';
         }
-        EXPECT_EQ(logged, "tessera: info: DVD lookup started\ntessera: error: " + failing.message + '\n');
+        const QString indented = text(failing.message).replace(QLatin1Char('\n'), QStringLiteral("\n  "));
+        EXPECT_EQ(text(logged),
+                  QStringLiteral("tessera: info: DVD lookup started\ntessera: error: %1\n").arg(indented));
         EXPECT_EQ(m_result.ok, 0);
         EXPECT_EQ(m_result.discType, DiscType::Dvd);
         EXPECT_EQ(m_result.errorMessage, text(failing.message));
@@ -266,6 +271,31 @@ TEST_F(DiscScannerTest, ARealServiceKeepsTheVeryPackageAndFindsTheDiscAgain)
     scanSample(false);
     EXPECT_TRUE(m_result.inDatabase);
     EXPECT_EQ(m_result.discId, addedId);
+}
+
+TEST(DiscPath, OnlyARootKeepsASeparatorAtItsEnd)
+{
+    const struct {
+        char native;
+        const char* given;
+        const char* path;
+    } rows[] = {
+        {'/', "/a//", "/a"},
+        {'/', "//", "/"},
+        {'/', "/a\\", "/a\\"},
+        {'/', "//a/b/", "//a/b"},
+        {'/', "", ""},
+        {'\\', "D:\\", "D:\\"},
+        {'\\', "D:/BDMV\\", "D:/BDMV"},
+        {'\\', "\\\\a\\b\\", "\\\\a\\b\\"},
+        {'\\', "//a/b/c/", "//a/b/c"},
+        {'\\', "\\", "\\"},
+    };
+    for (const auto& row : rows) {
+        const QChar native = QLatin1Char(row.native);
+        EXPECT_EQ(scan::withoutTrailingSeparators(QLatin1StringView(row.given), native).toStdString(),
+                  row.path);
+    }
 }
 
 }  // namespace

@@ -37,6 +37,7 @@ TEST(DvdFlow, DescribesEveryTitleWithItsStreams)
     EXPECT_EQ(feature.videoHeight, 576U);
     EXPECT_EQ(feature.videoCodec, QStringLiteral("MPEG-2 Video"));
     EXPECT_EQ(feature.durationMs, 3'661'000U);
+    EXPECT_EQ(feature.distinctDurationMs, 3'660'000U);
     EXPECT_EQ(feature.playbackSizeBytes, 1000U * 2048);
     EXPECT_FALSE(feature.isSizeEstimated);
     EXPECT_EQ(feature.chapterCount, 3U);

@@ -37,7 +37,7 @@ native_file='_(posix|linux|windows)\.cpp$'
 # The room of a source file or of an included path.
 room_of() {
     case $1 in
-        app/identity.h) echo app/log ;;
+        app/identity.h | app/terminal_text.*) echo app/log ;;
         app/*) echo "${1%.*}" ;;
         *) echo "${1%%/*}" ;;
     esac

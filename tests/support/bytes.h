@@ -66,4 +66,19 @@ inline void putBe32(Bytes& bytes, std::size_t offset, std::uint32_t value)
     return (size + unit - 1) / unit * unit;
 }
 
+// A change of built bytes: a big-endian number in `width` bytes at `offset`, at their end or behind it too.
+struct Patch {
+    std::size_t offset = 0;
+    std::size_t width = 0;
+    std::uint64_t value = 0;
+};
+
+[[nodiscard]] inline Bytes patched(Bytes bytes, const std::vector<Patch>& patches)
+{
+    for (const Patch& patch : patches) {
+        putBe(bytes, patch.offset, patch.value, patch.width);
+    }
+    return bytes;
+}
+
 }  // namespace testsupport

@@ -1,45 +1,33 @@
-// A small DVD that the tests of the upper rooms open: two titles in two title sets, so that titles, streams
-// and title sets can be told apart.
+// A small DVD: two titles in two title sets, so that titles, streams and title sets can be told apart.
 #pragma once
 
-#include "tests/support/disc_tree.h"
-#include "tests/support/ifo_spec.h"
+#include "tests/support/dvd_spec.h"
 
 namespace testsupport {
 
 // Title 1: PAL, 1:01:01, three chapters, 1,000 sectors, AC-3 English and MPEG German audio, German subtitles.
-[[nodiscard]] inline VtsSpec sampleFeature()
-{
-    VtsSpec vts;
-    vts.audio = {{.codingMode = 0, .channels = 6, .language = "en"},
-                 {.codingMode = 2, .channels = 2, .language = "de"}};
-    vts.subpicture = {{.language = "de"}};
-    vts.titles = {{.ptts = {{1, 1}, {1, 2}, {1, 3}}}};
-    vts.pgcs = {{.time = playbackTime(1, 1, 1),
-                 .programMap = {1, 2, 3},
-                 .cells = {CellSpec{0, 399}, CellSpec{400, 799}, CellSpec{800, 999}}}};
-    return vts;
-}
-
 // Title 2: NTSC, 30 seconds, one chapter, 50 sectors, LPCM audio of no stated language.
-[[nodiscard]] inline VtsSpec sampleExtra()
+[[nodiscard]] inline DvdSpec sampleDvdSpec()
 {
-    VtsSpec vts;
-    vts.video.system = 0;
-    vts.audio = {{.codingMode = 4, .languageType = 0, .channels = 1}};
-    vts.pgcs = {{.time = playbackTime(0, 0, 30, 0, FrameRate::Ntsc), .cells = {CellSpec{0, 49}}}};
-    return vts;
+    DvdSpec spec;
+    spec.vmg = {.provider = "SAMPLE", .titles = {{.chapters = 3, .vtsn = 1}, {.chapters = 1, .vtsn = 2}}};
+    spec.titleSets[1] = {.audio = {{.channels = 6}, {.codingMode = 2, .language = "de"}},
+                         .subpicture = {{.language = "de"}},
+                         .titles = {{{1, 1}, {1, 2}, {1, 3}}},
+                         .pgcs = {{.time = {0x01, 0x01, 0x01, 0x40},
+                                   .programMap = {1, 2, 3},
+                                   .cells = {{0, 399, 0, {0x01, 0, 0, 0x40}},
+                                             {400, 799, 0, {0, 0, 0x30, 0x40}},
+                                             {800, 999, 0, {0, 0, 0x30, 0x40}}}}}};
+    spec.titleSets[2] = {.video = {.system = 0},
+                         .audio = {{.codingMode = 4, .languageType = 0, .channels = 1}},
+                         .pgcs = {{.time = {0, 0, 0x30, 0xC0}, .cells = {CellSpec{0, 49}}}}};
+    return spec;
 }
 
 [[nodiscard]] inline DiscTree sampleDvd()
 {
-    VmgSpec manager;
-    manager.provider = "SAMPLE";
-    manager.titles = {{.chapters = 3, .vtsn = 1}, {.chapters = 1, .vtsn = 2}};
-    return DiscTree()
-        .add("VIDEO_TS/VIDEO_TS.IFO", manager.build())
-        .add("VIDEO_TS/VTS_01_0.IFO", sampleFeature().build())
-        .add("VIDEO_TS/VTS_02_0.IFO", sampleExtra().build());
+    return sampleDvdSpec().tree();
 }
 
 }  // namespace testsupport

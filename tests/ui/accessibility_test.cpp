@@ -221,7 +221,7 @@ void AccessibilityTest::treesTellTheirRows()
     QCOMPARE(nameOf(*table->cellAt(3, 1)), QStringLiteral("English, TrueHD, Multi-channel, 48 kHz"));
     QVERIFY(!tree->topLevelItem(1)->child(1)->toolTip(1).isEmpty());
     QTest::keyClick(tree, Qt::Key_Down);
-    QCOMPARE(nameOf(*QAccessible::queryAccessibleInterface(tree)->focusChild()), QStringLiteral("Title"));
+    QCOMPARE(nameOf(*QAccessible::queryAccessibleInterface(tree)->focusChild()), QStringLiteral("Video"));
 }
 
 QTEST_MAIN(AccessibilityTest)

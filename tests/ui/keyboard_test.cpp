@@ -110,7 +110,7 @@ void KeyboardTest::aDiscOpensAndItsTitlesAreRead()
     KeyboardFixture fixture;
     fixture.openBluray();
     QCOMPARE(fixture.focused(), QStringLiteral("titlesTree"));
-    QVERIFY(fixture.details().startsWith(QStringLiteral("Playlist ID: 0\n")));
+    QVERIFY(fixture.details().startsWith(QStringLiteral("Playlist ID: 800\n")));
     fixture.press(Qt::Key_Down);
     fixture.press(Qt::Key_Right);
     fixture.press(Qt::Key_Down);
@@ -131,6 +131,7 @@ void KeyboardTest::aConfigurationIsReadAndTheListRefreshed()
     fixture.choose(kView, 1);
     QCOMPARE(fixture.page(), QStringLiteral("configurationsPage"));
     QCOMPARE(fixture.focused(), QStringLiteral("configurationList"));
+    QVERIFY(fixture.part<QTreeWidget>("configurationList")->topLevelItem(0)->isSelected());
     fixture.press(Qt::Key_End);
     fixture.press(Qt::Key_Return);
     QCOMPARE(fixture.focused(), QStringLiteral("configurationTree"));

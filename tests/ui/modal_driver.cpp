@@ -43,6 +43,7 @@ void ModalDriver::expectBox(const QString& title, const QString& text,
                               if (box->textFormat() != Qt::PlainText) {
                                   m_problems.append(title + QStringLiteral(": may be taken for markup"));
                               }
+                              m_lastDetails = box->detailedText();
                               answer(box);
                           }});
 }
@@ -71,6 +72,9 @@ void ModalDriver::expectKeyDialog(const QString& typed, const std::function<void
                               if (edit == nullptr) {
                                   m_problems.append(title + QStringLiteral(": no text field"));
                                   return;
+                              }
+                              if (edit->width() < edit->fontMetrics().horizontalAdvance(QString(64, u'0'))) {
+                                  m_problems.append(title + QStringLiteral(": too narrow for a key"));
                               }
                               if (before) { before(); }
                               if (typed.isNull()) {

@@ -45,6 +45,9 @@ public:
     // "title: label" of each busy dialog so far.
     [[nodiscard]] const QStringList& busyDialogs() const { return m_busyDialogs; }
 
+    // What "Show Details..." of the last expected message box held.
+    [[nodiscard]] const QString& lastDetails() const { return m_lastDetails; }
+
 Q_SIGNALS:
     // An expected dialog stands, and is about to be answered.
     void boxShown();
@@ -66,4 +69,5 @@ private:
     std::deque<std::pair<QString, std::function<void()>>> m_whenBusy;
     QStringList m_problems;
     QStringList m_busyDialogs;
+    QString m_lastDetails;
 };

@@ -132,7 +132,7 @@ void OpenDiscTest::onlyOneLocalDiscCanBeDropped()
     QVERIFY(!drop(fixture.window.get(), {path, path}));
     QVERIFY(!drop(fixture.window.get(), {QStringLiteral("/no/such/disc")}));
     QVERIFY(!drop(fixture.window.get(), {QStringLiteral("/dev/null")}));
-    QVERIFY(drop(fixture.window.get(), {path}));
+    QVERIFY(drop(fixture.window.get(), {path + QStringLiteral("/VIDEO_TS/VTS_01_0.IFO")}));
     QTRY_COMPARE(fixture.page(), QStringLiteral("titlesPage"));
 }
 
@@ -188,6 +188,18 @@ void OpenDiscTest::anUnknownDiscIsAddedOnlyOnYes()
     fixture.openDirectory(path);  // known now: nothing is asked
     QCOMPARE(fixture.driver.problems(), QStringList());
     QCOMPARE(rowTexts(*fixture.tree()), kSampleRows);
+
+    // Of a disc that is not read whole, the user learns before the question, and not again when it is added.
+    const std::string damaged = testsupport::sampleBluray()
+                                    .remove("BDMV/index.bdmv")
+                                    .add("BDMV/index.bdmv/in it", {})
+                                    .write(DiscForm::Directory, fixture.folder);
+    fixture.openDirectory(damaged, [&] {
+        fixture.driver.expectBox(QStringLiteral("Disc Read Error"),
+                                 QStringLiteral("cannot read 'BDMV/index.bdmv': Is a directory"));
+        fixture.driver.expectBox(kAddTitle, kAddQuestion, QMessageBox::Yes);
+    });
+    QCOMPARE(fixture.driver.problems(), QStringList());
 }
 
 void OpenDiscTest::theQuestionsDefaultIsNo()
@@ -284,6 +296,10 @@ void OpenDiscTest::aFailingDiscAfterAGoodOne()
         fixture.driver.expectBox(kError, QStringLiteral("Path is not a valid Blu-ray or DVD."));
     });
     QCOMPARE(fixture.driver.problems(), QStringList());
+    const QString folder = QString::fromStdString(fixture.folder.path().parent_path());
+    QCOMPARE(fixture.driver.lastDetails(),
+             QStringLiteral("Blu-ray: '%1' has no BDMV directory\nDVD: '%1' has no VIDEO_TS directory")
+                 .arg(folder));
     QCOMPARE(fixture.tree()->topLevelItemCount(), 0);
     QCOMPARE(fixture.page(), QStringLiteral("placeholderPage"));
     QVERIFY(!fixture.isEnabled("titlesAction"));

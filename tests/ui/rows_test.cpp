@@ -25,6 +25,8 @@ private Q_SLOTS:
     void aRowHasAMenu();
     void streamsHaveToolTips();
     void aDiscOfDecoysIsSearchedAtOnce();
+    void theTitlesTreeTakesTheWidthOfItsRows();
+    void titlesAreSortedByTheirDuration();
 };
 
 namespace {
@@ -173,6 +175,7 @@ void RowsTest::everyListOfTheWindowFindsAndCopies()
 
 void RowsTest::aRowHasAMenu()
 {
+    const testsupport::CapturedLog log;
     BlurayFixture fixture;
     QTreeWidget* tree = fixture.tree();
     tree->topLevelItem(1)->setExpanded(true);
@@ -192,6 +195,9 @@ void RowsTest::aRowHasAMenu()
     QCOMPARE(QApplication::activePopupWidget()->pos(), place());
     QCOMPARE(chosen(1), fixture.details());
     QVERIFY(fixture.details().startsWith(QStringLiteral("Audio track\n")));
+    QTest::keyClick(tree, Qt::Key_F10, Qt::ShiftModifier);
+    const std::string signature = chosen(2).toStdString();
+    QVERIFY2(log.lines().back().ends_with(" package SHA-256 " + signature), signature.c_str());
 
     const auto rightClick = [tree](const QPoint& at) {
         QContextMenuEvent click(QContextMenuEvent::Mouse, at, tree->viewport()->mapToGlobal(at));
@@ -271,6 +277,74 @@ void RowsTest::aDiscOfDecoysIsSearchedAtOnce()
     const qint64 longestMs = lag.longestMs();
     qInfo("longest lag %lld ms", longestMs);
     QVERIFY2(longestMs < kLagLimitMs, qPrintable(QString::number(longestMs)));
+}
+
+void RowsTest::theTitlesTreeTakesTheWidthOfItsRows()
+{
+    DiscScanResult result;
+    result.discType = DiscType::Dvd;
+    result.dvdTitles.resize(1);
+    result.dvdTitles.front().audioTracks = {{{}, QString(300, QLatin1Char('x')), {}, {}, 0x80}};
+    TitlesPage page;
+    page.resize(900, 600);
+    page.show();
+    QCOMPARE(qRound(10.0 * page.sizes().at(1) / page.sizes().at(0)), 20);
+    page.showTitles(result);
+    auto* tree = page.findChild<QTreeWidget*>();
+    QCOMPARE(page.sizes().at(0) / 40, (tree->header()->length() + 20) / 40);
+    tree->topLevelItem(0)->setExpanded(true);  // shows a row that is wider than the window
+    QTRY_COMPARE(page.sizes().at(0), 450);
+    QTest::mousePress(page.handle(1), Qt::LeftButton, {}, QPoint(1, 9));
+    QTest::mouseMove(page.handle(1), QPoint(-99, 9));
+    QTest::mouseRelease(page.handle(1), Qt::LeftButton, {}, QPoint(1, 9));
+    const QList<int> chosen = page.sizes();
+    QCOMPARE(chosen.at(0), 350);
+    page.showTitles(result);
+    QCOMPARE(page.sizes(), chosen);
+}
+
+void RowsTest::titlesAreSortedByTheirDuration()
+{
+    DiscScanResult result;
+    result.discType = DiscType::Dvd;
+    result.dvdTitles.resize(4);
+    const QList<quint64> minutes = {9, 60, 9, 100};
+    const QList<quint64> distinctMinutes = {9, 30, 30, 1};
+    for (qsizetype i = 0; i < minutes.size(); ++i) {
+        DvdTitleInfo& title = result.dvdTitles[i];
+        title.chapterCount = static_cast<quint32>(i);
+        title.durationMs = minutes.at(i) * 60'000;
+        title.distinctDurationMs = distinctMinutes.at(i) * 60'000;
+        title.audioTracks.resize(2);
+        title.audioTracks.front().language = QStringLiteral("zh");
+    }
+    TitlesPage page;
+    page.resize(900, 600);
+    page.show();
+    page.showTitles(result);
+    auto* tree = page.findChild<QTreeWidget*>();
+    const auto order = [tree] {
+        QString text;
+        for (int i = 0; i < tree->topLevelItemCount(); ++i) {
+            text += tree->topLevelItem(i)->text(1).first(1);
+        }
+        return text;
+    };
+    const auto clickDescription = [tree] {
+        QTest::mouseClick(tree->header()->viewport(), Qt::LeftButton, {},
+                          QPoint(tree->header()->sectionViewportPosition(1) + 20, 5));
+    };
+    QCOMPARE(order(), QStringLiteral("0123"));
+    QCOMPARE(tree->currentItem(), tree->topLevelItem(1));
+    const QTreeWidgetItem* selected = tree->currentItem();
+    for (const char* expected : {"0213", "3102", "0123", "0213"}) {
+        clickDescription();
+        QCOMPARE(order(), QString::fromLatin1(expected));
+        QCOMPARE(tree->currentItem(), selected);
+        QVERIFY(selected->child(0)->text(1).startsWith(QStringLiteral("Chinese")));
+    }
+    page.showTitles(result);
+    QCOMPARE(order(), QStringLiteral("0123"));
 }
 
 QTEST_MAIN(RowsTest)

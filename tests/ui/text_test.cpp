@@ -33,10 +33,6 @@ void TextTest::textsOfOthersAreCutToTheirPlace()
         QCOMPARE(plaintext::bounded(QString(9, QChar(lineBreak)), 9, 2), QStringLiteral("\n") + more);
     }
     QCOMPARE(plaintext::bounded(QStringLiteral("a\r\nb"), 9, 2), QStringLiteral("a\nb"));
-    QCOMPARE(plaintext::wrapped(QStringLiteral("one two\nthree"), 7, 3), QStringLiteral("one two\nthree"));
-    QCOMPARE(plaintext::wrapped(QStringLiteral("abcdefgh ij"), 4, 3), QStringLiteral("abcd\nefgh\nij"));
-    QCOMPARE(plaintext::wrapped(QStringLiteral("abcdefghijkl"), 4, 2), QStringLiteral("abcd\nefgh") + more);
-    QCOMPARE(plaintext::wrapped(QString(), 4, 2), QString());
     QCOMPARE(plaintext::toolTip(QStringLiteral("<b>")), QStringLiteral("<span>&lt;b&gt;</span>"));
 }
 

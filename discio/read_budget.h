@@ -1,0 +1,74 @@
+// What reading one disc may cost. A disc can claim far more than it holds: sparse files, names and extents that share
+// bytes, tables that overlap. No real disc comes near a tenth of any bound. A bound that is reached fails the disc, so
+// it never changes what is read of one, and the message of that failure is the bound's own, not one about a file.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace discio {
+
+class ReadBudget {
+public:
+    enum class Bound : std::size_t {
+        NavigationBytes,  // of the navigation files, whole
+        FileSystemBytes,  // of what leads to them in an image: directories, allocation descriptors, volume descriptors
+        Pieces,           // extents of the files of an image, beyond the first of each
+        Streams,    // of the clips, and of the playlists' stream tables, a shared table counted once
+        LookUps,    // entries that the searches for entry points pass
+        TitleRows,  // titles and their distinct streams, each a row for the views
+    };
+
+    // Takes `amount` from what the bound leaves. False if that is less; from then on every call is false.
+    [[nodiscard]] bool spend(Bound bound, std::uint64_t amount)
+    {
+        Allowance& allowance = of(bound);
+        if (m_reached == nullptr && amount > allowance.left) { m_reached = allowance.message; }
+        if (m_reached != nullptr) { return false; }
+        allowance.left -= amount;
+        return true;
+    }
+
+    // Lowers what a bound leaves to `left`, under a message of its own; does nothing where it leaves less.
+    void lower(Bound bound, std::uint64_t left, const char* message)
+    {
+        if (left < of(bound).left) { of(bound) = {left, message}; }
+    }
+
+    // The files of an image may share bytes; all of them together may be no larger than the image.
+    void holdToImage(std::uint64_t imageSizeBytes)
+    {
+        lower(Bound::NavigationBytes, imageSizeBytes,
+              "the navigation files are larger than the image that holds them");
+    }
+
+    [[nodiscard]] std::uint64_t left(Bound bound) const
+    {
+        return m_allowances.at(static_cast<std::size_t>(bound)).left;
+    }
+
+    // The message of the bound that was reached; null where none was.
+    [[nodiscard]] const char* reached() const { return m_reached; }
+
+private:
+    struct Allowance {
+        std::uint64_t left;
+        const char* message;
+    };
+
+    Allowance& of(Bound bound) { return m_allowances.at(static_cast<std::size_t>(bound)); }
+
+    // In the order of Bound.
+    std::array<Allowance, 6> m_allowances = {{
+        {512ULL << 20U, "the navigation files are larger than 512 MiB"},
+        {32ULL << 20U, "the directories and file entries are larger than 32 MiB"},
+        {262'144, "the files are in more than 262,144 pieces"},
+        {2'000'000, "the playlists and clips have more than 2,000,000 streams"},
+        {1'000'000'000, "the searches for entry points take more than 1,000,000,000 steps"},
+        {250'000, "the disc has more than 250,000 titles and streams to show"},
+    }};
+    const char* m_reached = nullptr;
+};
+
+}  // namespace discio
