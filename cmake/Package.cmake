@@ -52,6 +52,8 @@ to.")
 set(CPACK_DEBIAN_SERVICE_PACKAGE_NAME ${package_service})
 set(CPACK_DEBIAN_SERVICE_PACKAGE_SECTION web)
 set(CPACK_DEBIAN_SERVICE_PACKAGE_ENHANCES ${package_program})
+# Qt's driver for SQLite, a plug-in, which the linker does not know.
+set(CPACK_DEBIAN_SERVICE_PACKAGE_DEPENDS libqt6sql6-sqlite)
 set(CPACK_COMPONENT_SERVICE_DESCRIPTION
 "Tessera service of your own for Platterscope
 tessera_local keeps the title packages of discs and what people write

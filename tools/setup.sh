@@ -22,7 +22,7 @@ build=(
     zlib1g-dev              # packs the disc package for the service
     libgtest-dev            # GoogleTest, for everything without widgets
     libcpp-httplib-dev      # HTTP server of the local service and of the tests
-    libsqlite3-dev          # database of the local service
+    libqt6sql6-sqlite       # Qt's driver for the database of the local service, loaded at run time
 )
 test=(
     git                     # tells which files are the project's and which of them changed
@@ -40,6 +40,7 @@ test=(
 browser=(
     chromium                # opens the local service's pages as their user does (tests/browser)
     chromium-driver         # types and clicks in it for the tests
+    python3-selenium        # the commands to it
 )
 windows=(
     g++-mingw-w64-x86-64-posix    # compiles for Windows (preset "windows-backends")

@@ -1,32 +1,66 @@
-// A second process that opens and closes files at a test's word, as a player does.
+// A second process, a shell, that opens and closes files as a player does.
 #pragma once
 
-#include <sys/types.h>
+#include <fcntl.h>
+#include <unistd.h>
 
+#include <array>
 #include <cstdio>
+#include <regex>
+#include <stdexcept>
 #include <string>
 
 namespace testsupport {
 
 class Player {
 public:
-    Player();
-    ~Player();  // ends the process; what it has open is closed
+    Player()
+    {
+        std::array<int, 2> replies{};
+        if (::pipe(replies.data()) != 0) { throw std::runtime_error("no pipe"); }
+        ::fcntl(replies[0], F_SETFD, FD_CLOEXEC);
+        m_commands = ::popen(("exec sh >/dev/fd/" + std::to_string(replies[1])).c_str(), "we");
+        m_replies = ::fdopen(replies[0], "r");
+        ::close(replies[1]);
+    }
+    ~Player()  // ends the process and so closes its files
+    {
+        ::pclose(m_commands);
+        std::fclose(m_replies);
+    }
     Player(const Player&) = delete;
     Player& operator=(const Player&) = delete;
 
     // Opens the file for reading under `number`, 3 to 9, until close() of the same number.
-    void open(int number, const std::string& path);
-    void close(int number);
+    void open(int number, const std::string& path)
+    {
+        run("exec " + std::to_string(number) + "<" + quoted(path));
+    }
+    void close(int number) { run("exec " + std::to_string(number) + "<&-"); }
 
-    // Opens and closes the file so many times.
-    void openAndClose(const std::string& path, int times = 1);
+    // Opens and closes the file `times` times.
+    void openAndClose(const std::string& path, int times = 1)
+    {
+        run("for i in $(seq " + std::to_string(times) + "); do : <" + quoted(path) + "; done");
+    }
 
     // Runs shell commands and waits for their end.
-    void run(const std::string& commands);
+    void run(const std::string& commands)
+    {
+        std::fputs((commands + "\necho done\n").c_str(), m_commands);
+        std::fflush(m_commands);
+        std::array<char, 16> line{};
+        if (std::fgets(line.data(), line.size(), m_replies) == nullptr) {
+            throw std::runtime_error(commands);
+        }
+    }
 
 private:
-    pid_t m_process = -1;
+    static std::string quoted(const std::string& path)
+    {
+        return "'" + std::regex_replace(path, std::regex("'"), R"('\'')") + "'";
+    }
+
     std::FILE* m_commands = nullptr;
     std::FILE* m_replies = nullptr;
 };

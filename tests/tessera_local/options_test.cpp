@@ -1,85 +1,63 @@
-#include "tests/tessera_local/test_package.h"
+#include "tests/support/temporary_folder.h"
 #include "tools/tessera_local/options.h"
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-
 namespace tessera_local {
-
-namespace {
 
 using Action = CommandLine::Action;
 
-// The error of a command line that must be refused.
-std::string refusalOf(const std::vector<std::string>& arguments)
-{
-    const CommandLine commandLine = parseCommandLine(arguments);
-    EXPECT_EQ(commandLine.action, Action::Refuse);
-    return commandLine.error;
-}
-
-}  // namespace
-
 TEST(Options, ReadsUsersInOrderFromTheLineAndFromFiles)
 {
-    const TemporaryFolder folder;
-    std::ofstream(folder.file("keys")) << "# a comment=nobody\n\nfile==key==carol\r\nlast=d\xC3\xA4ve";
-    const CommandLine commandLine =
-        parseCommandLine({"--keys-file", folder.file("keys"), "--database=x.db", "--key", "k1=alice", "--key",
-                          "k2=bob", "--port", "65535"});
-    ASSERT_EQ(commandLine.action, Action::Serve) << commandLine.error;
-    EXPECT_EQ(commandLine.options.databasePath, "x.db");
-    EXPECT_EQ(commandLine.options.host, "127.0.0.1");
-    EXPECT_EQ(commandLine.options.port, 65535);
-    const std::vector<User>& users = commandLine.options.users;
-    ASSERT_EQ(users.size(), 4U);
-    const std::vector<std::pair<std::string, std::string>> expected{
-        {"k1", "alice"}, {"k2", "bob"}, {"file==key=", "carol"}, {"last", "d\xC3\xA4ve"}};
-    for (std::size_t i = 0; i < users.size(); ++i) {
-        EXPECT_EQ(users[i].uid, static_cast<std::int64_t>(i) + 1);
-        EXPECT_EQ(std::pair(users[i].key, users[i].name), expected[i]);
+    const testsupport::TemporaryFolder folder;
+    std::ofstream(folder / "keys") << "# a comment=nobody\n\nfile==key==carol\r\nlast=d\xC3\xA4ve";
+    const CommandLine line = parseCommandLine({"--keys-file", folder / "keys", "--database=x.db", "--key",
+                                               "k1=alice", "--key", "k2=bob", "--port", "65535"});
+    ASSERT_EQ(line.action, Action::Serve) << line.error;
+    EXPECT_EQ(line.options.databasePath + line.options.host + std::to_string(line.options.port),
+              "x.db127.0.0.165535");
+    std::string users;
+    for (const User& user : line.options.users) {
+        users += std::to_string(user.uid) + " " + user.name + " " + user.key + "\n";
     }
+    EXPECT_EQ(users, "1 alice k1\n2 bob k2\n3 carol file==key=\n4 d\xC3\xA4ve last\n");
+    EXPECT_EQ(parseCommandLine({"--help"}).action, Action::ShowHelp);
+    EXPECT_EQ(parseCommandLine({"--version"}).action, Action::ShowVersion);
 }
 
 TEST(Options, RefusesWrongUseWithoutTellingAKey)
 {
-    const TemporaryFolder folder;
-    std::ofstream(folder.file("keys")) << "good=alice\nSECRET\n";
-    const std::vector<std::string> start{"--database", "x.db"};
-    const std::vector<std::vector<std::string>> endings{{"--key", "SECRET"},
-                                                        {"--key", "=alice"},
-                                                        {"--key", "SECRET="},
-                                                        {"--key", "SECRET X=alice"},
-                                                        {"--key", "SEC%52ET=a"},
-                                                        {"--key", "SECRET=a", "--key", "SECRET=b"},
-                                                        {"-key=SECRET"},
-                                                        {"--kye", "SECRET=alice"},
-                                                        {"--key", "SECRET=a\x01"},
-                                                        {"--keys-file", folder.file("keys")},
-                                                        {"SECRET"},
-                                                        {}};
-    for (const std::vector<std::string>& ending : endings) {
-        std::vector<std::string> arguments = start;
-        arguments.insert(arguments.end(), ending.begin(), ending.end());
-        const std::string error = refusalOf(arguments);
-        EXPECT_FALSE(error.empty());
-        EXPECT_EQ(error.find("SECRET"), std::string::npos) << error;
+    const testsupport::TemporaryFolder folder;
+    std::ofstream(folder / "keys") << "good=alice\nSECRET\n";
+    const std::vector<std::pair<std::vector<std::string>, std::string>> rows{
+        {{"--key", "SECRET"}, "KEY=USER"},
+        {{"--key", "=alice"}, "KEY=USER"},
+        {{"--key", "SECRET="}, "KEY=USER"},
+        {{"--key", "SECRET X=alice"}, "printable ASCII"},
+        {{"--key", "SEC\x7FRET=alice"}, "printable ASCII"},
+        {{"--key", "SEC%52ET=a"}, "printable ASCII"},
+        {{"--key", "SECRET=a\x01"}, "printable UTF-8"},
+        {{"--key", "SECRET=a", "--key", "SECRET=b"}, "two users"},
+        {{"-key=SECRET"}, "KEY=USER"},
+        {{"--kye", "SECRET=alice"}, "kye"},
+        {{"--keys-file", folder / "keys"}, "line 2"},
+        {{"--keys-file", folder / "none"}, "cannot read"},
+        {{"SECRET"}, "no option"},
+        {{}, "nobody"},
+        {{"--key=k=a", "--port=-1"}, "--port"},
+        {{"--key=k=a", "--port=65536"}, "--port"},
+        {{"--key=k=a", "--port=80x"}, "--port"},
+        {{"--key=k=a", "--host="}, "--host"},
+        {{"--key=k=a", "--database="}, "no database"},
+    };
+    for (const auto& [arguments, part] : rows) {
+        std::vector<std::string> all{"--database", "x.db"};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        const CommandLine line = parseCommandLine(all);
+        EXPECT_EQ(line.action, Action::Refuse) << line.error;
+        EXPECT_NE(line.error.find(part), std::string::npos) << line.error;
+        EXPECT_EQ(line.error.find("SECRET"), std::string::npos) << line.error;
     }
-    EXPECT_NE(refusalOf({"--database", "x", "--keys-file", folder.file("keys")}).find("line 2"),
-              std::string::npos);
-    EXPECT_NE(refusalOf({"--database", "x", "--keys-file", folder.file("none")}).find("cannot read"),
-              std::string::npos);
-    refusalOf({"--key", "k=alice"});
-    for (const char* port : {"-1", "65536", "", "80x"}) {
-        refusalOf({"--database", "x", "--key", "k=a", std::string("--port=") + port});
-    }
-}
-
-TEST(Options, HelpAndVersionNeedNothingElse)
-{
-    EXPECT_EQ(parseCommandLine({"--help"}).action, Action::ShowHelp);
-    EXPECT_EQ(parseCommandLine({"--version"}).action, Action::ShowVersion);
 }
 
 }  // namespace tessera_local

@@ -1,15 +1,18 @@
-// The real executable over real sockets, and uploads for it.
+// The service under test, a client that sends whatever bytes it is given, and well-formed requests to spoil.
 #pragma once
 
+#include "tests/support/database.h"
 #include "tests/support/local_service.h"
-#include "tests/tessera_local/test_package.h"
+#include "tests/support/temporary_folder.h"
 
-#include <QByteArray>
-#include <QJsonDocument>
+#include <QCryptographicHash>
+#include <QtEndian>
 
+#include <arpa/inet.h>
 #include <gtest/gtest.h>
-#include <httplib.h>
-#include <sqlite3.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <unistd.h>
 
 #include <memory>
 #include <string>
@@ -17,52 +20,109 @@
 
 namespace tessera_local {
 
-using testsupport::LocalService;
+class Client {
+public:
+    explicit Client(int port)
+        : m_socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    {
+        const timeval limit{10, 0};
+        ::setsockopt(m_socket, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+        const sockaddr_in address{AF_INET, htons(static_cast<in_port_t>(port)), {htonl(INADDR_LOOPBACK)}, {}};
+        EXPECT_EQ(::connect(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    }
+    ~Client() { ::close(m_socket); }
+    Client(const Client&) = delete;
+    Client& operator=(const Client&) = delete;
 
-inline constexpr char kExecutable[] = TESSERA_LOCAL_EXECUTABLE;
+    void send(const std::string& bytes) const { ::send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL); }
+    void finishSending() const { ::shutdown(m_socket, SHUT_WR); }
 
-inline std::string kindPath(DiscKind kind)
-{
-    return std::string("/api/tessera/") + kindName(kind);
-}
+    // Waits until the other end closes, for at most 10 s.
+    [[nodiscard]] std::string receiveAll() const
+    {
+        std::string reply(1 << 20, '\0');
+        const ssize_t count = ::recv(m_socket, reply.data(), reply.size(), MSG_WAITALL);
+        return reply.substr(0, count < 0 ? 0 : static_cast<std::size_t>(count));
+    }
 
-// An upload as the wire wants it, for a test to spoil.
-struct Upload {
-    Upload(DiscKind discKind, const std::string& package)
-        : kind(discKind)
-        , contentType(std::string("application/vnd.platterscope.") + kindName(discKind) + "-title-package")
-        , sha256(sha256Of(package))
-        , body(deflated(package))
-    {}
-
-    DiscKind kind;
-    std::string contentType;
-    std::string sha256;
-    std::string body;
-    std::string encoding = "deflate";
-    std::string key = "alice-key";
+private:
+    int m_socket;
 };
 
-// The first row of a statement on the database, its columns as bytes.
-inline std::vector<std::string> firstRow(const std::string& path, const std::string& sql)
+inline std::string statusOf(const std::string& reply)
 {
-    sqlite3* opened = nullptr;
-    sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READWRITE, nullptr);
-    const std::unique_ptr<sqlite3, decltype(&sqlite3_close)> database(opened, sqlite3_close);
-    sqlite3_busy_timeout(opened, 5000);
-    sqlite3_stmt* prepared = nullptr;
-    EXPECT_EQ(sqlite3_prepare_v2(opened, sql.c_str(), -1, &prepared, nullptr), SQLITE_OK)
-        << sqlite3_errmsg(opened);
-    const std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)> statement(prepared, sqlite3_finalize);
-    std::vector<std::string> columns;
-    const int result = sqlite3_step(prepared);
-    EXPECT_TRUE(result == SQLITE_ROW || result == SQLITE_DONE) << sqlite3_errmsg(opened);
-    for (int i = 0; result == SQLITE_ROW && i < sqlite3_column_count(prepared); ++i) {
-        const void* bytes = sqlite3_column_blob(prepared, i);
-        columns.emplace_back(static_cast<const char*>(bytes),
-                             static_cast<std::size_t>(sqlite3_column_bytes(prepared, i)));
-    }
-    return columns;
+    return reply.starts_with("HTTP/1.1 ") ? reply.substr(9, 3) : reply.empty() ? "---" : reply;
+}
+
+inline std::string bodyOf(const std::string& reply)
+{
+    return reply.find("\r\n\r\n") == std::string::npos ? "" : reply.substr(reply.find("\r\n\r\n") + 4);
+}
+
+// With the first `part` replaced, if there is one.
+inline std::string replaced(std::string text, const std::string& part, const std::string& with)
+{
+    return text.find(part) == std::string::npos ? text : text.replace(text.find(part), part.size(), with);
+}
+
+// With the length of the body instead of "#".
+inline std::string sized(const std::string& request)
+{
+    return replaced(request, "Length: #", "Length: " + std::to_string(bodyOf(request).size()));
+}
+
+// `start` is the method and the target. The length of the body is still to be set: sized().
+inline std::string request(const std::string& start,
+                           const std::string& headers = "Host: localhost\r\napiKey: alice-key\r\n",
+                           const std::string& body = {})
+{
+    return start + " HTTP/1.1\r\n" + headers + "Content-Length: #\r\n\r\n" + body;
+}
+
+// A form as a browser submits it.
+inline std::string form(const std::string& body, const std::string& target = "/tessera/dvd/new/?uid=1")
+{
+    return request("POST " + target,
+                   "Host: localhost\r\nOrigin: http://localhost\r\nSec-Fetch-Site: same-origin\r\n"
+                   "Content-Type: application/x-www-form-urlencoded\r\n",
+                   body);
+}
+
+// A package as far as the service looks into it; `statedBytes` overrides the length that its header states.
+inline std::string package(const std::string& kind, const std::string& chunks, std::uint64_t statedBytes = 0)
+{
+    using namespace std::string_literals;
+    std::string length(8, '\0');
+    qToBigEndian<quint64>(statedBytes != 0 ? statedBytes : 32 + chunks.size(), length.data());
+    const std::string magic = kind == "dvd" ? "PSTP-DVD"s : "PSTPBD\0\1"s;
+    return magic + "\0\1\0\x20\0\0\0\0"s + length + "\0\0\0\4\0\0\0\0"s + chunks;
+}
+
+inline std::string deflated(const std::string& bytes)
+{
+    return qCompress(QByteArray::fromStdString(bytes))
+        .mid(4)
+        .toStdString();  // Qt puts the length before the stream
+}
+
+inline std::string sha256Of(const std::string& bytes)
+{
+    return QCryptographicHash::hash(QByteArrayView(bytes), QCryptographicHash::Sha256).toHex().toStdString();
+}
+
+// An upload of the package `bytes` to "/api/tessera/KIND/ACTION/", sent as `stream`.
+inline std::string upload(const std::string& kind, const std::string& action, const std::string& bytes,
+                          const std::string& stream)
+{
+    return request("POST /api/tessera/" + kind + "/" + action + "/",
+                   "apiKey: alice-key\r\nContent-Type: application/vnd.platterscope." + kind +
+                       "-title-package\r\nContent-Encoding: deflate\r\nX-Platterscope-Package-SHA256: " +
+                       sha256Of(bytes) + "\r\n",
+                   stream);
+}
+inline std::string upload(const std::string& kind, const std::string& action, const std::string& bytes)
+{
+    return upload(kind, action, bytes, deflated(bytes));
 }
 
 class Service : public testing::Test {
@@ -70,58 +130,37 @@ protected:
     void start(const std::vector<std::string>& arguments = {})
     {
         m_service.reset();
-        m_service =
-            std::make_unique<LocalService>(kExecutable, database(),
-                                           std::vector<std::string>{"alice-key=alice", "bob-key=b\xC3\xB6"
-                                                                                       "b"},
-                                           arguments);
+        const std::vector<std::string> keys{"alice-key=alice", "bob-key=b\xC3\xB6z"};
+        m_service = std::make_unique<testsupport::LocalService>(TESSERA_LOCAL_EXECUTABLE, m_database, keys,
+                                                                arguments);
         ASSERT_TRUE(m_service->isReady()) << m_service->log();
     }
-    std::string database() const { return m_folder.file("service.db"); }
-    const TemporaryFolder& folder() const { return m_folder; }
-    LocalService& service() { return *m_service; }
+    void startWithDiscs()  // 1 is a DVD, 2 a Blu-ray
+    {
+        start();
+        ASSERT_EQ(body(upload("dvd", "add", package("dvd", "one"))), "1");
+        ASSERT_EQ(body(upload("bluray", "add", package("bluray", "one"))), "2");
+    }
+    [[nodiscard]] std::string ask(const std::string& request) const
+    {
+        const Client client(m_service->port());
+        client.send(sized(request));
+        client.finishSending();
+        return client.receiveAll();
+    }
+    [[nodiscard]] std::string status(const std::string& request) const { return statusOf(ask(request)); }
+    [[nodiscard]] std::string body(const std::string& request) const { return bodyOf(ask(request)); }
 
-    httplib::Client client() const
+    // The first value that a statement on the database gives.
+    std::string sql(const std::string& statement) const
     {
-        httplib::Client client("127.0.0.1", m_service->port());
-        client.set_read_timeout(20);
-        return client;
-    }
-    httplib::Result postUser(const httplib::Headers& headers) const
-    {
-        return client().Post("/api/tessera/user/", headers, "", "application/x-www-form-urlencoded");
-    }
-    httplib::Result post(const std::string& action, const Upload& upload) const
-    {
-        const httplib::Headers headers{{"apiKey", upload.key},
-                                       {"Content-Encoding", upload.encoding},
-                                       {"X-Platterscope-Package-SHA256", upload.sha256}};
-        return client().Post(kindPath(upload.kind) + action, headers, upload.body, upload.contentType);
-    }
-    httplib::Result getConfigurations(DiscKind kind, const std::string& query) const
-    {
-        return client().Get(kindPath(kind) + "/configurations/get/" + query, {{"apiKey", "alice-key"}});
-    }
-    // The document of a reply that must be a success.
-    static QJsonDocument json(const httplib::Result& result)
-    {
-        if (!result || result->status != 200) {
-            ADD_FAILURE() << (result ? result->body : "no reply");
-            return {};
-        }
-        return QJsonDocument::fromJson(QByteArray::fromStdString(result->body));
-    }
-    // The status of a refusal; every one has a text for people.
-    static int refusalOf(const httplib::Result& result)
-    {
-        if (!result) { return 0; }
-        EXPECT_FALSE(result->body.empty()) << result->status;
-        return result->status;
+        const std::vector<QByteArray> row = testsupport::firstRow(m_database, statement);
+        return row.empty() ? "" : row[0].toStdString();
     }
 
-private:
-    TemporaryFolder m_folder;
-    std::unique_ptr<LocalService> m_service;
+    testsupport::TemporaryFolder m_folder;
+    std::string m_database = m_folder / "service.db";
+    std::unique_ptr<testsupport::LocalService> m_service;
 };
 
 }  // namespace tessera_local

@@ -5,124 +5,86 @@
 #include <QJsonObject>
 #include <QRegularExpression>
 #include <QStringList>
+#include <QUrl>
 
 #include <algorithm>
-#include <charconv>
+
+using namespace Qt::StringLiterals;
 
 namespace tessera_local {
 
 namespace {
 
-// For what is the same with both kinds of disc.
-constexpr auto kColumns = titleColumns(DiscKind::Dvd);
+constexpr auto kFields = titleFields(DiscKind::Dvd);  // for what both kinds of disc have in common
 
-// A "%" that no two hexadecimal digits follow stands for itself.
-QString decoded(std::string_view text)
+// A name or value. Trims it and turns its line breaks into "\n".
+QString decoded(QStringView encoded)
 {
-    std::string bytes;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char* digits = text.data() + i + 1;
-        unsigned value = 0;
-        if (text[i] == '%' && text.size() - i > 2 &&
-            std::from_chars(digits, digits + 2, value, 16).ptr == digits + 2) {
-            bytes += static_cast<char>(value);
-            i += 2;
-        } else {
-            bytes += text[i] == '+' ? ' ' : text[i];
-        }
-    }
-    return QString::fromUtf8(bytes)
-        .replace(QLatin1String("\r\n"), QLatin1String("\n"))
-        .replace(u'\r', u'\n')
-        .trimmed();
+    QString text = QUrl::fromPercentEncoding(encoded.toLatin1());
+    return text.replace("\r\n"_L1, "\n"_L1).replace(u'\r', u'\n').trimmed();
 }
 
-// False: the field belongs to a row beyond the last.
-bool setField(ConfigurationForm& form, const QString& name, const QString& value)
+// Sets the field of an entry. Returns false if the entry is beyond the last.
+bool setTitleField(std::vector<TitleRow>& rows, const QString& name, const QString& value)
 {
-    if (name == QLatin1String("disc_name")) {
-        form.discName = value;
-    } else if (name == QLatin1String("language_code")) {
-        form.languageCode = value;
-    } else if (name == QLatin1String("action")) {
-        form.wantsMore = value == QLatin1String("more");
-    } else if (name.startsWith(QLatin1String("title_"))) {
-        const std::size_t number = name.section(u'_', 1, 1).toUInt();
-        const QString columnName = name.section(u'_', 2);
-        const auto column = std::find_if(kColumns.begin(), kColumns.end(), [&](const TitleColumn& each) {
-            return columnName == QLatin1String(each.name);
-        });
-        if (number == 0 || column == kColumns.end()) { return true; }
-        if (number > kMaximumRows) { return false; }
-        form.rows.resize(std::max(form.rows.size(), number));
-        form.rows[number - 1].*column->value = value;
-    }
+    const std::size_t number = name.section(u'_', 1, 1).toUInt();
+    const auto field =
+        std::find_if(kFields.begin(), kFields.end(),
+                     [part = name.section(u'_', 2)](auto& each) { return part == QLatin1String(each.name); });
+    if (number == 0 || field == kFields.end()) { return true; }
+    if (number > kMaximumRows) { return false; }
+    rows.resize(std::max(rows.size(), number));
+    rows[number - 1].at(static_cast<std::size_t>(field - kFields.begin())) = value;
     return true;
 }
 
-// The following give what to do about a value; nothing when it is fine.
-
-QString textProblem(const QString& value, int maximumLength, bool mayHaveLines)
+bool isEmptyRow(TitleRow row)
 {
-    const auto isRefused = [mayHaveLines](QChar c) {
-        return c.category() == QChar::Other_Control && !(mayHaveLines && c == u'\n');
-    };
-    if (value.size() > maximumLength) {
-        return QStringLiteral("Enter at most %1 characters.").arg(maximumLength);
-    }
-    if (std::any_of(value.begin(), value.end(), isRefused)) {
-        return mayHaveLines ? QStringLiteral("Remove tabs and other control characters.")
-                            : QStringLiteral("Remove line breaks, tabs and other control characters.");
-    }
-    if (value.contains(QChar::ReplacementCharacter)) {
-        return QStringLiteral("Enter the characters again that could not be read.");
-    }
-    return {};
+    if (row[Type] == "0"_L1) { row[Type].clear(); }
+    return row == TitleRow();
 }
 
-QString discNameProblem(const QString& value)
+// What to do about a value; empty if it can be stored.
+QString problemOf(const QString& value, const Field& field)
 {
-    return value.isEmpty() ? QStringLiteral("Enter a name.") : textProblem(value, kMaximumDiscName, false);
+    static const QRegularExpression language(u"\\A[A-Za-z]{2,3}(-[A-Za-z0-9]{2,8})*\\z"_s);
+    const bool isTooLong = value.size() > field.high;
+    if (field.kind == FieldKind::Number || field.kind == FieldKind::Type) {
+        bool isNumber = false;
+        const int number = value.toInt(&isNumber);
+        if (isNumber && number >= field.low && number <= field.high) { return {}; }
+        return u"Enter a number from %1 to %2."_s.arg(field.low).arg(field.high);
+    }
+    if (field.kind == FieldKind::LanguageCode) {
+        return !isTooLong && language.match(value).hasMatch()
+                   ? QString()
+                   : u"Enter a language code such as en or pt-BR."_s;
+    }
+    if (value.size() < field.low) { return u"Enter a name."_s; }
+    if (isTooLong) { return u"Enter at most %1 characters."_s.arg(field.high); }
+    const bool isLine = field.kind == FieldKind::Line;
+    if (std::any_of(value.begin(), value.end(), isControl) || (isLine && value.contains(u'\n'))) {
+        return isLine ? u"Remove line breaks, tabs and other control characters."_s
+                      : u"Remove tabs and other control characters."_s;
+    }
+    return value.contains(QChar::ReplacementCharacter)
+               ? u"Enter the characters again that could not be read."_s
+               : QString();
 }
 
-QString languageCodeProblem(const QString& value)
+QString problemOfTitle(const TitleRow& row, std::size_t column, const Field& field)
 {
-    static const QRegularExpression form(QStringLiteral("\\A[A-Za-z]{2,3}(-[A-Za-z0-9]{2,8})*\\z"));
-    if (value.size() <= kMaximumLanguageCode && form.match(value).hasMatch()) { return {}; }
-    return QStringLiteral("Enter a language code such as en or pt-BR.");
-}
-
-QString titleProblem(const TitleRow& row, const TitleColumn& column)
-{
-    const QString& value = row.*column.value;
-    if (value.isEmpty() && column.value != &TitleRow::id) { return {}; }
-    if (column.kind == FieldKind::Line || column.kind == FieldKind::Lines) {
-        return textProblem(value, column.high, column.kind == FieldKind::Lines);
-    }
-    bool isNumber = false;
-    const int number = value.toInt(&isNumber);
-    if (!isNumber || number < column.low || number > column.high) {
-        return QStringLiteral("Enter a number from %1 to %2.").arg(column.low).arg(column.high);
-    }
-    if (column.value == &TitleRow::lastChapter && number < row.firstChapter.toInt()) {
-        return QStringLiteral("Enter a chapter that is not before the first one.");
-    }
-    return {};
+    if (row.at(column).isEmpty() && column != Id) { return {}; }
+    const QString text = problemOf(row.at(column), field);
+    const bool endsTooEarly = column == LastChapter && row[LastChapter].toInt() < row[FirstChapter].toInt();
+    return text.isEmpty() && endsTooEarly ? u"Enter a chapter that is not before the first one."_s : text;
 }
 
 }  // namespace
 
-bool TitleRow::isEmpty() const
+QString fieldName(std::size_t rowNumber, const Field& field)
 {
-    return std::all_of(kColumns.begin(), kColumns.end(), [this](const TitleColumn& column) {
-        const QString& text = this->*column.value;
-        return text.isEmpty() || (column.value == &TitleRow::type && text == QLatin1String("0"));
-    });
-}
-
-QString fieldName(std::size_t rowNumber, const TitleColumn& column)
-{
-    return QStringLiteral("title_%1_%2").arg(QString::number(rowNumber), QLatin1String(column.name));
+    return u"title_%1_%2"_s.arg(QString::number(rowNumber), QLatin1String(field.name));
 }
 
 void ConfigurationForm::addRows()
@@ -130,17 +92,27 @@ void ConfigurationForm::addRows()
     rows.resize(std::min(rows.size() + kRowsAtOnce, kMaximumRows));
 }
 
-std::optional<ConfigurationForm> parseConfigurationForm(std::string_view body)
+std::optional<ConfigurationForm> parseConfigurationForm(const std::string& body)
 {
+    static const QRegularExpression strayPercent(u"%(?![0-9A-Fa-f]{2})"_s);
+    QString text = QString::fromLatin1(body.data(), static_cast<qsizetype>(body.size()));
+    text.replace(u'+', u' ').replace(strayPercent, u"%25"_s);
     ConfigurationForm form;
-    while (!body.empty()) {
-        const std::string_view pair = body.substr(0, body.find('&'));
-        body.remove_prefix(std::min(pair.size() + 1, body.size()));
-        const std::string_view name = pair.substr(0, pair.find('='));
-        const std::string_view value = pair.substr(std::min(name.size() + 1, pair.size()));
-        if (!setField(form, decoded(name), decoded(value))) { return std::nullopt; }
+    for (const QStringView pair : QStringView(text).split(u'&', Qt::SkipEmptyParts)) {
+        const QStringView encodedName = pair.left(pair.indexOf(u'='));
+        const QString name = decoded(encodedName);
+        const QString value = decoded(pair.mid(encodedName.size() + 1));
+        if (name == QLatin1String(kDiscName.name)) { form.discName = value; }
+        if (name == QLatin1String(kLanguageCode.name)) { form.languageCode = value; }
+        if (name == "action"_L1) { form.wantsMore = value == "more"_L1; }
+        if (name.startsWith("title_"_L1) && !setTitleField(form.rows, name, value)) { return std::nullopt; }
     }
     return form;
+}
+
+bool isControl(QChar c)
+{
+    return c.category() == QChar::Other_Control && c != u'\n';
 }
 
 std::vector<FormProblem> problemsOf(const ConfigurationForm& form, DiscKind kind)
@@ -149,45 +121,42 @@ std::vector<FormProblem> problemsOf(const ConfigurationForm& form, DiscKind kind
     const auto add = [&problems](const QString& field, const QString& label, const QString& text) {
         if (!text.isEmpty()) { problems.push_back({field, label, text}); }
     };
-    add(QStringLiteral("disc_name"), QStringLiteral("Disc name"), discNameProblem(form.discName));
-    add(QStringLiteral("language_code"), QStringLiteral("Language code"),
-        languageCodeProblem(form.languageCode));
+    add(QLatin1String(kDiscName.name), QLatin1String(kDiscName.label), problemOf(form.discName, kDiscName));
+    add(QLatin1String(kLanguageCode.name), QLatin1String(kLanguageCode.label),
+        problemOf(form.languageCode, kLanguageCode));
+    const auto fields = titleFields(kind);
     for (std::size_t i = 0; i < form.rows.size(); ++i) {
-        if (form.rows[i].isEmpty()) { continue; }
-        for (const TitleColumn& column : titleColumns(kind)) {
-            const QString label =
-                QStringLiteral("Entry %1, %2").arg(QString::number(i + 1), QLatin1String(column.label));
-            add(fieldName(i + 1, column), label, titleProblem(form.rows[i], column));
+        for (std::size_t column = 0; column < kColumns && !isEmptyRow(form.rows[i]); ++column) {
+            add(fieldName(i + 1, fields[column]),
+                u"Entry %1, %2"_s.arg(QString::number(i + 1), QLatin1String(fields[column].label)),
+                problemOfTitle(form.rows[i], column, fields[column]));
         }
     }
     return problems;
 }
 
-std::string configurationData(const ConfigurationForm& form)
+QString configurationData(const ConfigurationForm& form)
 {
     QStringList paths;
     QJsonArray titles;
     for (const TitleRow& row : form.rows) {
-        if (row.isEmpty()) { continue; }
-        if (!row.file.isEmpty() && !paths.contains(row.file)) { paths << row.file; }
-        QJsonObject title{{QStringLiteral("id"), row.id.toInt()},
-                          {QStringLiteral("type"), row.type.toInt()},
-                          {QStringLiteral("path"),
-                           row.file.isEmpty() ? QJsonValue() : QJsonValue(paths.indexOf(row.file))}};
-        if (!row.name.isEmpty()) { title.insert(QStringLiteral("name"), row.name); }
-        if (!row.note.isEmpty()) { title.insert(QStringLiteral("note"), row.note); }
-        if (!row.firstChapter.isEmpty()) {
-            title.insert(QStringLiteral("first_chapter"), row.firstChapter.toInt());
-        }
-        if (!row.lastChapter.isEmpty()) {
-            title.insert(QStringLiteral("last_chapter"), row.lastChapter.toInt());
+        if (isEmptyRow(row)) { continue; }
+        if (!row[File].isEmpty() && !paths.contains(row[File])) { paths << row[File]; }
+        QJsonObject title{{u"id"_s, row[Id].toInt()},
+                          {u"type"_s, row[Type].toInt()},
+                          {u"path"_s, row[File].isEmpty() ? QJsonValue() : paths.indexOf(row[File])}};
+        for (const Column column : {Name, Note, FirstChapter, LastChapter}) {
+            if (row.at(column).isEmpty()) { continue; }
+            const bool isNumber = kFields[column].kind == FieldKind::Number;
+            title.insert(QLatin1String(kFields[column].name),
+                         isNumber ? QJsonValue(row.at(column).toInt()) : row.at(column));
         }
         titles.append(title);
     }
-    const QJsonObject data{{QStringLiteral("disc_name"), form.discName},
-                           {QStringLiteral("paths"), QJsonArray::fromStringList(paths)},
-                           {QStringLiteral("titles"), titles}};
-    return QJsonDocument(data).toJson(QJsonDocument::Compact).toStdString();
+    const QJsonObject data{{u"disc_name"_s, form.discName},
+                           {u"paths"_s, QJsonArray::fromStringList(paths)},
+                           {u"titles"_s, titles}};
+    return QString::fromUtf8(QJsonDocument(data).toJson(QJsonDocument::Compact));
 }
 
 }  // namespace tessera_local

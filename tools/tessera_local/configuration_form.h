@@ -1,9 +1,9 @@
-// The form of a new configuration: what was typed into it, whether that can be kept, and as what it is kept.
+// The form of a new configuration: its fields, their values, and what is wrong with these.
 //
-//   disc_name, language_code              both are needed
+//   disc_name, language_code       both are required
 //   title_N_id, _type, _name, _file, _note, _first_chapter, _last_chapter
-//                                         row N = 1, 2, ...: one title; a row left empty is none
-//   action                                the button that was pressed: "save" or "more"
+//                                  entry N = 1, 2, ... describes one title; an empty entry is ignored
+//   action                         the button that was pressed: "save" or "more"
 #pragma once
 
 #include "tools/tessera_local/package_upload.h"
@@ -14,7 +14,6 @@
 #include <cstddef>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace tessera_local {
@@ -22,73 +21,67 @@ namespace tessera_local {
 inline constexpr std::size_t kRowsAtOnce = 4;
 inline constexpr std::size_t kMaximumRows = 200;
 
-// In UTF-16 code units, the way a browser counts.
-inline constexpr int kMaximumDiscName = 200;
-inline constexpr int kMaximumLanguageCode = 35;
-
-// What a title may be, by the number that is kept.
+// The types of a title; the index is what is stored.
 inline constexpr std::array<const char*, 15> kTitleTypes{
     "Unknown",       "Movie",          "Episode",        "Video",        "Music Video",
     "Concert",       "Movie Extra",    "Series Extra",   "Season Extra", "Video Extra",
     "Movie Trailer", "Series Trailer", "Season Trailer", "Game Trailer", "Other"};
 
-struct TitleRow {
-    QString id;    // title number of a DVD, playlist ID of a Blu-ray
-    QString type;  // empty counts as 0
-    QString name;
-    QString file;
-    QString note;
-    QString firstChapter;
-    QString lastChapter;
+enum class FieldKind { Number, Type, LanguageCode, Line, Lines };
 
-    bool isEmpty() const;
-};
-
-enum class FieldKind { Number, Type, Line, Lines };
-
-struct TitleColumn {
-    const char* name;  // row N has the field "title_N_" + name
+struct Field {
+    const char* name;  // of an entry's field the part after "title_N_"
     const char* label;
-    const char* hint;  // may be empty
-    QString TitleRow::*value;
     FieldKind kind;
-    int low;   // of a number
-    int high;  // of a number; of a text its most UTF-16 code units
+    int low;   // of a number; of a text 1 if it is required
+    int high;  // of a number; of a text its most UTF-16 code units, which is how browsers count
+    const char* hint = "";
 };
 
-// The fields of a row, in their order. The kinds of disc differ in how titles are told apart, and in no more.
-constexpr std::array<TitleColumn, 7> titleColumns(DiscKind kind)
+inline constexpr Field kDiscName{"disc_name", "Disc name", FieldKind::Line, 1, 200};
+inline constexpr Field kLanguageCode{"language_code",
+                                     "Language code",
+                                     FieldKind::LanguageCode,
+                                     1,
+                                     35,
+                                     "The language of your texts, for example en or pt-BR."};
+
+// The fields of an entry in their order. Only the id differs between DVD and Blu-ray.
+enum Column : std::size_t { Id, Type, Name, File, Note, FirstChapter, LastChapter, kColumns };
+using TitleRow = std::array<QString, kColumns>;
+
+constexpr std::array<Field, kColumns> titleFields(DiscKind kind)
 {
-    const bool isDvd = kind == DiscKind::Dvd;
     return {{
-        {"id", isDvd ? "Title number" : "Playlist ID", "", &TitleRow::id, FieldKind::Number, isDvd ? 1 : 0,
-         isDvd ? 99 : 99'999},
-        {"type", "Type", "", &TitleRow::type, FieldKind::Type, 0, int{kTitleTypes.size()} - 1},
-        {"name", "Name", "", &TitleRow::name, FieldKind::Line, 0, 200},
-        {"file", "File", "Your name for the file that this title becomes, if it does.", &TitleRow::file,
-         FieldKind::Line, 0, 1000},
-        {"note", "Note", "", &TitleRow::note, FieldKind::Lines, 0, 10'000},
-        {"first_chapter", "First chapter", "", &TitleRow::firstChapter, FieldKind::Number, 1, 9'999},
-        {"last_chapter", "Last chapter", "Without chapters the whole title is meant.", &TitleRow::lastChapter,
-         FieldKind::Number, 1, 9'999},
+        kind == DiscKind::Dvd ? Field{"id", "Title number", FieldKind::Number, 1, 99}
+                              : Field{"id", "Playlist ID", FieldKind::Number, 0, 99'999},
+        {"type", "Type", FieldKind::Type, 0, int{kTitleTypes.size()} - 1},
+        {"name", "Name", FieldKind::Line, 0, 200},
+        {"file", "File", FieldKind::Line, 0, 1000,
+         "Your name for the file that this title becomes, if it does."},
+        {"note", "Note", FieldKind::Lines, 0, 10'000},
+        {"first_chapter", "First chapter", FieldKind::Number, 1, 9'999},
+        {"last_chapter", "Last chapter", FieldKind::Number, 1, 9'999,
+         "Without chapters the whole title is meant."},
     }};
 }
 
-QString fieldName(std::size_t rowNumber, const TitleColumn& column);
+// "title_1_id" and so on.
+QString fieldName(std::size_t rowNumber, const Field& field);
 
 struct ConfigurationForm {
     QString discName;
     QString languageCode;
     std::vector<TitleRow> rows;
-    bool wantsMore = false;  // more rows, rather than being saved
+    bool wantsMore = false;  // more rows instead of being saved
 
     void addRows();  // kRowsAtOnce, or as many as kMaximumRows leaves
 };
 
-// Reads a body of application/x-www-form-urlencoded. Texts lose the blanks around them, and their line breaks
-// become "\n"; what is no UTF-8 becomes U+FFFD. Fields of other names are passed over. Nothing when there
-// are more than kMaximumRows rows.
-std::optional<ConfigurationForm> parseConfigurationForm(std::string_view body);
+// Reads a body of application/x-www-form-urlencoded. Trims the values and turns their line breaks into "\n". What is
+// not UTF-8 becomes U+FFFD; a "%" that no two hexadecimal digits follow stays. Ignores fields of other names. Returns
+// nothing if there are more than kMaximumRows rows.
+std::optional<ConfigurationForm> parseConfigurationForm(const std::string& body);
 
 struct FormProblem {
     QString field;  // its name
@@ -96,12 +89,15 @@ struct FormProblem {
     QString text;  // a sentence: what to do about it
 };
 
-// Why the form of a disc of `kind` cannot be kept: at most one problem for a field, in the order of the fields.
+// Whether `c` is a control character other than a line break.
+bool isControl(QChar c);
+
+// Why the form of a disc of `kind` cannot be saved: at most one problem for each field, in the order of the fields.
 std::vector<FormProblem> problemsOf(const ConfigurationForm& form, DiscKind kind);
 
-// A form without problems as the JSON document that is kept:
+// A form without problems as the JSON document that is stored:
 //   {"disc_name", "paths": [each file once], "titles": [{"id", "type", "path": index into paths or null,
-//    "name", "note", "first_chapter", "last_chapter"}]}; the last four only where they were given
-std::string configurationData(const ConfigurationForm& form);
+//    "name", "note", "first_chapter", "last_chapter"}]}; the last four only if they are not empty
+QString configurationData(const ConfigurationForm& form);
 
 }  // namespace tessera_local

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace tessera_local {
 
 namespace {
@@ -28,162 +30,117 @@ button { margin: 0 1rem 1rem 0; padding: 0.5rem 1rem; }
 #problems { border-color: var(--problem); }
 )";
 
-// A page in the making. Markup comes from literals alone; every other text is escaped on its way in.
-class Html {
-public:
-    template <std::size_t size>
-    Html& operator<<(const char (&markup)[size])
-    {
-        m_text += QLatin1String(markup);
-        return *this;
-    }
-    Html& operator<<(QString text)
-    {
-        const auto cannotStand = [](QChar c) { return c.category() == QChar::Other_Control && c != u'\n'; };
-        std::replace_if(text.begin(), text.end(), cannotStand, QChar(QChar::ReplacementCharacter));
-        m_text += text.toHtmlEscaped();
-        return *this;
-    }
-
-    std::string text() const { return m_text.toStdString(); }
-
-private:
-    QString m_text;
-};
-
-void beginPage(Html& html, const QString& title)
+QString escaped(QString text)
 {
-    html << "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
-            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>"
-         << title << " - Tessera</title>\n<style>" << kStyle << "</style>\n</head>\n<body>\n<main>\n<h1>"
-         << title << "</h1>\n";
+    std::replace_if(text.begin(), text.end(), isControl, QChar(QChar::ReplacementCharacter));
+    return text.toHtmlEscaped();
 }
 
-void endPage(Html& html)
+// Markup whose %1, %2, ... are replaced by the texts, escaped.
+template <typename... Texts>
+QString html(const char* markup, const Texts&... texts)
 {
-    html << "</main>\n</body>\n</html>\n";
+    return QString::fromLatin1(markup).arg(escaped(texts)...);
 }
 
-struct Control {
-    FieldKind kind = FieldKind::Line;
-    QString field;
-    QString label;
-    QString value;
-    int maximumLength = 0;
-    QString hint = {};
-    bool isRequired = false;
-    bool isFocused = false;
-};
-
-void writeTypes(Html& html, const QString& value)
+std::string pageOf(const QString& title, const QString& content)
 {
+    const QString head = html(R"(<!DOCTYPE html>
+<html lang="en">
+<head>
+<meta charset="utf-8">
+<meta name="viewport" content="width=device-width, initial-scale=1">
+<title>%1 - Tessera</title>
+<style>%2</style>
+</head>
+<body>
+<main>
+<h1>%1</h1>
+)",
+                              title, QLatin1String(kStyle));
+    return (head + content + "</main>\n</body>\n</html>\n"_L1).toStdString();
+}
+
+QString typesHtml(const QString& value)
+{
+    QString types;
     for (std::size_t i = 0; i < kTitleTypes.size(); ++i) {
         const QString number = QString::number(i);
-        html << "<option value=\"" << number << "\"";
-        if (number == value) { html << " selected"; }
-        html << ">" << QLatin1String(kTitleTypes[i]) << "</option>\n";
+        types += html(R"(<option value="%1")", number) + (number == value ? " selected"_L1 : ""_L1) +
+                 html(">%1</option>\n", QLatin1String(kTitleTypes[i]));
     }
+    return types;
 }
 
-// The attributes that every kind of control has. What describes it stands before it.
-void writeAttributes(Html& html, const Control& control, bool hasProblem)
+// A field with its label, hint and problem, which stand before the control.
+QString fieldHtml(const FormPage& page, const Field& field, const QString& name, const QString& value,
+                  bool isFocused = false)
 {
-    html << " id=\"" << control.field << "\" name=\"" << control.field << "\"";
-    if (control.isRequired) { html << " required"; }
-    if (control.isFocused) { html << " autofocus"; }
-    if (hasProblem) { html << " aria-invalid=\"true\""; }
-    QStringList described;
-    if (hasProblem) { described << control.field + QLatin1String("_problem"); }
-    if (!control.hint.isEmpty()) { described << control.field + QLatin1String("_hint"); }
-    if (!described.isEmpty()) { html << " aria-describedby=\"" << described.join(u' ') << "\""; }
-    // The length of a number is judged with its value.
-    if (control.kind == FieldKind::Number) { html << " inputmode=\"numeric\""; }
-    if (control.kind == FieldKind::Line || control.kind == FieldKind::Lines) {
-        html << " maxlength=\"" << QString::number(control.maximumLength) << "\"";
-    }
-}
+    const QString hint = QLatin1String(field.hint);
+    const auto problem = std::find_if(page.problems.begin(), page.problems.end(),
+                                      [&name](const FormProblem& each) { return each.field == name; });
+    const bool hasProblem = problem != page.problems.end();
+    const bool isText = field.kind != FieldKind::Number && field.kind != FieldKind::Type;
 
-void writeControl(Html& html, const Control& control, const std::vector<FormProblem>& problems)
-{
-    const auto problem = std::find_if(problems.begin(), problems.end(),
-                                      [&](const FormProblem& each) { return each.field == control.field; });
-    const bool hasProblem = problem != problems.end();
-    html << "<label for=\"" << control.field << "\">" << control.label << "</label>\n";
-    if (!control.hint.isEmpty()) {
-        html << "<p class=\"hint\" id=\"" << control.field << "_hint\">" << control.hint << "</p>\n";
-    }
+    QString before = html("<label for=\"%1\">%2</label>\n", name, QLatin1String(field.label));
+    QString attributes = html(R"( id="%1" name="%1")", name);
+    QStringList descriptions;
+    if (!hint.isEmpty()) { before += html("<p class=\"hint\" id=\"%1_hint\">%2</p>\n", name, hint); }
     if (hasProblem) {
-        html << "<p class=\"problem\" id=\"" << control.field << "_problem\">" << problem->text << "</p>\n";
+        before += html("<p class=\"problem\" id=\"%1_problem\">%2</p>\n", name, problem->text);
+        descriptions << name + "_problem"_L1;
     }
-    if (control.kind == FieldKind::Type) {
-        html << "<select";
-        writeAttributes(html, control, hasProblem);
-        html << ">\n";
-        writeTypes(html, control.value);
-        html << "</select>\n";
-    } else if (control.kind == FieldKind::Lines) {
-        html << "<textarea rows=\"3\"";
-        writeAttributes(html, control, hasProblem);
-        html << ">" << control.value << "</textarea>\n";
-    } else {
-        html << "<input type=\"text\"";
-        writeAttributes(html, control, hasProblem);
-        html << " value=\"" << control.value << "\">\n";
+    if (!hint.isEmpty()) { descriptions << name + "_hint"_L1; }
+    if (isText && field.low > 0) { attributes += " required"_L1; }
+    if (isFocused) { attributes += " autofocus"_L1; }
+    if (hasProblem) { attributes += R"( aria-invalid="true")"_L1; }
+    if (!descriptions.isEmpty()) { attributes += html(R"( aria-describedby="%1")", descriptions.join(u' ')); }
+    if (field.kind == FieldKind::Number) { attributes += R"( inputmode="numeric")"_L1; }
+    if (isText) { attributes += html(R"( maxlength="%1")", QString::number(field.high)); }
+
+    switch (field.kind) {
+    case FieldKind::Type:
+        return before + "<select"_L1 + attributes + ">\n"_L1 + typesHtml(value) + "</select>\n"_L1;
+    case FieldKind::Lines:
+        return before + R"(<textarea rows="3")"_L1 + attributes + html(">%1</textarea>\n", value);
+    default:
+        return before + R"(<input type="text")"_L1 + attributes + html(" value=\"%1\">\n", value);
     }
 }
 
-void writeProblems(Html& html, const std::vector<FormProblem>& problems, const QString& failure)
+QString problemsHtml(const FormPage& page)
 {
-    if (problems.empty() && failure.isEmpty()) { return; }
-    html << "<div id=\"problems\" role=\"alert\" tabindex=\"-1\" autofocus>\n"
-            "<p>The configuration was not saved yet:</p>\n<ul>\n";
-    if (!failure.isEmpty()) { html << "<li>" << failure << "</li>\n"; }
-    for (const FormProblem& problem : problems) {
-        html << "<li><a href=\"#" << problem.field << "\">" << problem.label << ": " << problem.text
-             << "</a></li>\n";
+    if (page.problems.empty() && page.failure.isEmpty()) { return {}; }
+    QString list = page.failure.isEmpty() ? QString() : html("<li>%1</li>\n", page.failure);
+    for (const FormProblem& problem : page.problems) {
+        list += html("<li><a href=\"#%1\">%2: %3</a></li>\n", problem.field, problem.label, problem.text);
     }
-    html << "</ul>\n</div>\n";
+    return R"(<div id="problems" role="alert" tabindex="-1" autofocus>
+<p>The configuration was not saved yet:</p>
+<ul>
+)"_L1 + list +
+           "</ul>\n</div>\n"_L1;
 }
 
-void writeForm(Html& html, const FormPage& page)
+QString formHtml(const FormPage& page)
 {
-    html << "<form id=\"configuration\" method=\"post\" action=\""
-         << QString::fromStdString(formAddress(page.kind, page.discId)) << "\">\n";
-    writeControl(html,
-                 {.field = QStringLiteral("disc_name"),
-                  .label = QStringLiteral("Disc name"),
-                  .value = page.form.discName,
-                  .maximumLength = kMaximumDiscName,
-                  .isRequired = true},
-                 page.problems);
-    writeControl(html,
-                 {.field = QStringLiteral("language_code"),
-                  .label = QStringLiteral("Language code"),
-                  .value = page.form.languageCode,
-                  .maximumLength = kMaximumLanguageCode,
-                  .hint = QStringLiteral("The language of your texts, for example en or pt-BR."),
-                  .isRequired = true},
-                 page.problems);
+    QString form = html("<form id=\"configuration\" method=\"post\" action=\"%1\">\n",
+                        QString::fromStdString(formAddress(page.kind, page.discId)));
+    form += fieldHtml(page, kDiscName, QLatin1String(kDiscName.name), page.form.discName);
+    form += fieldHtml(page, kLanguageCode, QLatin1String(kLanguageCode.name), page.form.languageCode);
+    const auto fields = titleFields(page.kind);
     for (std::size_t number = 1; number <= page.form.rows.size(); ++number) {
-        html << "<fieldset>\n<legend>Entry " << QString::number(number) << "</legend>\n";
-        for (const TitleColumn& column : titleColumns(page.kind)) {
-            const bool isFocused = number == page.focusedRow && column.value == &TitleRow::id;
-            writeControl(html,
-                         {.kind = column.kind,
-                          .field = fieldName(number, column),
-                          .label = QLatin1String(column.label),
-                          .value = page.form.rows[number - 1].*column.value,
-                          .maximumLength = column.high,
-                          .hint = QLatin1String(column.hint),
-                          .isFocused = isFocused},
-                         page.problems);
+        form += html("<fieldset>\n<legend>Entry %1</legend>\n", QString::number(number));
+        for (std::size_t column = 0; column < kColumns; ++column) {
+            form += fieldHtml(page, fields[column], fieldName(number, fields[column]),
+                              page.form.rows[number - 1][column], number == page.focusedRow && column == Id);
         }
-        html << "</fieldset>\n";
+        form += "</fieldset>\n"_L1;
     }
-    html << "<button id=\"save\" name=\"action\" value=\"save\">Save Configuration</button>\n"
-            "<button id=\"more\" name=\"action\" value=\"more\" formnovalidate";
-    if (page.form.rows.size() >= kMaximumRows) { html << " disabled"; }
-    html << ">Add More Titles</button>\n</form>\n";
+    return form + R"(<button id="save" name="action" value="save">Save Configuration</button>
+<button id="more" name="action" value="more" formnovalidate)"_L1 +
+           (page.form.rows.size() < kMaximumRows ? ""_L1 : " disabled"_L1) +
+           ">Add More Titles</button>\n</form>\n"_L1;
 }
 
 }  // namespace
@@ -200,30 +157,20 @@ std::string formAddress(DiscKind kind, std::int64_t discId)
 
 std::string htmlOf(const FormPage& page)
 {
-    Html html;
-    beginPage(html, QStringLiteral("New Configuration"));
-    if (page.isSaved) {
-        html << "<p id=\"saved\" role=\"status\">"
-                "The configuration was saved. Press Refresh in Platterscope to see it.</p>\n";
-    }
-    writeProblems(html, page.problems, page.failure);
-    html << "<p>" << QLatin1String(kindTitle(page.kind)) << ", disc ID " << QString::number(page.discId)
-         << "</p>\n<p>A disc name and a language code are needed, and "
-         << (page.kind == DiscKind::Dvd ? QStringLiteral("the title number")
-                                        : QStringLiteral("the playlist ID"))
-         << " of each entry. Entries left empty are passed over.</p>\n";
-    writeForm(html, page);
-    endPage(html);
-    return html.text();
+    const QString saved = u"<p id=\"saved\" role=\"status\">"
+                          "The configuration was saved. Press Refresh in Platterscope to see it.</p>\n"_s;
+    const QString introduction = html(
+        "<p>%1, disc ID %2</p>\n<p>A disc name and a language code are needed, and the %3 of each entry. "
+        "Entries left empty are passed over.</p>\n",
+        QLatin1String(kindTitle(page.kind)), QString::number(page.discId),
+        QString(page.kind == DiscKind::Dvd ? "title number"_L1 : "playlist ID"_L1));
+    return pageOf(u"New Configuration"_s,
+                  (page.isSaved ? saved : QString()) + problemsHtml(page) + introduction + formHtml(page));
 }
 
 std::string htmlOf(const Refusal& refusal)
 {
-    Html html;
-    beginPage(html, QStringLiteral("Request Refused"));
-    html << "<p>" << QString::fromStdString(refusal.text) << "</p>\n";
-    endPage(html);
-    return html.text();
+    return pageOf(u"Request Refused"_s, html("<p>%1</p>\n", QString::fromStdString(refusal.text)));
 }
 
 std::string contentSecurityPolicy()

@@ -1,7 +1,9 @@
-// The local Tessera service: reads its arguments, opens its database and serves until a signal ends it.
+// The local Tessera service: reads its arguments, opens its database and serves until a signal ends the process.
 #include "tools/tessera_local/options.h"
 #include "tools/tessera_local/server.h"
 #include "tools/tessera_local/store.h"
+
+#include <QCoreApplication>
 
 #include <signal.h>
 #include <unistd.h>
@@ -17,6 +19,12 @@ namespace {
 
 constexpr int kFailure = 1;
 constexpr int kWrongUse = 2;
+constexpr char kHelp[] = R"(Usage: tessera_local --database FILE (--key KEY=USER | --keys-file FILE)...
+                     [--host ADDRESS] [--port NUMBER] [--latest-version VERSION]
+
+A Tessera service of your own. The manual page tessera_local(1) describes the options, the web pages and the
+requests that the service answers.
+)";
 
 void printReady(const std::string& host, int port)
 {
@@ -29,7 +37,7 @@ void printReady(const std::string& host, int port)
 
 int serve(const Options& options)
 {
-    // Blocked in every thread from the start, so that a signal waits for sigwait() and cuts nothing short.
+    // Blocked in every thread from the start, so that a signal waits for sigwait() and interrupts nothing.
     sigset_t endSignals;
     sigemptyset(&endSignals);
     sigaddset(&endSignals, SIGINT);
@@ -49,7 +57,7 @@ int serve(const Options& options)
         hasFailed = !server.serve();
         if (hasFailed) { ::kill(::getpid(), SIGTERM); }
     });
-    // The library tells in no other way; stop() before that would be lost.
+    // The library has no other way to report that it serves. It would ignore an earlier stop().
     while (!server.isServing() && !hasFailed) {
         std::this_thread::yield();
     }
@@ -67,12 +75,14 @@ int serve(const Options& options)
 int main(int argc, char* argv[])
 {
     try {
+        qputenv("LC_ALL", "C.UTF-8");  // Qt would use the user's locale, and so would the error texts
+        const QCoreApplication application(argc, argv);  // Qt finds its database driver through it
         const CommandLine commandLine = parseCommandLine({argv + 1, argv + argc});
         switch (commandLine.action) {
         case CommandLine::Action::Serve:
             return serve(commandLine.options);
         case CommandLine::Action::ShowHelp:
-            std::fputs(helpText().c_str(), stdout);
+            std::fputs(kHelp, stdout);
             return 0;
         case CommandLine::Action::ShowVersion:
             std::puts("tessera_local " TESSERA_LOCAL_VERSION);

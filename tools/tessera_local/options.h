@@ -7,7 +7,7 @@
 
 namespace tessera_local {
 
-// Someone who may use the service. The key is a secret: it is compared, never shown and never logged.
+// A user of the service. The key is a secret: it is compared, never shown and never logged.
 struct User {
     std::int64_t uid = 0;
     std::string name;
@@ -16,9 +16,9 @@ struct User {
 
 struct Options {
     std::string databasePath;
-    std::string host = "127.0.0.1";
+    std::string host;
     int port = 0;               // 0: any free one
-    std::string latestVersion;  // of the program, told to those who authenticate; empty: not told
+    std::string latestVersion;  // of the program, for the reply to its authentication; empty: none
     std::vector<User> users;    // uids from 1 in the order given
 };
 
@@ -27,13 +27,10 @@ struct CommandLine {
 
     Action action = Action::Refuse;
     Options options;    // for Serve
-    std::string error;  // for Refuse: one sentence; it quotes no key
+    std::string error;  // for Refuse: one sentence, without any key
 };
 
-// Reads the arguments (UTF-8, without the program's name) and the key files they name.
+// Reads the arguments (UTF-8, without the program's name) and the key files that they name.
 CommandLine parseCommandLine(const std::vector<std::string>& arguments);
-
-// Everything --help prints: the options and, in short, the wire.
-std::string helpText();
 
 }  // namespace tessera_local

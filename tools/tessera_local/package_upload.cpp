@@ -26,7 +26,7 @@ struct InflateEnd {
 
 enum class StreamState { Whole, Broken, TooLong };
 
-// What the inflated bytes say of themselves, taken window by window.
+// Takes the inflated bytes window by window: their number, the header and the hash.
 class PackageInspection {
 public:
     PackageInspection(DiscKind kind, std::uint64_t maximumBytes)
@@ -41,7 +41,7 @@ public:
         m_sizeBytes += window.size();
         if (m_sizeBytes > m_maximumBytes) { return false; }
         if (isFirst) { readHeader(window); }
-        // A package that is refused anyway is only counted: hashing is what costs the time.
+        // Hashing takes most of the time; skip it for a package that is refused anyway.
         if (m_hasMagic && m_sizeBytes <= m_statedBytes) {
             m_hash.addData(QByteArrayView(window.data(), static_cast<qsizetype>(window.size())));
         }
@@ -53,7 +53,7 @@ public:
     std::string sha256() const { return m_hash.result().toHex().toStdString(); }
 
 private:
-    // The window exceeds the header by far, so a header that is not whole in the first one is cut short.
+    // A header that does not fit the first window is cut short, because the window is much larger.
     void readHeader(std::span<const std::uint8_t> window)
     {
         const auto& magic = m_kind == DiscKind::Dvd ? kDvdMagic : kBlurayMagic;
@@ -72,23 +72,23 @@ private:
     QCryptographicHash m_hash{QCryptographicHash::Sha256};
 };
 
-// Inflates `body` through one window. inflateInit reads the zlib form alone: neither gzip nor raw deflate.
+// Inflates `body` through one window. inflateInit accepts the zlib form only, neither gzip nor raw deflate.
 StreamState inflateInto(PackageInspection& package, std::span<const std::uint8_t> body)
 {
-    // avail_in is narrower than a span's size; what does not fit is far above any body that is let in.
+    // avail_in is narrower than size_t. Larger bodies are far above the limit of an upload.
     if (body.size() > std::numeric_limits<uInt>::max()) { return StreamState::TooLong; }
     z_stream stream{};
     if (inflateInit(&stream) != Z_OK) { throw std::bad_alloc(); }
     const std::unique_ptr<z_stream, InflateEnd> end(&stream);
 
     std::array<std::uint8_t, kWindowBytes> window;
-    stream.next_in = const_cast<Bytef*>(body.data());  // zlib's field lacks the const it keeps
+    stream.next_in = const_cast<Bytef*>(body.data());  // zlib does not change the input
     stream.avail_in = static_cast<uInt>(body.size());
     int result = Z_OK;
     while (result == Z_OK) {
         stream.next_out = window.data();
         stream.avail_out = static_cast<uInt>(window.size());
-        result = inflate(&stream, Z_NO_FLUSH);  // Z_BUF_ERROR: nothing left to read, so it is cut short
+        result = inflate(&stream, Z_NO_FLUSH);  // Z_BUF_ERROR: the input ended too early
         const std::size_t inflated = window.size() - stream.avail_out;
         if (inflated > 0 && !package.take({window.data(), inflated})) { return StreamState::TooLong; }
     }

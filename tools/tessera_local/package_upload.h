@@ -1,7 +1,6 @@
 // A title package as it is uploaded: one zlib stream that inflates to the package.
 //
-// Head of every package (big-endian; the rest of the 32-byte header and the chunks behind it are not read
-// here):
+// The start of every package, big-endian; the service reads no more of it:
 //   0   8  magic: "PSTP-DVD", or "PSTPBD" 00 01 for a Blu-ray
 //   16  8  length of the whole package in bytes, header included
 #pragma once
@@ -22,7 +21,7 @@ const char* kindName(DiscKind kind);
 // "DVD" or "Blu-ray": for people.
 const char* kindTitle(DiscKind kind);
 
-// A request that is not granted: the HTTP status and a sentence for people.
+// The reply to a refused request: the HTTP status and a sentence for people.
 struct Refusal {
     int status = 0;
     std::string text;
@@ -30,15 +29,15 @@ struct Refusal {
 
 inline constexpr std::uint64_t kMaximumPackageBytes = std::uint64_t{1} << 30;
 
-// Whether `text` is a SHA-256 digest the way the wire writes it: 64 lower-case hexadecimal digits.
+// Whether `text` is a SHA-256 digest as it is sent: 64 lower-case hexadecimal digits.
 bool isSha256Text(std::string_view text);
 
-// Judges an upload: `body` must be one whole zlib stream with nothing behind it, of a package of `kind` with
-// the length its header states and the digest `statedSha256`. Gives nothing when it is, else what to answer:
-//   400  not a zlib stream, damaged, cut short, or something follows it; `statedSha256` is no digest
+// Checks an upload: `body` must be exactly one zlib stream, of a package of `kind` that has the length in its header and
+// the digest `statedSha256`. Returns nothing if it is, otherwise what to answer:
+//   400  not a zlib stream, damaged, cut short, or followed by more bytes; `statedSha256` is no digest
 //   413  it inflates to more than `maximumPackageBytes`
 //   422  the inflated bytes are no such package, have another length or another digest
-// The package is inflated through a small window and never held, however much the stream yields.
+// Inflates the package through a small window, so memory does not depend on its size.
 std::optional<Refusal> checkPackageUpload(std::span<const std::uint8_t> body, DiscKind kind,
                                           std::string_view statedSha256,
                                           std::uint64_t maximumPackageBytes = kMaximumPackageBytes);

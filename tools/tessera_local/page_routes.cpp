@@ -1,18 +1,19 @@
-// The web pages among the server's addresses. A browser sends no API key, so what is asked of it instead is that
-// it came here for a page of this service (no other name for this address), and that what it sends was typed
-// into one (no other site's form).
+// The web pages among the server's addresses. A browser sends no API key. Instead, the host name of a request must be
+// one that no foreign name server can give to this address, and a form must come from a page of this service.
 #include "tools/tessera_local/configuration_page.h"
 #include "tools/tessera_local/server.h"
 #include "tools/tessera_local/whole_number.h"
 
+#include <QByteArray>
 #include <QString>
 
 #include <arpa/inet.h>
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cstdio>
+
+using namespace Qt::StringLiterals;
 
 namespace tessera_local {
 
@@ -22,12 +23,9 @@ constexpr char kFormType[] = "application/x-www-form-urlencoded";
 constexpr char kAddedByUsername[] = "local";
 constexpr std::int64_t kAddedByUid = 1;
 
-std::string lowerCase(std::string text)
+std::string lowerCase(const std::string& text)
 {
-    for (char& c : text) {
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    }
-    return text;
+    return QByteArray::fromStdString(text).toLower().toStdString();
 }
 
 void setPageHeaders(httplib::Response& response)
@@ -51,7 +49,7 @@ void refusePage(httplib::Response& response, const Refusal& refusal)
     answerPage(response, refusal.status, htmlOf(refusal));
 }
 
-// The value of a header that must be there once; else empty.
+// The value of a header in lower case; empty unless the header is there exactly once.
 std::string singleHeader(const httplib::Request& request, const char* name)
 {
     return request.get_header_value_count(name) == 1 ? lowerCase(request.get_header_value(name)) : "";
@@ -63,8 +61,7 @@ bool isIpLiteral(int family, const std::string& text)
     return ::inet_pton(family, text.c_str(), address.data()) == 1;
 }
 
-// Whether "HOST" or "HOST:PORT" is an address that no foreign name server gave: an IP literal, "localhost", or
-// `ownName`.
+// Whether the host of "HOST" or "HOST:PORT" is an IP literal, "localhost" or `ownName`.
 bool isOwnAuthority(const std::string& authority, const std::string& ownName)
 {
     const std::size_t bracket = authority.find(']');
@@ -77,36 +74,33 @@ bool isOwnAuthority(const std::string& authority, const std::string& ownName)
     return isIpLiteral(AF_INET, host) || host == "localhost" || host == lowerCase(ownName);
 }
 
-std::optional<Refusal> checkHost(const httplib::Request& request, const std::string& ownName)
-{
-    if (isOwnAuthority(singleHeader(request, "Host"), ownName)) { return std::nullopt; }
-    return Refusal{403,
-                   "This service does not answer to this host name. Open the page by the address that the "
-                   "service printed when it started."};
-}
-
-std::optional<Refusal> checkSubmission(const httplib::Request& request)
+// What the headers of a request for a page give reason to refuse.
+std::optional<Refusal> checkPageHeaders(const httplib::Request& request, const std::string& ownName)
 {
     const std::string host = singleHeader(request, "Host");
+    if (!isOwnAuthority(host, ownName)) {
+        return Refusal{
+            403, "This service does not answer to this host name. Open the page by the address that the "
+                 "service printed when it started."};
+    }
+    if (request.method != "POST") { return std::nullopt; }
+    const std::string foreignForm =
+        "Configurations are taken only from the form of this service itself, and the browser ";
     const std::string origin = singleHeader(request, "Origin");
     if (origin != "http://" + host && origin != "https://" + host) {
-        return Refusal{403,
-                       "Configurations are taken only from the form of this service itself, and the browser "
-                       "did not say that this one comes from there."};
+        return Refusal{403, foreignForm + "did not say that this one comes from there."};
     }
     if (request.has_header("Sec-Fetch-Site") && singleHeader(request, "Sec-Fetch-Site") != "same-origin") {
-        return Refusal{403,
-                       "Configurations are taken only from the form of this service itself, and the browser "
-                       "said that this one comes from elsewhere."};
+        return Refusal{403, foreignForm + "said that this one comes from elsewhere."};
     }
-    const std::string type = singleHeader(request, "Content-Type");
-    if (QString::fromStdString(type).section(u';', 0, 0).trimmed() != QLatin1String(kFormType)) {
+    const QString type = QString::fromStdString(singleHeader(request, "Content-Type"));
+    if (type.section(u';', 0, 0).trimmed() != QLatin1String(kFormType)) {
         return Refusal{415, std::string("The form must be sent as ") + kFormType + "."};
     }
     return std::nullopt;
 }
 
-// Receives the body of a form of at most `maximumBytes`; what to answer instead when it is longer or does not come.
+// Receives the body of a form; returns what to answer instead if it has more than `maximumBytes` or does not arrive.
 std::optional<Refusal> receiveForm(const httplib::ContentReader& reader, std::uint64_t maximumBytes,
                                    std::string& body)
 {
@@ -123,12 +117,11 @@ std::optional<Refusal> receiveForm(const httplib::ContentReader& reader, std::ui
 
 }  // namespace
 
-// The disc of a page that may be shown; else nothing, and `response` says why.
+// The disc of a page that may be shown; otherwise nothing, and `response` has the reason.
 std::optional<std::int64_t> Server::discOfPage(DiscKind kind, const httplib::Request& request,
                                                httplib::Response& response)
 {
-    std::optional<Refusal> refusal = checkHost(request, m_host);
-    if (!refusal && request.method == "POST") { refusal = checkSubmission(request); }
+    std::optional<Refusal> refusal = checkPageHeaders(request, m_host);
     const auto discId = wholeNumber<std::int64_t>(request.get_param_value("uid"));
     if (!refusal && !discId) {
         refusal = Refusal{400, "The disc must be given as uid=NUMBER."};
@@ -147,9 +140,9 @@ void Server::showForm(DiscKind kind, const httplib::Request& request, httplib::R
     FormPage page{.kind = kind, .discId = *discId};
     page.form.addRows();
     if (const auto uid = wholeNumber<std::int64_t>(request.get_param_value("saved"))) {
-        const std::vector<Configuration> kept = m_store.configurations(*discId);
+        const std::vector<Configuration> stored = m_store.configurations(*discId);
         page.isSaved =
-            std::any_of(kept.begin(), kept.end(), [&](const auto& each) { return each.uid == *uid; });
+            std::any_of(stored.begin(), stored.end(), [&](const auto& each) { return each.uid == *uid; });
     }
     answerPage(response, 200, htmlOf(page));
 }
@@ -179,22 +172,22 @@ void Server::takeForm(DiscKind kind, const httplib::Request& request, httplib::R
     saveForm(std::move(page), response);
 }
 
-// A form that cannot be kept comes back filled in: what was typed must not be lost.
+// Answers with the filled-in form if it cannot be saved, so that nothing typed is lost.
 void Server::saveForm(FormPage page, httplib::Response& response)
 {
     std::optional<std::int64_t> uid;
     int status = 409;
-    page.failure = QStringLiteral("This disc has as many configurations as this service keeps.");
+    page.failure = u"This disc has as many configurations as this service keeps."_s;
     try {
         uid = m_store.addConfiguration({.discId = page.discId,
-                                        .languageCode = page.form.languageCode.toStdString(),
-                                        .addedByUsername = kAddedByUsername,
+                                        .languageCode = page.form.languageCode,
+                                        .addedByUsername = QLatin1String(kAddedByUsername),
                                         .addedByUid = kAddedByUid,
                                         .data = configurationData(page.form)});
     } catch (const StoreError& error) {
         std::fprintf(stderr, "tessera_local: error: %s\n", error.what());
         status = 503;
-        page.failure = QStringLiteral("The service cannot write to its database now. Try again in a while.");
+        page.failure = u"The service cannot write to its database now. Try again in a while."_s;
     }
     if (!uid) { return answerPage(response, status, htmlOf(page)); }
     setPageHeaders(response);
@@ -206,7 +199,7 @@ void Server::addPageRoutes(DiscKind kind)
     using namespace httplib;
     Get(formPath(kind),
         [this, kind](const Request& request, Response& response) { showForm(kind, request, response); });
-    // With a content reader: without one the library refuses forms of more than 8 KiB.
+    // With a content reader, because the library refuses forms of more than 8 KiB without one.
     Post(formPath(kind),
          [this, kind](const Request& request, Response& response, const ContentReader& reader) {
              takeForm(kind, request, response, reader);

@@ -20,10 +20,10 @@ QJsonArray jsonOf(const std::vector<Configuration>& configurations)
         array.append(QJsonObject{
             {QStringLiteral("UID"), qint64{configuration.uid}},
             {QStringLiteral("Disc ID"), qint64{configuration.discId}},
-            {QStringLiteral("Language Code"), QString::fromStdString(configuration.languageCode)},
-            {QStringLiteral("Added By Username"), QString::fromStdString(configuration.addedByUsername)},
+            {QStringLiteral("Language Code"), configuration.languageCode},
+            {QStringLiteral("Added By Username"), configuration.addedByUsername},
             {QStringLiteral("Added By UID"), qint64{configuration.addedByUid}},
-            {QStringLiteral("Data"), QString::fromStdString(configuration.data)},
+            {QStringLiteral("Data"), configuration.data},
         });
     }
     return array;

@@ -1,4 +1,4 @@
-// The JSON documents of the wire, written without line breaks.
+// The JSON documents of the replies, without line breaks.
 #pragma once
 
 #include "tools/tessera_local/options.h"
@@ -11,7 +11,7 @@
 
 namespace tessera_local {
 
-// {"UID": number, "Username": text, "LatestVersion": text}; the last only when `latestVersion` is not empty.
+// {"UID": number, "Username": text, "LatestVersion": text}; the last only if `latestVersion` is not empty.
 std::string userReply(const User& user, const std::string& latestVersion);
 
 // {"Disc ID": number, or null for an unknown disc, "Configurations": array}

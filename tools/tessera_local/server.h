@@ -1,5 +1,5 @@
 // The service's HTTP side: the addresses of the wire, who may use them, and what they answer.
-// The wire itself is told by helpText() of options.h.
+// The manual page packaging/tessera_local.1 describes the requests.
 #pragma once
 
 #include "tools/tessera_local/configuration_page.h"

@@ -1,78 +1,80 @@
-// The service's memory: discs with their packages, and the configurations of each, in one SQLite file.
+// The service's database, one SQLite file:
 //
 //   discs           id, kind ("dvd" or "bluray"), sha256 (64 hexadecimal digits of the package),
-//                   package (the zlib stream it was uploaded as; inflated it is the package byte for byte)
+//                   package (the zlib stream as uploaded; it inflates to the package)
 //   configurations  uid, disc_id, language_code, added_by_username, added_by_uid, data (JSON text)
 //
-// PRAGMA user_version holds the layout's version. Ids start at 1 and are never given twice.
+// PRAGMA user_version holds the version of this layout. Ids start at 1 and are never used twice.
 #pragma once
 
 #include "tools/tessera_local/package_upload.h"
 
+#include <QSqlDatabase>
+#include <QSqlRecord>
+#include <QThreadPool>
+#include <QVariant>
+
 #include <cstdint>
-#include <memory>
-#include <mutex>
 #include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-struct sqlite3;
-
 namespace tessera_local {
 
-// What a user published about a disc: `data` is JSON text that travels as a string and is not looked into.
+// What a user published about a disc. `data` is JSON text, which the service does not look into.
 struct Configuration {
     std::int64_t uid = 0;
     std::int64_t discId = 0;
-    std::string languageCode;
-    std::string addedByUsername;
+    QString languageCode;
+    QString addedByUsername;
     std::int64_t addedByUid = 0;
-    std::string data;
+    QString data;
 };
 
-// How many configurations one disc may have, and how much text they may hold together: a find reply carries them
-// all, and a client must be able to take it.
+// The most configurations of one disc, and the most characters of their data together. A find reply carries them
+// all, and a client must be able to receive it.
 inline constexpr std::int64_t kMaximumConfigurations = 500;
 inline constexpr std::int64_t kMaximumConfigurationCharacters = std::int64_t{4} << 20;
 
-// The database cannot be opened, read or written; what() says why, for people.
+// The database cannot be opened, read or written; what() is the reason, for people.
 class StoreError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-// One connection behind a mutex: any thread may call. Every function throws StoreError on a database failure.
+// Any thread may call the functions. Each throws StoreError on a database failure; a change is on the disk when its
+// function returns.
 class Store {
 public:
-    // Opens `path`, creating it for its owner alone when it is absent. Refuses a file that another program
-    // or a newer version of this one wrote.
+    // Opens `path`. Creates a missing file, for its owner alone. Throws if another program or a newer version of
+    // this one wrote the file.
     explicit Store(const std::string& path);
+    ~Store();
 
-    // The id of the disc that `kind` and `sha256` identify, if it is known.
+    // Returns the id of the disc with this `kind` and `sha256`, if there is one.
     std::optional<std::int64_t> findDisc(DiscKind kind, const std::string& sha256);
 
-    // Adds the disc with its deflated package and gives its id; a known disc keeps its id and its package.
+    // Adds the disc with its deflated package and returns its id. A known disc keeps its id and its package.
     std::int64_t addDisc(DiscKind kind, const std::string& sha256, std::span<const std::uint8_t> deflated);
 
-    // Whether `discId` is a disc of `kind`.
+    // Returns whether `discId` is a disc of `kind`.
     bool hasDisc(DiscKind kind, std::int64_t discId);
 
-    // The disc's configurations in the order they were added.
+    // Returns the disc's configurations in the order they were added.
     std::vector<Configuration> configurations(std::int64_t discId);
 
-    // Adds a configuration of a known disc and gives its uid (that of `configuration` is not looked at);
-    // nothing when the disc's would become more than the above.
+    // Adds a configuration to a known disc and returns its new uid; returns nothing if the disc would exceed the
+    // limits above. Ignores the uid of `configuration`.
     std::optional<std::int64_t> addConfiguration(const Configuration& configuration);
 
 private:
-    struct Close {
-        void operator()(sqlite3* database) const;
-    };
+    QList<QSqlRecord> run(const QString& statement, const QVariantList& values = {});
+    std::optional<std::int64_t> number(const QString& statement, const QVariantList& values = {});
 
-    std::unique_ptr<sqlite3, Close> m_database;
-    std::mutex m_mutex;
+    QSqlDatabase m_database;
+    QThreadPool m_thread;  // of one thread: Qt ties a connection to the thread that opened it
 };
 
 }  // namespace tessera_local

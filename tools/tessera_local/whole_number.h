@@ -1,4 +1,3 @@
-// Decimal numbers in texts.
 #pragma once
 
 #include <charconv>
@@ -7,7 +6,7 @@
 
 namespace tessera_local {
 
-// The whole of `text` as a number; nothing when it is none or does not fit.
+// All of `text` as a decimal number. Returns nothing if it is not one or does not fit.
 template <typename Number>
 std::optional<Number> wholeNumber(std::string_view text)
 {
