@@ -10,11 +10,6 @@ constexpr std::size_t kStnHeader = 16;
 constexpr std::size_t kMarkHeader = 6;
 constexpr std::size_t kMarkSize = 14;
 
-void append(Bytes& bytes, const Bytes& content)
-{
-    bytes.insert(bytes.end(), content.begin(), content.end());
-}
-
 std::uint8_t size8(std::size_t size)
 {
     return static_cast<std::uint8_t>(size);
