@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <string_view>
 #include <vector>
 
@@ -37,9 +38,16 @@ inline void append(Bytes& bytes, const Bytes& content)
 {
     bytes.insert(bytes.end(), content.begin(), content.end());
 }
-inline void appendBe(Bytes& bytes, std::uint64_t value, std::size_t width)
+// Appends big-endian numbers, each as its value and its width in bytes.
+struct Be {
+    std::uint64_t value;
+    std::size_t width;
+};
+inline void appendBe(Bytes& bytes, std::initializer_list<Be> numbers)
 {
-    append(bytes, beBytes(value, width));
+    for (const Be& number : numbers) {
+        append(bytes, beBytes(number.value, number.width));
+    }
 }
 
 inline void putBytes(Bytes& bytes, std::size_t offset, const Bytes& content)

@@ -83,7 +83,7 @@ Bytes udfFileIdentifier(const UdfFileIdentifierSpec& spec)
     if (!spec.name.empty()) {
         identifier.push_back(spec.compressionId);
         for (const char letter : spec.name) {
-            appendBe(identifier, static_cast<std::uint8_t>(letter), spec.compressionId / 8U);
+            append(identifier, beBytes(static_cast<std::uint8_t>(letter), spec.compressionId / 8U));
         }
     }
     Bytes bytes = udfDescriptor(257, roundedUp(38 + spec.implementationUseSize + identifier.size(), 4));
