@@ -103,8 +103,9 @@ std::vector<std::pair<std::string, Bytes>> seeds()
     }
     const DiscTree tree =
         DiscTree().add("BDMV/index.bdmv", Bytes(10, 1)).add("BDMV/PLAYLIST/00002.mpls", Bytes(3000, 3));
-    Udf250Image mirror = tree.udf250();
-    const auto udf250 = [&tree](const Udf250Spec& spec) { return cellsOf(tree.udf250(spec).image); };
+    const auto image = [&tree](DiscForm form, const ImageSpec& spec = {}) {
+        return cellsOf(tree.image(form, spec));
+    };
     const Bytes questions = {0,    0, 0,    0, 0, 0,  // the start before 0
                              0,    0, 1,    0, 0, 1,  // of another sequence
                              0xFF, 0, 0x40, 0, 1, 0,  // the end
@@ -112,22 +113,22 @@ std::vector<std::pair<std::string, Bytes>> seeds()
     const std::string path = "/disc/BDMV/STREAM/00001.m2ts";
     return {
         {"bluray_disc/sample", filesOf(disc, fuzz::kBlurayPaths)},
-        {"bluray_image/iso", cellsOf(disc.iso())},
-        {"bluray_image/udf", cellsOf(disc.udf())},
-        {"bluray_image/udf250", cellsOf(disc.udf250().image)},
-        {"bluray_image/hybrid", cellsOf(tree.hybrid())},
+        {"bluray_image/iso", cellsOf(disc.image(DiscForm::Iso))},
+        {"bluray_image/udf", cellsOf(disc.image(DiscForm::Udf))},
+        {"bluray_image/udf250", cellsOf(disc.image(DiscForm::Udf250))},
+        {"bluray_image/hybrid", image(DiscForm::Hybrid)},
         {"bluray_image/long",
-         cellsOf(tree.udf({.fileEntryTag = 266, .descriptorKind = 1, .blocksPerExtent = 1}))},
-        {"bluray_image/embedded", cellsOf(tree.udf({.descriptorKind = 3}))},
-        {"bluray_image/one_copy", udf250({.duplicateMetadata = false, .directoryKind = 3})},
-        {"bluray_image/map_first", udf250({.isMetadataMapFirst = true})},
-        {"bluray_image/pieces", udf250({.metadataBlocksPerExtent = 1, .unrecordedBlocks = 3})},
-        {"bluray_image/mirror", cellsOf(mirror.wipe(mirror.metadataFileSector).image)},
+         image(DiscForm::Udf, {.fileEntryTag = 266, .descriptorKind = 1, .blocksPerExtent = 1})},
+        {"bluray_image/embedded", image(DiscForm::Udf, {.descriptorKind = 3})},
+        {"bluray_image/one_copy", image(DiscForm::Udf250, {.descriptorKind = 3, .hasMetadataCopy = false})},
+        {"bluray_image/map_first", image(DiscForm::Udf250, {.isMetadataMapFirst = true})},
+        {"bluray_image/pieces", image(DiscForm::Udf250, {.blocksPerExtent = 1, .unrecordedBlocks = 3})},
+        {"bluray_image/mirror", image(DiscForm::Udf250Mirror)},
         {"clpi/plain", ClpiSpec().build()},
         {"clpi/several", clip().build()},
         {"dvd_disc/sample", filesOf(sampleDvd(), fuzz::kDvdPaths)},
-        {"dvd_image/iso", cellsOf(sampleDvd().iso())},
-        {"dvd_image/hybrid", cellsOf(sampleDvd().hybrid())},
+        {"dvd_image/iso", cellsOf(sampleDvd().image(DiscForm::Iso))},
+        {"dvd_image/hybrid", cellsOf(sampleDvd().image(DiscForm::Hybrid))},
         {"ep_lookup/several", questions + clip().build()},
         {"helper_messages/watch", Bytes() + encodeMessage(MessageKind::Nothing, "") +
                                       encodeMessage(MessageKind::Opened, path) +

@@ -9,7 +9,7 @@
 
 using testsupport::Bytes;
 using testsupport::DiscTree;
-using testsupport::Udf250Spec;
+using testsupport::ImageSpec;
 namespace fs = std::filesystem;
 
 namespace {
@@ -74,15 +74,15 @@ TEST(Udf250Lister, ExtractsTheVeryFiles)
 {
     const std::string program = run("command -v 7zz") ? "7zz" : "7z";
     if (!run("command -v " + program)) { GTEST_SKIP() << "7-Zip is not installed"; }
-    for (const Udf250Spec& spec :
-         {Udf250Spec{}, Udf250Spec{.duplicateMetadata = false}, Udf250Spec{.isMetadataMapFirst = true},
-          Udf250Spec{.directoryKind = 1, .partitionNumber = 7}, Udf250Spec{.directoryKind = 3}}) {
+    for (const ImageSpec& spec :
+         {ImageSpec{}, ImageSpec{.hasMetadataCopy = false}, ImageSpec{.isMetadataMapFirst = true},
+          ImageSpec{.descriptorKind = 1, .partitionNumber = 7}, ImageSpec{.descriptorKind = 3}}) {
         DiscTree tree = testsupport::sampleBluray();
-        for (int i = 1000; spec.directoryKind != 3 && i < 1200; ++i) {  // a directory of several blocks
+        for (int i = 1000; spec.descriptorKind != 3 && i < 1200; ++i) {  // a directory of several blocks
             tree.add("BDMV/AUXDATA/" + std::to_string(i) + ".otf", {static_cast<std::uint8_t>(i)});
         }
         const testsupport::TemporaryFolder folder;
-        tree.udf250(spec).image.writeTo(folder / "disc.iso");
+        tree.image(testsupport::DiscForm::Udf250, spec).writeTo(folder / "disc.iso");
         const std::string extract = program + " x -y -o" + folder / "extracted" + ' ' + folder / "disc.iso";
         ASSERT_TRUE(run(extract + " | grep -F '*OSTA UDF Compliant::2.50'"));
         for (const testsupport::TreeFile& file : tree.files()) {

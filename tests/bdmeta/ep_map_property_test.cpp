@@ -10,6 +10,7 @@
 using testsupport::Bytes;
 using testsupport::ClpiSpec;
 using testsupport::EpStreamSpec;
+using testsupport::putBe;
 
 namespace {
 
@@ -36,28 +37,40 @@ public:
         for (EpStreamSpec& stream : spec.epStreams) {
             stream = randomStream(areReferencesAscending);
         }
-        if (chance(10)) { spec.cpiLength = 0; }
-        if (chance(10)) { spec.numberOfEpStreams = static_cast<std::uint8_t>(below(256)); }
         Bytes bytes = spec.build();
-        if (chance(25)) { bytes.resize(below(static_cast<std::uint32_t>(bytes.size()))); }
+        addLies(bytes, spec.epStreams);
         return bytes;
     }
 
-    std::uint32_t randomTime()
-    {
-        const std::uint32_t time = (below(5) << 19U) + (below(6) << 8U);
-        return time + below(3) - 1;
-    }
+    std::uint32_t randomTime() { return (below(5) << 19U) + (below(6) << 8U) + below(3) - 1; }
 
 private:
     std::uint32_t randomPacket() { return (below(3) << 17U) + below(6); }
+
+    void addLies(Bytes& bytes, const std::vector<EpStreamSpec>& streams)
+    {
+        const std::size_t cpi = bytes[18] * std::size_t{256} + bytes[19];
+        for (std::size_t i = 0; i < streams.size(); ++i) {
+            const std::size_t header = cpi + 8 + 12 * i;
+            const std::size_t tables = cpi + 6 + bytes[header + 10] * std::size_t{256} + bytes[header + 11];
+            const std::size_t coarseCount = chance(5) ? below(8) : streams[i].coarse.size();
+            const std::size_t fineCount = chance(10) ? below(30) : streams[i].fine.size();
+            putBe(bytes, header + 4, coarseCount << 18U | fineCount, 4);
+            if (chance(5)) { putBe(bytes, tables, below(200), 4); }       // start of the fine entries
+            if (chance(10)) { putBe(bytes, header + 8, below(200), 4); }  // start of the tables
+        }
+        if (chance(10)) { putBe(bytes, cpi, 0, 4); }               // length of CPI()
+        if (chance(10)) { putBe(bytes, cpi + 7, below(256), 1); }  // number of EP streams
+        if (chance(5)) { putBe(bytes, 8, 0, 4); }                  // address of SequenceInfo()
+        if (chance(25)) { bytes.resize(below(static_cast<std::uint32_t>(bytes.size()))); }
+    }
 
     EpStreamSpec randomStream(bool areReferencesAscending)
     {
         EpStreamSpec stream;
         stream.fine.resize(below(24));
         for (testsupport::EpFineSpec& fine : stream.fine) {
-            fine = {.pts = below(5), .spn = below(6)};
+            fine = {.pts = below(5), .spn = below(6), .high = below(16)};
         }
         stream.coarse.resize(chance(15) ? 40 : below(6));  // 40 own more than the file holds
         std::uint32_t reference = 0;
@@ -65,10 +78,6 @@ private:
             reference = areReferencesAscending ? reference + below(6) : below(26);
             coarse = {.refToEpFineId = reference, .pts = below(10), .spn = randomPacket() + below(1U << 17U)};
         }
-        if (chance(10)) { stream.startAddress = below(200); }
-        if (chance(5)) { stream.epFineTableStartAddress = below(200); }
-        if (chance(10)) { stream.numberOfEpFineEntries = below(30); }
-        if (chance(5)) { stream.numberOfEpCoarseEntries = below(8); }
         return stream;
     }
 
@@ -96,29 +105,23 @@ void compare(bdmeta::EpMap& map, std::uint32_t time, bool isStart, std::uint8_t 
     const auto expected = EpWalk(clip.rawData, clip.sourcePacketCount).find(time, isStart, stcId);
     std::uint32_t packet = 0;
     const bool isFound = findEntryPacket(map, time, isStart, stcId, packet);
-    ASSERT_EQ(isFound, expected.has_value())
-        << time << (isStart ? " start" : " end") << " STC " << int{stcId};
-    if (!isFound) {
-        ++tally.failures;
-        return;
-    }
-    ASSERT_EQ(packet, *expected) << time << (isStart ? " start" : " end") << " STC " << int{stcId};
-    ++(packet == clip.sourcePacketCount ? tally.clipEnds : tally.found);
+    ASSERT_EQ(isFound, expected.has_value()) << time << ' ' << isStart << ' ' << int{stcId};
+    ASSERT_TRUE(!isFound || packet == *expected)
+        << packet << ' ' << time << ' ' << isStart << ' ' << int{stcId};
+    ++(!isFound ? tally.failures : packet == clip.sourcePacketCount ? tally.clipEnds : tally.found);
 }
 
 TEST(EpMapProperty, AnswersAreThoseOfTheWalk)
 {
     RandomMaps maps;
     Tally tally;
-    for (int round = 0; round < 12000; ++round) {
-        const Bytes bytes = maps.next();
-        const bdmeta::BlurayClip clip = clipOfBytes(bytes);
+    for (int round = 0; round < 12000 && !HasFatalFailure(); ++round) {
+        SCOPED_TRACE(round);
+        const bdmeta::BlurayClip clip = clipOfBytes(maps.next());
         discio::ReadBudget budget;
         bdmeta::EpMap map(clip, budget);
-        for (int i = 0; i < 24; ++i) {
-            const auto stcId = static_cast<std::uint8_t>(maps.below(4));
-            compare(map, maps.randomTime(), i % 2 == 0, stcId, tally);
-            if (testing::Test::HasFatalFailure()) { FAIL() << "map " << round; }
+        for (int i = 0; i < 24 && !HasFatalFailure(); ++i) {
+            compare(map, maps.randomTime(), i % 2 == 0, static_cast<std::uint8_t>(maps.below(4)), tally);
         }
     }
     EXPECT_GT(tally.found, 10000);
@@ -148,10 +151,9 @@ TEST(EpMapProperty, LargeMapsWithoutOrder)
         budget.lower(discio::ReadBudget::Bound::LookUps,
                      stream.coarse.size() + 400 * bdmeta::kIndexLookupCost, "steps");  // none for walks
         bdmeta::EpMap map(clip, budget);
-        for (int i = 0; i < 400; ++i) {
-            const std::uint32_t time = random.below(9U << 19U);
-            compare(map, time, i % 2 == 0, static_cast<std::uint8_t>(random.below(8)), tally);
-            if (testing::Test::HasFatalFailure()) { FAIL() << fineCount << " entries"; }
+        for (int i = 0; i < 400 && !HasFatalFailure(); ++i) {
+            compare(map, random.below(9U << 19U), i % 2 == 0, static_cast<std::uint8_t>(random.below(8)),
+                    tally);
         }
     }
     EXPECT_GT(tally.found, 1000);

@@ -7,19 +7,22 @@
 
 #include <array>
 
+using testsupport::BuiltImage;
 using testsupport::Bytes;
+using testsupport::DiscForm;
 using testsupport::DiscTree;
-using testsupport::IsoSpec;
-using testsupport::kIsoBlock;
+using testsupport::ImageSpec;
+using testsupport::kSector;
 using testsupport::SparseImage;
-using testsupport::UdfSpec;
+using testsupport::UdfExtent;
+using testsupport::udfFileEntry;
 
 namespace {
 
 using Names = std::vector<std::string>;
 
 constexpr std::uint32_t kBlockAt2GiB = 1U << 20U;
-constexpr std::uint32_t kUdfPartition = 320;
+constexpr std::uint32_t kUdfPartition = testsupport::kUdfPartitionSector;
 
 class BlurayImage : public testing::Test {
 protected:
@@ -60,28 +63,34 @@ DiscTree twoFiles()
     return DiscTree().add("BDMV/A.x", {1}).add("BDMV/B.x", Bytes(3000, 2));
 }
 
+BuiltImage iso(const ImageSpec& spec = {})
+{
+    return twoFiles().image(DiscForm::Iso, spec);
+}
+BuiltImage udf(const ImageSpec& spec = {})
+{
+    return twoFiles().image(DiscForm::Udf, spec);
+}
+
 // ---- The limit of 2 GiB ----
 
 TEST_F(BlurayImage, IsoDataAreReadUpTo2GiB)
 {
-    IsoSpec spec;
-    spec.records["BDMV/A.x"].block = kBlockAt2GiB;
-    spec.records["BDMV/B.x"].block = kBlockAt2GiB - 1;
-    openImage(twoFiles().iso(spec));
+    ImageSpec spec;
+    spec.sectors = {{"BDMV/A.x", kBlockAt2GiB}, {"BDMV/B.x", kBlockAt2GiB - 1}};
+    openImage(iso(spec));
     EXPECT_FALSE(canRead("BDMV/A.x"));
     EXPECT_EQ(blurayFileSize(m_source, "BDMV/A.x"), 1U) << "what is not read keeps its size";
-    spec.records.erase("BDMV/A.x");
-    openImage(twoFiles().iso(spec));
+    spec.sectors.erase("BDMV/A.x");
+    openImage(iso(spec));
     EXPECT_TRUE(canRead("BDMV/B.x", Bytes(3000, 2))) << "begins below and runs past";
 
-    spec.records["BDMV/A.x"].block = 2 * kBlockAt2GiB;
-    spec.records["BDMV/B.x"].block = UINT32_MAX;
-    openImage(twoFiles().iso(spec));
+    openImage(iso({.sectors = {{"BDMV/A.x", 2 * kBlockAt2GiB}, {"BDMV/B.x", UINT32_MAX}}}));
     EXPECT_FALSE(canRead("BDMV/A.x")) << "32 bits of its offset would be 0";
     EXPECT_FALSE(canRead("BDMV/B.x"));
     EXPECT_EQ(blurayFileSize(m_source, "BDMV/B.x"), 3000U);
 
-    openImage(DiscTree().add("BDMV/A.x", {}).iso({.records = {{"BDMV/A.x", {.block = kBlockAt2GiB}}}}));
+    openImage(DiscTree().add("BDMV/A.x", {}).image(DiscForm::Iso, {.sectors = {{"BDMV/A.x", kBlockAt2GiB}}}));
     EXPECT_FALSE(canRead("BDMV/A.x")) << "nothing to read, but there";
 }
 
@@ -92,48 +101,45 @@ TEST_F(BlurayImage, IsoDirectoryThatRunsPast2GiB)
          ++i) {  // records of 40 bytes; the last ones stand in the directory's second block
         tree.add("BDMV/" + std::to_string(i) + ".x", {1});
     }
-    IsoSpec spec;
-    spec.records["BDMV"].block = kBlockAt2GiB - 1;
-    openImage(tree.iso(spec));
+    openImage(tree.image(DiscForm::Iso, {.sectors = {{"BDMV", kBlockAt2GiB - 1}}}));
     EXPECT_EQ(list("BDMV").size(), 60U) << "read in one piece";
     EXPECT_TRUE(canRead("BDMV/100.x", {1}));
     EXPECT_FALSE(canRead("BDMV/159.x")) << "a search reads record by record";
-    spec.records["BDMV"].block = kBlockAt2GiB;
-    openImage(tree.iso(spec));
+    openImage(tree.image(DiscForm::Iso, {.sectors = {{"BDMV", kBlockAt2GiB}}}));
     EXPECT_EQ(list("BDMV"), m_failed);
     EXPECT_FALSE(canRead("BDMV/100.x"));
 }
 
 TEST_F(BlurayImage, UdfDataAreReadUpTo2GiB)
 {
-    UdfSpec spec;
-    spec.nodes["BDMV/A.x"].block = kBlockAt2GiB - kUdfPartition;
-    spec.nodes["BDMV/B.x"].block = kBlockAt2GiB - kUdfPartition - 1;
-    openImage(twoFiles().udf(spec));
+    ImageSpec spec;
+    spec.sectors = {{"BDMV/A.x", kBlockAt2GiB}, {"BDMV/B.x", kBlockAt2GiB - 1}};
+    openImage(udf(spec));
     EXPECT_FALSE(canRead("BDMV/A.x"));
     EXPECT_EQ(blurayFileSize(m_source, "BDMV/A.x"), 1U);
-    spec.nodes.erase("BDMV/A.x");
-    openImage(twoFiles().udf(spec));
+    spec.sectors.erase("BDMV/A.x");
+    openImage(udf(spec));
     EXPECT_TRUE(canRead("BDMV/B.x", Bytes(3000, 2)));
     spec.blocksPerExtent = 1;  // the second extent begins past the limit
-    openImage(twoFiles().udf(spec));
+    openImage(udf(spec));
     EXPECT_FALSE(canRead("BDMV/B.x"));
     EXPECT_EQ(blurayFileSize(m_source, "BDMV/B.x"), 3000U);
 
-    spec.nodes["BDMV"].block = kBlockAt2GiB - kUdfPartition + 10;
-    openImage(twoFiles().udf(spec));
+    spec.sectors["BDMV"] = kBlockAt2GiB + 10;
+    openImage(udf(spec));
     EXPECT_EQ(list("BDMV"), m_failed);
     EXPECT_EQ(blurayFileSize(m_source, "BDMV/A.x"), 0U) << "its directory cannot be read";
 }
 
 TEST_F(BlurayImage, UdfStreamFileOf40GiBKeepsItsSize)
 {
-    UdfSpec spec;
-    auto& stream = spec.nodes["BDMV/A.x"];
-    stream.descriptors.emplace(40, testsupport::UdfAllocationDescriptor{0x3FFFF800, 1000});
-    stream.informationLength = 40ULL * 0x3FFFF800 - 1;
-    openImage(twoFiles().udf(spec));
-    EXPECT_EQ(blurayFileSize(m_source, "BDMV/A.x"), *stream.informationLength);
+    const std::uint64_t size = 40ULL * 0x3FFFF800 - 1;
+    BuiltImage image = udf();
+    image.put(image.placeOf("BDMV/A.x").entry,
+              udfFileEntry(
+                  {.informationLength = size, .descriptors = std::vector(40, UdfExtent{0x3FFFF800, 1000})}));
+    openImage(image);
+    EXPECT_EQ(blurayFileSize(m_source, "BDMV/A.x"), size);
     EXPECT_FALSE(canRead("BDMV/A.x"));
 }
 
@@ -143,10 +149,9 @@ TEST_F(BlurayImage, UdfFilesOfEveryLayout)
 {
     for (const std::uint16_t tag : std::array<std::uint16_t, 2>{261, 266}) {
         for (const std::uint8_t kind : std::array<std::uint8_t, 3>{0, 1, 3}) {
-            for (const std::size_t blocksPerExtent : {SIZE_MAX, std::size_t{1}}) {
-                UdfSpec spec;
-                spec.partitionStarts = {9999, 400};
-                spec.partition = 1;
+            for (const std::uint32_t blocksPerExtent : {1U << 18U, 1U}) {
+                ImageSpec spec;
+                spec.partitionsBefore = 1;
                 spec.fileEntryTag = tag;
                 spec.descriptorKind = kind;
                 spec.blocksPerExtent = blocksPerExtent;
@@ -154,7 +159,7 @@ TEST_F(BlurayImage, UdfFilesOfEveryLayout)
                 for (int i = 0; i < 100; ++i) {  // a directory of several blocks
                     tree.add("BDMV/MORE/" + std::to_string(i) + ".x", Bytes(5, static_cast<std::uint8_t>(i)));
                 }
-                openImage(tree.udf(spec));
+                openImage(tree.image(DiscForm::Udf, spec));
                 EXPECT_TRUE(canRead("BDMV/A.x", {1}));
                 EXPECT_TRUE(canRead("BDMV/B.x", Bytes(3000, 2)));
                 EXPECT_EQ(list("BDMV/MORE").size(), 100U);
@@ -166,7 +171,9 @@ TEST_F(BlurayImage, UdfFilesOfEveryLayout)
 
 TEST_F(BlurayImage, UdfNamesOf16BitsAreInvisible)
 {
-    openImage(twoFiles().udf({.nodes = {{"BDMV/A.x", {.compressionId = 16}}}}));
+    BuiltImage image = udf();
+    image.putLe(image.placeOf("BDMV").data + 40 + 38, 16, 1);  // the name behind that of the parent
+    openImage(image);
     EXPECT_FALSE(canRead("BDMV/A.x"));
     EXPECT_EQ(list("BDMV"), Names{"B"});
 }
@@ -174,15 +181,11 @@ TEST_F(BlurayImage, UdfNamesOf16BitsAreInvisible)
 TEST_F(BlurayImage, UdfDirectoryEndingInNonsenseIsSearchedButNotListed)
 {
     const std::uint64_t whole = 3 * 44;  // the parent's entry has 40 bytes, padded names 44
-    openImage(twoFiles().udf({.nodes = {{"BDMV", {.informationLength = whole - 4 + 1}}}}));
+    const std::uint64_t entry = udf().placeOf("BDMV").entry;
+    openImage(udf().putLe(entry + 56, whole - 4 + 1, 8));
     EXPECT_FALSE(canRead("BDMV/A.x")) << "the extents do not cover it";
     for (const std::uint64_t rest : {1U, 37U, 38U}) {
-        UdfSpec spec;
-        auto& directory = spec.nodes["BDMV"];
-        directory.block = 100;
-        directory.informationLength = whole - 4 + rest;
-        directory.descriptors.emplace(1, testsupport::UdfAllocationDescriptor{2048, 100});
-        openImage(twoFiles().udf(spec));
+        openImage(udf().putLe(entry + 56, whole - 4 + rest, 8).putLe(entry + 176, 2048, 4));
         EXPECT_TRUE(canRead("BDMV/B.x")) << rest;
         EXPECT_EQ(list("BDMV"), m_failed) << rest;
     }
@@ -190,36 +193,38 @@ TEST_F(BlurayImage, UdfDirectoryEndingInNonsenseIsSearchedButNotListed)
 
 TEST_F(BlurayImage, IsoRecordThatMakesNoSenseEndsASearchAndFailsAListing)
 {
-    const DiscTree tree = twoFiles().add("BDMV/C.x", {3});
-    openImage(tree.iso({.records = {{"BDMV/B.x", {.recordLength = 20}}}}));
+    const BuiltImage whole = twoFiles().add("BDMV/C.x", {3}).image(DiscForm::Iso);
+    const auto openPatched = [&](std::uint64_t offset, std::uint32_t value, std::size_t width) {
+        openImage(BuiltImage(whole).putLe(offset, value, width));
+    };
+    openPatched(whole.placeOf("BDMV/B.x").record, 20, 1);
     EXPECT_TRUE(canRead("BDMV/A.x", {1}));
     EXPECT_FALSE(canRead("BDMV/B.x"));
     EXPECT_FALSE(canRead("BDMV/C.x"));
     EXPECT_EQ(list("BDMV"), m_failed);
 
-    openImage(tree.iso({.records = {{"BDMV", {.sizeBytes = 34 + 34 + 38 + 38}}}}));
+    const std::uint64_t directory = whole.placeOf("BDMV").record;
+    openPatched(directory + 10, 34 + 34 + 38 + 38, 4);
     EXPECT_EQ(list("BDMV"), (Names{"A", "B"}));
-    openImage(tree.iso({.records = {{"BDMV", {.sizeBytes = 34 + 34 + 38 + 37}}}}));
+    openPatched(directory + 10, 34 + 34 + 38 + 37, 4);
     EXPECT_TRUE(canRead("BDMV/A.x", {1}));
     EXPECT_EQ(list("BDMV"), m_failed) << "a record runs past the end";
-    openImage(tree.iso({.records = {{"BDMV", {.sizeBytes = 0}}}}));
+    openPatched(directory + 10, 0, 4);
     EXPECT_EQ(list("BDMV"), Names{}) << "an empty directory";
-    openImage(tree.iso({.records = {{"BDMV", {.sizeBytes = 1U << 30U}}}}));
+    openPatched(directory + 10, 1U << 30U, 4);
     EXPECT_TRUE(canRead("BDMV/C.x", {3}));
     EXPECT_EQ(list("BDMV"), m_failed) << "the image does not hold all of it";
-    openImage(tree.iso({.records = {{"BDMV", {.flags = 0}}, {"BDMV/A.x", {.flags = 2}}}}));
+    openPatched(directory + 25, 0, 1);
     EXPECT_FALSE(canRead("BDMV/B.x"));
     EXPECT_EQ(list("BDMV"), m_failed) << "it is a file";
-    openImage(tree.iso({.blockSizeBigEndian = 0}));
+    openPatched(testsupport::kIsoDescriptor + 130, 0, 2);
     EXPECT_EQ(list("BDMV"), m_failed);
 }
 
 TEST_F(BlurayImage, IsoBlockSizeIsTakenAsItStands)
 {
     // Blocks of 512 bytes: every number of a block is that of its sector times four.
-    IsoSpec spec;
-    spec.blockSizeBigEndian = 512;
-    SparseImage image = twoFiles().iso(spec);
+    SparseImage image = iso().putBe(testsupport::kIsoDescriptor + 130, 512, 2);
     openImage(image);
     EXPECT_EQ(list("BDMV"), m_failed) << "the root is said to be in sector 4";
     image.put(18 * 512,
@@ -233,37 +238,35 @@ TEST_F(BlurayImage, IsoBlockSizeIsTakenAsItStands)
 
 TEST_F(BlurayImage, ClaimedSizesTakeNoMemory)
 {
-    openImage(twoFiles().iso({.records = {{"BDMV/A.x", {.sizeBytes = UINT32_MAX}}}}));
+    openImage(iso().putLe(iso().placeOf("BDMV/A.x").record + 10, UINT32_MAX, 4));
     EXPECT_FALSE(canRead("BDMV/A.x"));
     EXPECT_EQ(blurayFileSize(m_source, "BDMV/A.x"), UINT32_MAX);
 
     // Extents that lie over each other: all of them are in the image, their sum is not.
-    UdfSpec spec;
-    auto& file = spec.nodes["BDMV/B.x"];
-    file.descriptors.emplace(10000, testsupport::UdfAllocationDescriptor{300 * 2048, 0});
-    file.informationLength = 10000ULL * 300 * 2048;
-    openImage(twoFiles().udf(spec), (kUdfPartition + 300) * kIsoBlock);
+    const auto overlapping = [](std::size_t count) {
+        BuiltImage image = udf({.sectors = {{"BDMV/B.x", kUdfPartition + 100}}});
+        image.put(image.placeOf("BDMV/B.x").entry,
+                  udfFileEntry({.informationLength = count * 250 * kSector,
+                                .descriptors = std::vector(count, UdfExtent{250 * kSector, 0})}));
+        return image;
+    };
+    openImage(overlapping(200), (kUdfPartition + 250) * kSector);
     EXPECT_FALSE(canRead("BDMV/B.x"));
-    file.descriptors->resize(2);
-    file.informationLength = 2 * 300 * 2048;
-    openImage(twoFiles().udf(spec), (kUdfPartition + 300) * kIsoBlock);
+    openImage(overlapping(2), (kUdfPartition + 250) * kSector);
     EXPECT_TRUE(canRead("BDMV/B.x"));
-    openImage(twoFiles().udf(spec), (kUdfPartition + 300) * kIsoBlock - 1);
+    openImage(overlapping(2), (kUdfPartition + 250) * kSector - 1);
     EXPECT_FALSE(canRead("BDMV/B.x")) << "the last byte is missing";
 }
 
 TEST_F(BlurayImage, DirectoriesAreReadUpToTheirLimit)
 {
     constexpr std::uint32_t kOver = 32U << 20U;  // with the root, more than all directories may be
-    openImage(twoFiles().iso({.records = {{"BDMV", {.block = 1000, .sizeBytes = kOver}}}}), 1U << 30U);
+    const ImageSpec spec{.sectors = {{"BDMV", 1000}}};
+    openImage(iso(spec).putLe(iso(spec).placeOf("BDMV").record + 10, kOver, 4), 1U << 30U);
     EXPECT_EQ(list("BDMV"), m_failed);
     EXPECT_NE(m_source.budget->reached(), nullptr);
-    UdfSpec spec;
-    auto& directory = spec.nodes["BDMV"];
-    directory.block = 100;
-    directory.informationLength = kOver;
-    directory.descriptors.emplace(1, testsupport::UdfAllocationDescriptor{kOver, 100});
-    openImage(twoFiles().udf(spec), 1U << 30U);
+    const std::uint64_t entry = udf(spec).placeOf("BDMV").entry;
+    openImage(udf(spec).putLe(entry + 56, kOver, 8).putLe(entry + 176, kOver, 4), 1U << 30U);
     EXPECT_FALSE(canRead("BDMV/A.x"));
     EXPECT_NE(m_source.budget->reached(), nullptr);
 }
@@ -272,7 +275,7 @@ TEST_F(BlurayImage, EveryCutOffImageFailsOrReads)
 {
     std::size_t cases = 0;
     for (const SparseImage& image :
-         {twoFiles().hybrid(), twoFiles().udf({.fileEntryTag = 266, .descriptorKind = 3})}) {
+         {twoFiles().image(DiscForm::Hybrid), udf({.fileEntryTag = 266, .descriptorKind = 3})}) {
         image.writeTo(m_folder / "image");
         for (std::uint64_t size = image.sizeBytes(); size > 0; size -= std::min<std::uint64_t>(size, 1000)) {
             std::filesystem::resize_file(m_folder / "image", size);

@@ -88,16 +88,17 @@ TEST_F(BluraySource, ImageMustHoldAFileSystem)
     const std::string message = "'" + image + "' is not a supported ISO-9660 or UDF image";
     writeFile(image, {});
     EXPECT_EQ(failure(image), message);
-    sampleTree().iso().writeTo(image, 17 * 2048 - 1);
+    sampleTree().image(DiscForm::Iso).writeTo(image, 17 * 2048 - 1);
     EXPECT_EQ(failure(image), message);
-    sampleTree().iso({.standardId = "CD002"}).writeTo(image);
+    sampleTree().image(DiscForm::Iso).putLe(testsupport::kIsoDescriptor + 5, '2', 1).writeTo(image);
     EXPECT_EQ(failure(image), message);
-    sampleTree().udf({.anchorTag = 0}).writeTo(image);
+    sampleTree().image(DiscForm::Udf).putLe(testsupport::kUdfAnchor, 0, 2).writeTo(image);
     EXPECT_EQ(failure(image), message);
-    sampleTree().hybrid({}, {.fileSetTag = 0}).writeTo(image);
+    testsupport::BuiltImage hybrid = sampleTree().image(DiscForm::Hybrid);
+    hybrid.putLe(hybrid.fileSet(), 0, 2).writeTo(image);
     ASSERT_EQ(open(image), 0);
     EXPECT_EQ(m_source.mode, BluraySourceMode::Iso) << "no UDF, but still ISO-9660";
-    sampleTree().hybrid({.descriptorType = 2}).writeTo(image);
+    sampleTree().image(DiscForm::Hybrid).putLe(testsupport::kIsoDescriptor, 2, 1).writeTo(image);
     ASSERT_EQ(open(image), 0);
     EXPECT_EQ(m_source.mode, BluraySourceMode::Udf);
     EXPECT_EQ(m_source.volumeId, "");
@@ -112,7 +113,7 @@ TEST_F(BluraySource, VolumeIdHasNoPadding)
                                                               {std::string(32, 'X'), std::string(32, 'X')},
                                                               {"A\0B"s, "A"}}};
     for (const auto& [stored, text] : cases) {
-        sampleTree().hybrid({.volumeId = stored}).writeTo(m_disc + ".iso");
+        sampleTree().image(DiscForm::Hybrid, {.volumeId = stored}).writeTo(m_disc + ".iso");
         ASSERT_EQ(open(m_disc + ".iso"), 0);
         EXPECT_EQ(m_source.volumeId, text);
     }

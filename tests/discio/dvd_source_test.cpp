@@ -12,8 +12,9 @@ using discio::DvdDiscSource;
 using testsupport::Bytes;
 using testsupport::DiscForm;
 using testsupport::DiscTree;
-using testsupport::IsoSpec;
-using testsupport::kIsoBlock;
+using testsupport::ImageSpec;
+using testsupport::kIsoDescriptor;
+using testsupport::kSector;
 namespace fs = std::filesystem;
 
 namespace {
@@ -23,6 +24,11 @@ const Bytes kManager = {'m', 'a', 'n', 'a', 'g', 'e', 'r'};
 DiscTree smallTree()
 {
     return DiscTree().add("VIDEO_TS/VIDEO_TS.IFO", kManager).add("VIDEO_TS/VTS_01_0.IFO", {1, 2, 3});
+}
+
+testsupport::BuiltImage smallImage(const ImageSpec& spec = {})
+{
+    return smallTree().image(DiscForm::Iso, spec);
 }
 
 class DvdSource : public testing::Test {
@@ -49,10 +55,10 @@ protected:
         return message();
     }
 
-    // What opening the small tree as an image of this kind fails with.
-    std::string imageFailure(const IsoSpec& spec)
+    // What opening the small tree as an image with a patched byte fails with.
+    std::string imageFailure(std::uint64_t offset, std::uint8_t value)
     {
-        smallTree().iso(spec).writeTo(m_image);
+        smallImage().putLe(offset, value, 1).writeTo(m_image);
         return failure(m_image);
     }
 
@@ -156,7 +162,7 @@ TEST_F(DvdSource, WhatIsNoRegularFileNeitherHangsNorOpens)
 TEST_F(DvdSource, PermissionDenied)
 {
     smallTree().writeDirectory(m_folder / "disc");
-    smallTree().iso().writeTo(m_image);
+    smallImage().writeTo(m_image);
     fs::create_directories(m_folder / "locked/disc");
     fs::permissions(m_folder.path(), fs::perms(0755));
     for (const std::string& path : {m_videoTs + "/VTS_01_0.IFO", m_image, m_folder / "locked"}) {
@@ -180,17 +186,17 @@ TEST_F(DvdSource, PermissionDenied)
 TEST_F(DvdSource, ImageMustHoldAVolumeDescriptor)
 {
     const std::string notIso = "'" + m_image + "' is not a supported ISO-9660 image";
-    EXPECT_EQ(imageFailure({.descriptorType = 2}), notIso);
-    EXPECT_EQ(imageFailure({.standardId = "CD002"}), notIso);
-    smallTree().iso().writeTo(m_image, 17 * kIsoBlock - 1);
+    EXPECT_EQ(imageFailure(kIsoDescriptor, 2), notIso);
+    EXPECT_EQ(imageFailure(kIsoDescriptor + 5, '2'), notIso);
+    smallImage().writeTo(m_image, 17 * kSector - 1);
     EXPECT_EQ(failure(m_image), notIso) << "the descriptor's last byte is missing";
     testsupport::writeFile(m_image, {});
     EXPECT_EQ(failure(m_image), notIso);
 
     const std::string blockSize = "'" + m_image + "' has an unsupported ISO block size";
-    EXPECT_EQ(imageFailure({.blockSizeBigEndian = 512}), blockSize);
-    EXPECT_EQ(imageFailure({.rootRecordLength = 33}), blockSize);
-    smallTree().iso({.blockSizeLittleEndian = 512}).writeTo(m_image);
+    EXPECT_EQ(imageFailure(kIsoDescriptor + 130, 512 / 256), blockSize);
+    EXPECT_EQ(imageFailure(kIsoDescriptor + 156, 33), blockSize);
+    smallImage().putLe(kIsoDescriptor + 128, 512, 2).writeTo(m_image);
     EXPECT_EQ(open(m_image), 0) << "only the big-endian copy counts";
     EXPECT_EQ(m_source.blockSize, 2048U);
 }
@@ -198,20 +204,24 @@ TEST_F(DvdSource, ImageMustHoldAVolumeDescriptor)
 TEST_F(DvdSource, ImageMustHoldVideoTs)
 {
     const std::string none = "ISO image has no VIDEO_TS directory";
-    DiscTree().add("AUDIO_TS/A.IFO", {1}).iso().writeTo(m_image);
+    DiscTree().add("AUDIO_TS/A.IFO", {1}).image(DiscForm::Iso).writeTo(m_image);
     EXPECT_EQ(failure(m_image), none);
-    DiscTree().add("VIDEO_TS", {1}).iso().writeTo(m_image);
+    DiscTree().add("VIDEO_TS", {1}).image(DiscForm::Iso).writeTo(m_image);
     EXPECT_EQ(failure(m_image), none) << "a file of that name";
-    smallTree().iso().writeTo(m_image, 18 * kIsoBlock);
+    smallImage().writeTo(m_image, 18 * kSector);
     EXPECT_EQ(failure(m_image), none) << "the image ends before the root directory";
-    EXPECT_EQ(imageFailure({.records = {{"", {.sizeBytes = 0}}}}), none);
-    EXPECT_EQ(imageFailure({.records = {{"VIDEO_TS", {.recordLength = 20}}}}), none);
+    smallImage().putLe(smallImage().placeOf("").record + 10, 0, 4).writeTo(m_image);
+    EXPECT_EQ(failure(m_image), none);
+    EXPECT_EQ(imageFailure(smallImage().placeOf("VIDEO_TS").record, 20), none);
 }
 
 TEST_F(DvdSource, FilesOfAnImage)
 {
-    for (const IsoSpec& spec : {IsoSpec{}, IsoSpec{.versionSuffix = "", .lowerCaseNames = true}}) {
-        smallTree().add("VIDEO_TS/DIR.IFO/FILE", {}).iso(spec).writeTo(m_image);
+    for (const bool hasVersion : {true, false}) {
+        auto image = smallTree().add("VIDEO_TS/DIR.IFO/FILE", {}).image(DiscForm::Iso);
+        const std::uint64_t record = image.placeOf("VIDEO_TS/VIDEO_TS.IFO").record;
+        if (!hasVersion) { image.putLe(record + 32, 12, 1).putLe(record + 33, 'v', 1); }
+        image.writeTo(m_image);
         ASSERT_EQ(open(m_image), 0) << message();
         ASSERT_EQ(openFile("video_ts.IFO"), 0);
         EXPECT_EQ(m_ref.stream, m_source.image);
@@ -241,10 +251,8 @@ TEST_F(DvdSource, FileOutlivesItsSource)
 
 TEST_F(DvdSource, OffsetsAbove4GiB)
 {
-    IsoSpec spec;
-    spec.records["VIDEO_TS"].block = 3U << 20U;  // at 6 GiB
-    spec.records["VIDEO_TS/VIDEO_TS.IFO"].block = UINT32_MAX;
-    smallTree().iso(spec).writeTo(m_image);
+    const std::uint32_t at6GiB = 3U << 20U;
+    smallImage({.sectors = {{"VIDEO_TS", at6GiB}, {"VIDEO_TS/VIDEO_TS.IFO", UINT32_MAX}}}).writeTo(m_image);
     ASSERT_EQ(open(m_image), 0) << message();
     ASSERT_EQ(openFile("VIDEO_TS.IFO"), 0) << message();
     EXPECT_EQ(m_ref.offset, 2048ULL * UINT32_MAX);
@@ -253,18 +261,17 @@ TEST_F(DvdSource, OffsetsAbove4GiB)
 
 TEST_F(DvdSource, ClaimedSizesTakeNoMemoryAndNoTime)
 {
-    IsoSpec spec;
-    spec.records["VIDEO_TS"].sizeBytes = UINT32_MAX;
-    spec.records["VIDEO_TS/VIDEO_TS.IFO"].sizeBytes = UINT32_MAX;
-    smallTree().iso(spec).writeTo(m_image);
+    testsupport::BuiltImage image = smallImage();
+    image.putLe(image.placeOf("VIDEO_TS").record + 10, UINT32_MAX, 4);
+    image.putLe(image.placeOf("VIDEO_TS/VIDEO_TS.IFO").record + 10, UINT32_MAX, 4).writeTo(m_image);
     ASSERT_EQ(open(m_image), 0) << message();
     EXPECT_EQ(openOptional("VTS_99_0.IFO"), 0);
     ASSERT_EQ(openFile("VIDEO_TS.IFO"), 0);
     const discio::DiscFileBytes file = readDiscFile(m_ref, *m_source.budget);
     EXPECT_EQ(file.sizeBytes, UINT32_MAX);
     EXPECT_FALSE(file.isComplete());
-    EXPECT_EQ(file.bytes.size(), 2 * kIsoBlock) << "two files of a block each are all that follows";
-    EXPECT_LE(file.bytes.capacity(), 2 * kIsoBlock);
+    EXPECT_EQ(file.bytes.size(), 2 * kSector) << "two files of a block each are all that follows";
+    EXPECT_LE(file.bytes.capacity(), 2 * kSector);
 
     m_ref.offset = 1ULL << 40U;
     EXPECT_TRUE(readDiscFile(m_ref, *m_source.budget).bytes.empty());

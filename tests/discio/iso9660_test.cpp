@@ -1,6 +1,6 @@
 #include "discio/file_stream.h"
 #include "discio/iso9660.h"
-#include "tests/support/iso_builder.h"
+#include "tests/support/image_builder.h"
 #include "tests/support/temporary_folder.h"
 
 #include <gtest/gtest.h>
@@ -8,13 +8,13 @@
 using testsupport::Bytes;
 using testsupport::isoRecord;
 using testsupport::IsoRecordSpec;
-using testsupport::kIsoBlock;
+using testsupport::kSector;
 using testsupport::putBytes;
 
 namespace {
 
 constexpr std::uint8_t kDirectory = 0x02;
-constexpr std::uint32_t kWhole = 2 * kIsoBlock;
+constexpr std::uint32_t kWhole = 2 * kSector;
 
 // A directory of two blocks, which is the whole image.
 class IsoSearch : public testing::Test {
@@ -29,14 +29,14 @@ protected:
 
     // The first block of the matching record, or -1.
     std::int64_t find(const std::string& name, std::uint32_t sizeBytes = kWhole,
-                      std::uint32_t blockSize = kIsoBlock)
+                      std::uint32_t blockSize = kSector)
     {
         const auto record = search(name, {0, sizeBytes}, blockSize);
         return record ? std::int64_t{record->extent.block} : -1;
     }
 
     std::optional<discio::IsoDirectoryRecord> search(const std::string& name, discio::IsoExtent extent,
-                                                     std::uint32_t blockSize = kIsoBlock)
+                                                     std::uint32_t blockSize = kSector)
     {
         testsupport::writeFile(m_folder / "image", m_directory);
         const auto image = discio::openRegularFile(m_folder / "image");
@@ -52,7 +52,7 @@ protected:
 TEST_F(IsoSearch, GivesExtentAndKind)
 {
     append({.identifier = "A.IFO;1", .block = 0x01020304, .sizeBytes = 0xFFFFFFFF});
-    append({.identifier = "SUB", .block = 7, .sizeBytes = kIsoBlock, .flags = kDirectory | 0x01});
+    append({.identifier = "SUB", .block = 7, .sizeBytes = kSector, .flags = kDirectory | 0x01});
     const auto file = search("A.IFO", {0, kWhole});
     ASSERT_TRUE(file);
     EXPECT_EQ(file->extent.block, 0x01020304U);
@@ -101,7 +101,9 @@ TEST_F(IsoSearch, DotEntriesAreNeverMatched)
 TEST_F(IsoSearch, LengthBelowARecordsMinimumEndsTheSearch)
 {
     append({.identifier = "A", .block = 1});
-    append({.identifier = "X", .recordLength = 20});
+    Bytes tooShort = isoRecord({.identifier = "X"});
+    tooShort[0] = 20;
+    appendBytes(tooShort);
     append({.identifier = "B", .block = 2});
     EXPECT_EQ(find("A"), 1);
     EXPECT_EQ(find("B"), -1);
@@ -110,13 +112,13 @@ TEST_F(IsoSearch, LengthBelowARecordsMinimumEndsTheSearch)
 TEST_F(IsoSearch, LengthZeroGoesOnAtTheNextBlock)
 {
     append({.identifier = "A", .block = 1});
-    m_end = kIsoBlock - 40;  // behind a zero, so never seen
+    m_end = kSector - 40;  // behind a zero, so never seen
     append({.identifier = "HIDDEN", .block = 2});
-    m_end = kIsoBlock;
+    m_end = kSector;
     append({.identifier = "B", .block = 3});
     EXPECT_EQ(find("HIDDEN"), -1);
     EXPECT_EQ(find("B"), 3);
-    EXPECT_EQ(find("B", kIsoBlock), -1) << "the directory ends before it";
+    EXPECT_EQ(find("B", kSector), -1) << "the directory ends before it";
     EXPECT_EQ(find("A", kWhole, 0), -1) << "no block size, no next block";
 }
 
@@ -131,7 +133,9 @@ TEST_F(IsoSearch, RecordMustEndInsideTheDirectory)
 
 TEST_F(IsoSearch, IdentifierLongerThanItsRecordIsClipped)
 {
-    append({.identifier = "A", .block = 1, .identifierLength = 200});
+    Bytes tooLong = isoRecord({.identifier = "A", .block = 1});
+    tooLong[32] = 200;
+    appendBytes(tooLong);
     append({.identifier = "B", .block = 2});
     EXPECT_EQ(find("A"), 1);
     EXPECT_EQ(find("B"), 2);
@@ -161,13 +165,13 @@ TEST_F(IsoSearch, EmptyBlocksArePassedOverUpToTheLimit)
 {
     const std::size_t limit = 32U << 20U;
     testsupport::SparseImage image;
-    image.put(limit - kIsoBlock, isoRecord({.identifier = "LAST", .block = 1}));
+    image.put(limit - kSector, isoRecord({.identifier = "LAST", .block = 1}));
     image.put(limit, isoRecord({.identifier = "BEHIND", .block = 2}));
     image.writeTo(m_folder / "sparse", 5ULL << 30U);
     const auto opened = discio::openRegularFile(m_folder / "sparse");
     const auto find = [&](const char* name, discio::ReadBudget budget) {
         const discio::IsoExtent extent = {0, UINT32_MAX};
-        return findDirectoryRecord(opened.stream.get(), kIsoBlock, extent, name, budget).has_value() ||
+        return findDirectoryRecord(opened.stream.get(), kSector, extent, name, budget).has_value() ||
                budget.reached() == nullptr;
     };
     EXPECT_TRUE(find("LAST", {}));
@@ -177,9 +181,9 @@ TEST_F(IsoSearch, EmptyBlocksArePassedOverUpToTheLimit)
 TEST(IsoVolumeDescriptor, IsReadFromAWholeSectorOnly)
 {
     testsupport::TemporaryFolder folder;
-    testsupport::buildIso({{"A", Bytes(1)}}).writeTo(folder / "image");
+    testsupport::buildImage({{"A", Bytes(1)}}, testsupport::DiscForm::Iso).writeTo(folder / "image");
     const auto image = discio::openRegularFile(folder / "image");
-    Bytes sector(kIsoBlock);
+    Bytes sector(kSector);
     ASSERT_TRUE(discio::readExactly(image.stream.get(), discio::kIsoDescriptorOffset, sector));
     const auto volume = discio::parsePrimaryVolumeDescriptor(sector);
     ASSERT_TRUE(volume);

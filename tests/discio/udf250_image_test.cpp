@@ -1,22 +1,31 @@
 // Images of UDF 2.50, which keep the file set in a metadata partition, and the lies that they can tell.
 #include "tests/discio/bluray_source_fixture.h"
-#include "tests/support/udf250_descriptors.h"
 
 using discio::BluraySourceMode;
 using discio_test::BluraySource;
 using discio_test::Names;
 using discio_test::pattern;
 using discio_test::sampleTree;
+using testsupport::BuiltImage;
+using testsupport::Bytes;
+using testsupport::DiscForm;
 using testsupport::DiscTree;
-using testsupport::kUdfSector;
+using testsupport::ImageSpec;
+using testsupport::kMetadataFile;
+using testsupport::kMetadataMirrorFile;
+using testsupport::kSector;
 using testsupport::SparseImage;
-using testsupport::Udf250Image;
-using testsupport::Udf250Spec;
-using testsupport::UdfPartitionMapSpec;
+using testsupport::udfFileEntry;
 
 namespace {
 
-constexpr std::uint32_t kBlock = kUdfSector;
+constexpr std::uint32_t kBlock = kSector;
+constexpr std::uint32_t kPartition = testsupport::kUdfPartitionSector;
+
+BuiltImage sampleImage(const ImageSpec& spec = {})
+{
+    return sampleTree().image(DiscForm::Udf250, spec);
+}
 
 class Udf250 : public BluraySource {
 protected:
@@ -29,7 +38,6 @@ protected:
         EXPECT_EQ(message(), "'" + path + "' is not a supported ISO-9660 or UDF image");
         return false;
     }
-    bool opens(const Udf250Spec& spec) { return opens(sampleTree().udf250(spec).image); }
 
     // Whether files and listings are those of the sample tree; all of them.
     void expectSampleTree() const
@@ -47,16 +55,16 @@ TEST_F(Udf250, EveryLayoutOfTheMetadata)
 {
     for (const bool duplicates : {true, false}) {
         for (const bool isMapFirst : {true, false}) {
-            for (const std::size_t blocksPerExtent : {SIZE_MAX, std::size_t{1}, std::size_t{3}}) {
+            for (const std::uint32_t blocksPerExtent : {1U << 18U, 1U, 3U}) {
                 for (const std::uint8_t kind : std::array<std::uint8_t, 3>{0, 1, 3}) {
-                    Udf250Spec spec;
-                    spec.duplicateMetadata = duplicates;
+                    ImageSpec spec;
+                    spec.hasMetadataCopy = duplicates;
                     spec.isMetadataMapFirst = isMapFirst;
-                    spec.metadataBlocksPerExtent = blocksPerExtent;
+                    spec.blocksPerExtent = blocksPerExtent;
                     spec.unrecordedBlocks = blocksPerExtent == 3 ? 40 : 0;
-                    spec.directoryKind = kind;
+                    spec.descriptorKind = kind;
                     spec.partitionNumber = kind;
-                    ASSERT_TRUE(opens(spec));
+                    ASSERT_TRUE(opens(sampleImage(spec)));
                     expectSampleTree();
                 }
             }
@@ -70,8 +78,8 @@ TEST_F(Udf250, ADirectoryGoesOnInTheMetadataFilesNextExtent)
     for (int i = 100; i < 300; ++i) {
         tree.add("BDMV/" + std::to_string(i) + ".x", {static_cast<std::uint8_t>(i)});
     }
-    for (const std::size_t blocksPerExtent : {SIZE_MAX, std::size_t{2}, std::size_t{1}}) {
-        ASSERT_TRUE(opens(tree.udf250({.metadataBlocksPerExtent = blocksPerExtent}).image));
+    for (const std::uint32_t blocksPerExtent : {1U << 18U, 2U, 1U}) {
+        ASSERT_TRUE(opens(tree.image(DiscForm::Udf250, {.blocksPerExtent = blocksPerExtent})));
         EXPECT_EQ(list("BDMV", ".x").size(), 200U);
         EXPECT_EQ(read("BDMV/299.x"), testsupport::Bytes{299 - 256});
     }
@@ -82,17 +90,16 @@ TEST_F(Udf250, ADirectoryGoesOnInTheMetadataFilesNextExtent)
 TEST_F(Udf250, MapsAreLookedAtWhereNothingElseOpensTheImage)
 {
     // Reference 0 is the first partition descriptor at first: a file set in its block 0 is the disc's.
-    Udf250Image disc = sampleTree().udf250({.isMetadataMapFirst = true});
-    EXPECT_TRUE(opens(disc.image));
+    BuiltImage disc = sampleImage({.isMetadataMapFirst = true});
+    EXPECT_TRUE(opens(disc));
     EXPECT_EQ(m_source.udf.partitions.size(), 2U);
-    disc.image.put(std::uint64_t{disc.partitionSector} * kBlock,
-                   testsupport::udfFileSetDescriptor({.rootBlock = 77}));
-    EXPECT_TRUE(opens(disc.image));
+    disc.put(kMetadataFile, testsupport::udfFileSet(77, 0));
+    EXPECT_TRUE(opens(disc));
     EXPECT_EQ(m_source.udf.partitions.size(), 1U);
     EXPECT_EQ(m_source.udf.rootIcb.block, 77U);
 
-    SparseImage bridge = sampleTree().udf250().image;
-    bridge.putAll(DiscTree().add("BDMV/of.iso", {1}).iso());
+    SparseImage bridge = sampleImage();
+    bridge.putAll(DiscTree().add("BDMV/of.iso", {1}).image(DiscForm::Iso));
     EXPECT_TRUE(opens(bridge));
     EXPECT_EQ(m_source.mode, BluraySourceMode::Iso);
     EXPECT_EQ(read("BDMV/of.iso"), testsupport::Bytes{1});
@@ -102,33 +109,36 @@ TEST_F(Udf250, MapsAreLookedAtWhereNothingElseOpensTheImage)
 
 TEST_F(Udf250, MapsThatLeadNowhere)
 {
-    const UdfPartitionMapSpec physical;
-    const UdfPartitionMapSpec metadata{.partitionMapType = 2};
-    const auto opensWith = [this](const std::vector<UdfPartitionMapSpec>& maps) {
-        return opens(Udf250Spec{.partitionMaps = maps});
+    const Bytes physical = testsupport::udfPartitionMap(1);
+    const Bytes metadata = testsupport::udfPartitionMap(2);
+    const auto opensWith = [this](const std::vector<Bytes>& maps) {
+        return opens(
+            sampleImage().put(testsupport::kUdfLogicalVolume, testsupport::udfLogicalVolume(1, maps)));
+    };
+    const auto identified = [&metadata](const char* identifier) {
+        Bytes map = metadata;
+        testsupport::putText(map, 5, std::string(identifier) + '\0');
+        return map;
     };
     EXPECT_TRUE(opensWith({physical, metadata}));
-    EXPECT_FALSE(opensWith({}));
-    EXPECT_FALSE(opensWith({physical}));
-    EXPECT_FALSE(opensWith({metadata})) << "reference 1 is needed";
-    EXPECT_FALSE(opensWith({physical, {.partitionMapType = 2, .partitionMapLength = 0}}));
-    EXPECT_FALSE(
-        opensWith({physical, {.partitionMapType = 2, .partitionTypeIdentifier = "*UDF Virtual Partition"}}));
-    EXPECT_FALSE(
-        opensWith({physical, {.partitionMapType = 2, .partitionTypeIdentifier = "*UDF Sparable Partition"}}));
-    EXPECT_FALSE(opensWith({physical, {.partitionMapType = 2, .partitionNumber = 1}}))
+    EXPECT_FALSE(opens(sampleImage().putLe(testsupport::kUdfLogicalVolume + 268, 0, 4)));
+    EXPECT_FALSE(opens(sampleImage().putLe(testsupport::kUdfLogicalVolume + 268, 1, 4)));
+    EXPECT_FALSE(opens(sampleImage().putLe(testsupport::kUdfLogicalVolume + 446 + 1, 0, 1)));
+    EXPECT_FALSE(opensWith({physical, identified("*UDF Virtual Partition")}));
+    EXPECT_FALSE(opensWith({physical, identified("*UDF Sparable Partition")}));
+    EXPECT_FALSE(opensWith({physical, testsupport::udfPartitionMap(2, 1)}))
         << "a metadata partition in itself";
     EXPECT_FALSE(opensWith({physical, physical})) << "no file set in block 0";
     for (const std::uint32_t outside : {5000U, 1U << 20U, UINT32_MAX}) {
-        UdfPartitionMapSpec map = metadata;
-        map.metadataFileLocation = outside;
+        Bytes map = metadata;
+        testsupport::putLe(map, 40, outside, 4);
         EXPECT_TRUE(opensWith({physical, map}));
-        map.metadataMirrorFileLocation = outside;
+        testsupport::putLe(map, 44, outside, 4);
         EXPECT_FALSE(opensWith({physical, map}));
     }
 
     // The file set opens without the partition of the files' data, which then cannot be read.
-    EXPECT_TRUE(opensWith({{.partitionNumber = 3}, metadata}));
+    EXPECT_TRUE(opensWith({testsupport::udfPartitionMap(1, 3), metadata}));
     EXPECT_EQ(list("BDMV/PLAYLIST").size(), 2U);
     EXPECT_EQ(read("BDMV/index.bdmv"), m_unreadable);
     EXPECT_EQ(sizeOf("BDMV/index.bdmv"), 0U);
@@ -136,16 +146,13 @@ TEST_F(Udf250, MapsThatLeadNowhere)
 
 TEST_F(Udf250, TheLastDescriptorOfAPartitionCounts)
 {
-    const auto descriptor = [](std::uint16_t number, std::uint32_t start) {
-        return testsupport::udfPartitionDescriptor({number, start, 1000});
-    };
-    Udf250Image disc = sampleTree().udf250();
-    disc.image.put(40 * kUdfSector, descriptor(1, 9999));
-    EXPECT_TRUE(opens(disc.image)) << "another partition";
-    disc.image.put(41 * kUdfSector, descriptor(0, 9999));
-    EXPECT_FALSE(opens(disc.image));
-    disc.image.put(42 * kUdfSector, descriptor(0, disc.partitionSector));
-    ASSERT_TRUE(opens(disc.image));
+    BuiltImage disc = sampleImage();
+    disc.put(40 * kSector, testsupport::udfPartition(1, 9999));
+    EXPECT_TRUE(opens(disc)) << "another partition";
+    disc.put(41 * kSector, testsupport::udfPartition(0, 9999));
+    EXPECT_FALSE(opens(disc));
+    disc.put(42 * kSector, testsupport::udfPartition(0, kPartition));
+    ASSERT_TRUE(opens(disc));
     expectSampleTree();
 }
 
@@ -153,9 +160,9 @@ TEST_F(Udf250, TheLastDescriptorOfAPartitionCounts)
 
 TEST_F(Udf250, TheMirrorStandsInForAMetadataFileThatHoldsNoFileSet)
 {
-    const Udf250Image whole = sampleTree().udf250();
-    const std::uint64_t length = std::uint64_t{whole.metadataBlockCount} * kBlock;
-    const std::uint32_t metadata = whole.metadataSector - whole.partitionSector;
+    const BuiltImage whole = sampleImage();
+    const std::uint64_t length = std::uint64_t{whole.metadataBlockCount()} * kBlock;
+    const auto metadata = static_cast<std::uint32_t>(whole.fileSet() / kSector - kPartition);
     const std::vector<testsupport::UdfFileEntrySpec> broken = {
         {.tag = 260, .informationLength = length, .descriptors = {{32 * kBlock, metadata}}},
         {.descriptorKind = 1, .informationLength = length, .descriptors = {{32 * kBlock, metadata}}},
@@ -165,28 +172,29 @@ TEST_F(Udf250, TheMirrorStandsInForAMetadataFileThatHoldsNoFileSet)
         {.informationLength = length, .descriptors = {{32 * kBlock, 9000}}},
         {.informationLength = length, .descriptors = {{0x80000000 + 32 * kBlock, metadata}}},
         {.informationLength = UINT64_MAX, .descriptors = {{0x3FFFFFFF, metadata}}},
-        {.informationLength = length,
-         .descriptors = {{32 * kBlock, metadata}},
-         .descriptorsLength = UINT32_MAX},
-        {.informationLength = length,
-         .descriptors = std::vector(200, testsupport::UdfAllocationDescriptor{1, metadata})},
+        {.informationLength = length, .descriptors = std::vector(200, testsupport::UdfExtent{1, metadata})},
     };
-    for (const auto& entry : broken) {
-        Udf250Image disc = whole;
-        ASSERT_TRUE(opens(disc.putEntry(disc.metadataFileSector, entry).image));
+    std::vector<Bytes> entries;
+    for (const auto& spec : broken) {
+        entries.push_back(udfFileEntry(spec));
+    }
+    entries.push_back(udfFileEntry({.informationLength = length, .descriptors = {{32 * kBlock, metadata}}}));
+    testsupport::putLe(entries.back(), 172, UINT32_MAX, 4);
+    for (const Bytes& entry : entries) {
+        BuiltImage disc = whole;
+        ASSERT_TRUE(opens(disc.wipe(kMetadataFile).put(kMetadataFile, entry)));
         expectSampleTree();
-        EXPECT_FALSE(opens(disc.putEntry(disc.metadataMirrorFileSector, entry).image));
+        EXPECT_FALSE(opens(disc.wipe(kMetadataMirrorFile).put(kMetadataMirrorFile, entry)));
     }
 }
 
 TEST_F(Udf250, ACopyOfTheMetadataStandsInWhereTheFileSetIsGone)
 {
-    for (const bool duplicates : {true, false}) {
+    for (const bool hasCopy : {true, false}) {
         for (const bool isMapFirst : {true, false}) {
-            Udf250Image disc =
-                sampleTree().udf250({.duplicateMetadata = duplicates, .isMetadataMapFirst = isMapFirst});
-            EXPECT_EQ(opens(disc.wipe(disc.metadataSector).image), duplicates);
-            EXPECT_FALSE(opens(disc.wipe(disc.metadataMirrorSector).image));
+            BuiltImage disc = sampleImage({.hasMetadataCopy = hasCopy, .isMetadataMapFirst = isMapFirst});
+            EXPECT_EQ(opens(disc.wipe(disc.fileSet())), hasCopy);
+            EXPECT_FALSE(opens(disc.wipe(disc.fileSetCopy())));
         }
     }
 }
@@ -194,31 +202,25 @@ TEST_F(Udf250, ACopyOfTheMetadataStandsInWhereTheFileSetIsGone)
 TEST_F(Udf250, WhereTheFileSetIsOutsideTheFirstThatCanBeReadCounts)
 {
     // The file set in block 2 of the partition itself, which is reference 1.
-    Udf250Image disc = sampleTree().udf250({.isMetadataMapFirst = true});
-    testsupport::Bytes volume = testsupport::udfLogicalVolumeDescriptor(
-        {.fileSetReference = 1, .partitionMaps = {{.partitionMapType = 2}, {}}});
-    testsupport::putLe(volume, 252, 2, 4);
-    disc.image.put(std::uint64_t{disc.logicalVolumeSector} * kBlock, volume);
-    disc.image.put((std::uint64_t{disc.partitionSector} + 2) * kBlock,
-                   testsupport::udfFileSetDescriptor({disc.entryBlocks.at(""), 0}));
-    disc.wipe(disc.metadataSector);
-    ASSERT_TRUE(opens(disc.image));
+    BuiltImage disc = sampleImage({.isMetadataMapFirst = true});
+    disc.putLe(testsupport::kUdfLogicalVolume + 252, 2, 4).putLe(testsupport::kUdfLogicalVolume + 256, 1, 2);
+    disc.put((kPartition + 2) * kSector, testsupport::udfFileSet(2, 0));
+    disc.wipe(disc.fileSet());
+    ASSERT_TRUE(opens(disc));
     expectSampleTree();
-    ASSERT_TRUE(opens(disc.wipe(disc.metadataFileSector).image));
+    ASSERT_TRUE(opens(disc.wipe(kMetadataFile)));
     expectSampleTree();
-    ASSERT_TRUE(opens(disc.wipe(disc.metadataMirrorFileSector).image));
+    ASSERT_TRUE(opens(disc.wipe(kMetadataMirrorFile)));
     EXPECT_EQ(read("BDMV/index.bdmv"), m_unreadable);
 }
 
 TEST_F(Udf250, WhichOfTheTwoIsDecidedOnceWhenOpening)
 {
-    Udf250Image disc = sampleTree().udf250();
-    disc.wipe(disc.metadataSector + disc.entryBlocks.at("BDMV/PLAYLIST"));
-    ASSERT_TRUE(opens(disc.image));
+    BuiltImage disc = sampleImage();
+    ASSERT_TRUE(opens(disc.wipe(disc.placeOf("BDMV/PLAYLIST").entry)));
     EXPECT_EQ(list("BDMV/PLAYLIST"), m_failed);
     EXPECT_EQ(read("BDMV/index.bdmv"), pattern(100, 1));
-    disc.wipe(disc.metadataFileSector);
-    ASSERT_TRUE(opens(disc.image));
+    ASSERT_TRUE(opens(disc.wipe(kMetadataFile)));
     expectSampleTree();
 }
 
@@ -226,7 +228,9 @@ TEST_F(Udf250, WhichOfTheTwoIsDecidedOnceWhenOpening)
 
 TEST_F(Udf250, NamesOf16BitsAreInvisible)
 {
-    ASSERT_TRUE(opens(Udf250Spec{.nodes = {{"BDMV/PLAYLIST/00010.mpls", {.compressionId = 16}}}}));
+    BuiltImage disc = sampleImage();
+    disc.putLe(disc.placeOf("BDMV/PLAYLIST").data + 40 + 38, 16, 1);  // the name behind that of the parent
+    ASSERT_TRUE(opens(disc));
     EXPECT_EQ(list("BDMV/PLAYLIST"), Names{"00002"});
     EXPECT_EQ(read("BDMV/PLAYLIST/00010.mpls"), m_unreadable);
 }
@@ -234,36 +238,36 @@ TEST_F(Udf250, NamesOf16BitsAreInvisible)
 TEST_F(Udf250, ReadsEndAt2GiB)
 {
     constexpr std::uint32_t kSectorAt2GiB = 1U << 20U;
-    const Udf250Image whole = sampleTree().udf250();
-    const std::uint32_t block = kSectorAt2GiB - whole.partitionSector;
-    Udf250Spec spec;
-    spec.nodes["bdmv.txt"].descriptors = {{7, block, 0}};
-    ASSERT_TRUE(opens(spec));
+    ASSERT_TRUE(opens(sampleImage({.sectors = {{"bdmv.txt", kSectorAt2GiB}}})));
     EXPECT_EQ(sizeOf("bdmv.txt"), 7U);
     EXPECT_EQ(read("bdmv.txt"), m_unreadable);
 
     // The file set in the last sector that is read, or in the first that is not; the rest stays where it was.
-    const std::uint32_t metadata = whole.metadataSector - whole.partitionSector;
-    for (const std::uint32_t far : {block - 1, block}) {
-        Udf250Image disc = whole;
-        disc.image.put((std::uint64_t{disc.partitionSector} + far) * kUdfSector,
-                       testsupport::udfFileSetDescriptor({disc.entryBlocks.at(""), 1}));
-        disc.wipe(disc.metadataMirrorFileSector);
-        disc.putEntry(disc.metadataFileSector, {.informationLength = 32ULL * kBlock,
-                                                .descriptors = {{kBlock, far}, {31 * kBlock, metadata + 1}}});
-        EXPECT_EQ(opens(disc.image, 3ULL << 30U), far < block);
+    const BuiltImage whole = sampleImage();
+    const auto metadata = static_cast<std::uint32_t>(whole.fileSet() / kSector - kPartition);
+    for (const std::uint32_t far : {kSectorAt2GiB - 1, kSectorAt2GiB}) {
+        BuiltImage disc = whole;
+        disc.put(far * kSector, testsupport::udfFileSet(2, 1));
+        disc.wipe(kMetadataMirrorFile);
+        disc.put(kMetadataFile,
+                 udfFileEntry({.informationLength = 32ULL * kBlock,
+                               .descriptors = {{kBlock, far - kPartition}, {31 * kBlock, metadata + 1}}}));
+        EXPECT_EQ(opens(disc, 3ULL << 30U), far < kSectorAt2GiB);
     }
 }
 
 TEST_F(Udf250, ExtentsThatLeaveTheMetadataPartition)
 {
-    const std::uint32_t count = sampleTree().udf250().metadataBlockCount;
+    const std::uint32_t count = sampleImage().metadataBlockCount();
     for (const std::uint32_t block : {count, count - 1, UINT32_MAX}) {
-        Udf250Spec spec;
-        spec.nodes["BDMV/PLAYLIST"] = {.informationLength = 2 * kBlock,
-                                       .descriptors = {{{2 * kBlock, block, 1}}}};
-        spec.directoryKind = 1;
-        ASSERT_TRUE(opens(spec));
+        BuiltImage disc = sampleImage();
+        disc.put(disc.placeOf("BDMV/PLAYLIST").entry,
+                 udfFileEntry({.tag = 266,
+                               .fileType = 4,
+                               .descriptorKind = 1,
+                               .informationLength = 2 * kBlock,
+                               .descriptors = {{2 * kBlock, block, 1}}}));
+        ASSERT_TRUE(opens(disc));
         EXPECT_EQ(list("BDMV/PLAYLIST"), m_failed);
         EXPECT_EQ(read("BDMV/PLAYLIST/00010.mpls"), m_unreadable);
         EXPECT_EQ(read("bdmv.txt"), pattern(7, 6));
@@ -273,15 +277,15 @@ TEST_F(Udf250, ExtentsThatLeaveTheMetadataPartition)
 TEST_F(Udf250, EveryCutOffImageFailsOrReads)
 {
     for (const bool isMainBroken : {false, true}) {
-        Udf250Image disc = sampleTree().udf250({.metadataBlocksPerExtent = 5, .unrecordedBlocks = 2});
-        if (isMainBroken) { disc.wipe(disc.metadataFileSector); }
+        BuiltImage disc = sampleImage({.blocksPerExtent = 5, .unrecordedBlocks = 2});
+        if (isMainBroken) { disc.wipe(kMetadataFile); }
         const std::string path = m_folder / "image";
-        disc.image.writeTo(path);
-        const std::uint64_t lastAnchor = disc.image.sizeBytes() - kUdfSector;
-        for (std::uint64_t size = lastAnchor; size > 0; size -= kUdfSector) {
+        disc.writeTo(path);
+        const std::uint64_t lastAnchor = disc.sizeBytes() - kSector;
+        for (std::uint64_t size = lastAnchor; size > 0; size -= kSector) {
             std::filesystem::resize_file(path, isMainBroken ? size - 1000 : size);  // also within a sector
             if (open(path) != 0) { continue; }
-            EXPECT_GT(size, std::uint64_t{disc.metadataSector} * kUdfSector);
+            EXPECT_GT(size, disc.fileSet());
             const testsupport::Bytes file = read("BDMV/PLAYLIST/00010.mpls");
             EXPECT_TRUE(file == pattern(5000, 2) || file == m_unreadable) << size;
             const Names names = list("BDMV/PLAYLIST");

@@ -1,13 +1,13 @@
 #include "discio/udf.h"
 #include "tests/discio/image_file.h"
-#include "tests/support/udf_builder.h"
+#include "tests/support/image_structures.h"
 
 #include <array>
 
 using discio::ImageExtent;
 using discio::UdfAddress;
 using testsupport::Bytes;
-using testsupport::kUdfSector;
+using testsupport::kSector;
 using testsupport::SparseImage;
 using testsupport::udfFileEntry;
 using testsupport::UdfFileEntrySpec;
@@ -16,22 +16,27 @@ namespace {
 
 constexpr std::uint64_t kGiB = 1ULL << 30U;
 constexpr UdfAddress kIcb = {5, 1};
-constexpr std::uint64_t kEntryOffset = 25 * kUdfSector;
+constexpr std::uint64_t kEntryOffset = 25 * kSector;
 
 // One file entry, as block 5 of partition 1, which begins in sector 20; partition 0 begins in sector 10.
 class UdfFile : public discio_test::ImageFileTest {
 protected:
     std::optional<discio::UdfFileEntry> read(const UdfFileEntrySpec& spec, const UdfAddress& icb = kIcb)
     {
+        return readBytes(udfFileEntry(spec), icb);
+    }
+    std::optional<discio::UdfFileEntry> readBytes(const Bytes& bytes, const UdfAddress& icb = kIcb)
+    {
         SparseImage content;
-        content.put(kEntryOffset, udfFileEntry(spec));
+        content.put(kEntryOffset, bytes);
         return readUdfFileEntry(imageOf(content), m_volume, icb);
     }
 
     // The extents, or one of UINT64_MAX where there is no readable entry.
-    std::vector<ImageExtent> extents(const UdfFileEntrySpec& spec)
+    std::vector<ImageExtent> extents(const UdfFileEntrySpec& spec) { return extentsOf(udfFileEntry(spec)); }
+    std::vector<ImageExtent> extentsOf(const Bytes& bytes)
     {
-        const auto entry = read(spec);
+        const auto entry = readBytes(bytes);
         return entry ? entry->data.extents : std::vector<ImageExtent>{{UINT64_MAX, UINT64_MAX}};
     }
 
@@ -48,13 +53,13 @@ TEST_F(UdfFile, ExtentsOfEitherKindOfEntryAndDescriptor)
             spec.extendedAttributeSize = attributes;
             spec.informationLength = 5000;
             spec.descriptors = {{2048, 7, 0}, {2952, 0xFFFFFFFF, 0}};
-            const std::vector<ImageExtent> inOwn = {{27 * kUdfSector, 2048},
-                                                    {(20 + 0xFFFFFFFFULL) * kUdfSector, 2952}};
+            const std::vector<ImageExtent> inOwn = {{27 * kSector, 2048},
+                                                    {(20 + 0xFFFFFFFFULL) * kSector, 2952}};
             EXPECT_EQ(extents(spec), inOwn) << tag << ' ' << attributes;
 
             spec.descriptorKind = 1;
-            const std::vector<ImageExtent> inNamed = {{17 * kUdfSector, 2048},
-                                                      {(10 + 0xFFFFFFFFULL) * kUdfSector, 2952}};
+            const std::vector<ImageExtent> inNamed = {{17 * kSector, 2048},
+                                                      {(10 + 0xFFFFFFFFULL) * kSector, 2952}};
             EXPECT_EQ(extents(spec), inNamed) << tag << ' ' << attributes;
 
             spec.descriptorKind = 3;
@@ -81,8 +86,7 @@ TEST_F(UdfFile, DescriptorsMustCoverTheInformationLength)
     UdfFileEntrySpec spec;
     spec.informationLength = 3000;
     spec.descriptors = {{2048, 1}, {2048, 2}, {2048, 3}};
-    EXPECT_EQ(extents(spec), (std::vector<ImageExtent>{{21 * kUdfSector, 2048}, {22 * kUdfSector, 952}}))
-        << "cut";
+    EXPECT_EQ(extents(spec), (std::vector<ImageExtent>{{21 * kSector, 2048}, {22 * kSector, 952}})) << "cut";
     spec.informationLength = 6144;
     EXPECT_EQ(extents(spec).size(), 3U);
     spec.informationLength = 6145;
@@ -90,13 +94,16 @@ TEST_F(UdfFile, DescriptorsMustCoverTheInformationLength)
     spec.informationLength = UINT64_MAX;
     EXPECT_EQ(extents(spec), m_unreadable);
 
+    const auto areaOf = [&spec](std::uint32_t length) {
+        Bytes entry = udfFileEntry(spec);
+        testsupport::putLe(entry, 172, length, 4);
+        return entry;
+    };
     spec.informationLength = 4096;
-    spec.descriptorsLength = 16 + 7;
-    EXPECT_EQ(extents(spec).size(), 2U) << "a part of a descriptor is none";
-    spec.descriptorsLength = 15;
-    EXPECT_EQ(extents(spec), m_unreadable);
+    EXPECT_EQ(extentsOf(areaOf(16 + 7)).size(), 2U) << "a part of a descriptor is none";
+    EXPECT_EQ(extentsOf(areaOf(15)), m_unreadable);
     spec.informationLength = 0;
-    EXPECT_EQ(extents(spec), std::vector<ImageExtent>{});
+    EXPECT_EQ(extentsOf(areaOf(15)), std::vector<ImageExtent>{});
 }
 
 TEST_F(UdfFile, DescriptorsWithoutDataArePassedOver)
@@ -106,7 +113,7 @@ TEST_F(UdfFile, DescriptorsWithoutDataArePassedOver)
     spec.informationLength = 2048;
     for (const std::uint32_t length : {0U, 0x40000000U, 0x40000800U, 0x80000800U, 0xC0000800U}) {
         spec.descriptors = {{length, 1, 99}, {2048, 2, 1}};
-        EXPECT_EQ(extents(spec), (std::vector<ImageExtent>{{22 * kUdfSector, 2048}})) << length;
+        EXPECT_EQ(extents(spec), (std::vector<ImageExtent>{{22 * kSector, 2048}})) << length;
         spec.descriptors.pop_back();
         EXPECT_EQ(extents(spec), m_unreadable) << "nothing else covers the file: " << length;
     }
@@ -143,14 +150,16 @@ TEST_F(UdfFile, DescriptorAreaHasLimits)
     EXPECT_EQ(extents(spec), m_unreadable) << "too many, though the last one is not needed";
 
     // Without descriptors nothing of the area is read, so it may lie anywhere that 32 bits can tell.
-    UdfFileEntrySpec empty;
-    empty.extendedAttributeLength = UINT32_MAX - kEntryOffset - 176;
-    EXPECT_EQ(extents(empty), std::vector<ImageExtent>{});
-    empty.extendedAttributeLength = *empty.extendedAttributeLength + 1;
-    EXPECT_EQ(extents(empty), m_unreadable);
-    empty.extendedAttributeLength = 5000;
-    empty.descriptorsLength = 8;
-    EXPECT_EQ(extents(empty), m_unreadable) << "behind the image's end";
+    const auto empty = [](std::uint64_t attributesLength, std::uint64_t descriptorsLength) {
+        Bytes entry = udfFileEntry({});
+        testsupport::putLe(entry, 168, attributesLength, 4);
+        testsupport::putLe(entry, 172, descriptorsLength, 4);
+        return entry;
+    };
+    constexpr std::uint64_t kLast = UINT32_MAX - kEntryOffset - 176;
+    EXPECT_EQ(extentsOf(empty(kLast, 0)), std::vector<ImageExtent>{});
+    EXPECT_EQ(extentsOf(empty(kLast + 1, 0)), m_unreadable);
+    EXPECT_EQ(extentsOf(empty(5000, 8)), m_unreadable) << "behind the image's end";
 }
 
 TEST_F(UdfFile, DescriptorsOfAVolumeHaveALimit)
@@ -208,7 +217,7 @@ TEST_F(UdfFile, NoneIsReadFrom2GiBOn)
 {
     const std::uint32_t lastBlock = (1U << 20U) - 1 - 20;
     SparseImage content;
-    for (const std::uint64_t offset : {std::uint64_t{0}, 2 * kGiB - kUdfSector, 2 * kGiB}) {
+    for (const std::uint64_t offset : {std::uint64_t{0}, 2 * kGiB - kSector, 2 * kGiB}) {
         content.put(offset, udfFileEntry({.informationLength = 1, .descriptors = {{1, 0}}}));
     }
     const auto image = imageOf(content);

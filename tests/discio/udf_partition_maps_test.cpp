@@ -1,27 +1,28 @@
 #include "discio/udf.h"
 #include "discio/udf_partition_maps.h"
 #include "tests/discio/image_file.h"
-#include "tests/support/udf250_descriptors.h"
+#include "tests/support/image_structures.h"
 
 #include <array>
 
 using discio::UdfBlockRun;
 using testsupport::Bytes;
-using testsupport::kUdfSector;
+using testsupport::kSector;
 using testsupport::udfFileEntry;
 using testsupport::UdfFileEntrySpec;
-using testsupport::UdfPartitionMapSpec;
 
 namespace {
 
 // ---- Partition maps ----
 
+using testsupport::udfPartitionMap;
+
 // One letter for each map, and behind it the partition number.
-std::string mapsOf(const std::vector<UdfPartitionMapSpec>& maps, std::optional<std::uint32_t> count = {})
+std::string mapsOf(const std::vector<Bytes>& maps, std::optional<std::uint32_t> count = {})
 {
-    Bytes sector =
-        testsupport::udfLogicalVolumeDescriptor({.partitionMaps = maps, .numberOfPartitionMaps = count});
-    sector.resize(kUdfSector);
+    Bytes sector = testsupport::udfLogicalVolume(0, maps);
+    if (count) { testsupport::putLe(sector, 268, *count, 4); }
+    sector.resize(kSector);
     std::string text;
     for (const discio::UdfPartitionMap& map : discio::parseUdfPartitionMaps(sector)) {
         text += "PMO"[static_cast<std::size_t>(map.kind)] + std::to_string(map.partitionNumber);
@@ -29,23 +30,36 @@ std::string mapsOf(const std::vector<UdfPartitionMapSpec>& maps, std::optional<s
     return text;
 }
 
-const UdfPartitionMapSpec kPhysical{.partitionNumber = 5};
-const UdfPartitionMapSpec kMetadata{.partitionMapType = 2, .partitionNumber = 6};
+const Bytes kPhysical = udfPartitionMap(1, 5);
+const Bytes kMetadata = udfPartitionMap(2, 6);
 
-// A map of type 2 that is not one of a metadata partition.
-UdfPartitionMapSpec identified(const char* identifier)
+Bytes ofType(std::uint8_t type)
 {
-    return {.partitionMapType = 2, .partitionTypeIdentifier = identifier};
+    Bytes map = udfPartitionMap(1);
+    map[0] = type;
+    return map;
+}
+Bytes ofLength(Bytes map, std::uint8_t length)
+{
+    map[1] = length;
+    return map;
+}
+// A map of type 2 that is not one of a metadata partition.
+Bytes identified(const char* identifier)
+{
+    Bytes map = udfPartitionMap(2);
+    testsupport::putBytes(map, 5, Bytes(23));
+    testsupport::putText(map, 5, identifier);
+    return map;
 }
 
 TEST(UdfPartitionMaps, EachKindInItsPlace)
 {
-    EXPECT_EQ(mapsOf({kPhysical, kMetadata, {.partitionNumber = 0xFFFF}}), "P5M6P65535");
-    const Bytes sector = testsupport::udfLogicalVolumeDescriptor(
-        {.partitionMaps = {{.partitionMapType = 2,
-                            .metadataFileLocation = 0x01020304,
-                            .metadataMirrorFileLocation = 0xF5060708}}});
-    const auto maps = discio::parseUdfPartitionMaps(sector);
+    EXPECT_EQ(mapsOf({kPhysical, kMetadata, udfPartitionMap(1, 0xFFFF)}), "P5M6P65535");
+    Bytes metadata = kMetadata;
+    testsupport::putLe(metadata, 40, 0x01020304, 4);
+    testsupport::putLe(metadata, 44, 0xF5060708, 4);
+    const auto maps = discio::parseUdfPartitionMaps(testsupport::udfLogicalVolume(0, {metadata}));
     ASSERT_EQ(maps.size(), 1U);
     EXPECT_EQ(maps[0].metadataFileBlock, 0x01020304U);
     EXPECT_EQ(maps[0].metadataMirrorFileBlock, 0xF5060708U);
@@ -56,10 +70,10 @@ TEST(UdfPartitionMaps, WhatIsUnknownKeepsItsPlace)
     EXPECT_EQ(mapsOf({identified("*UDF Virtual Partition"), kPhysical}), "O0P5");
     EXPECT_EQ(mapsOf({identified("*UDF Sparable Partition"), kMetadata}), "O0M6");
     EXPECT_EQ(mapsOf({identified("*UDF Metadata Partitio"), identified("*UDF metadata Partition")}), "O0O0");
-    EXPECT_EQ(mapsOf({{.partitionMapType = 0}, kPhysical, {.partitionMapType = 3}}), "O0P5O0");
-    EXPECT_EQ(mapsOf({{.partitionMapLength = 5}}), "O0") << "the number does not lie in it";
-    EXPECT_EQ(mapsOf({{.partitionMapType = 2, .partitionMapLength = 47}}), "O0");
-    EXPECT_EQ(mapsOf({{.partitionMapType = 2, .partitionMapLength = 48}}), "M0");
+    EXPECT_EQ(mapsOf({ofType(0), kPhysical, ofType(3)}), "O0P5O0");
+    EXPECT_EQ(mapsOf({ofLength(udfPartitionMap(1), 5)}), "O0") << "the number does not lie in it";
+    EXPECT_EQ(mapsOf({ofLength(udfPartitionMap(2), 47)}), "O0");
+    EXPECT_EQ(mapsOf({ofLength(udfPartitionMap(2), 48)}), "M0");
 }
 
 TEST(UdfPartitionMaps, AsManyAsTheVolumeSaysAndTheSectorHolds)
@@ -68,11 +82,11 @@ TEST(UdfPartitionMaps, AsManyAsTheVolumeSaysAndTheSectorHolds)
     EXPECT_EQ(mapsOf({kPhysical, kMetadata}, 0), "");
     EXPECT_EQ(mapsOf({kPhysical}, UINT32_MAX), "P5") << "zeros are no map";
     EXPECT_EQ(mapsOf(std::vector(17, kPhysical)).size(), 2U * 16);
-    EXPECT_EQ(mapsOf({kPhysical, {.partitionMapLength = 0}, kPhysical}), "P5");
-    EXPECT_EQ(mapsOf({kPhysical, {.partitionMapLength = 1}, kPhysical}), "P5");
+    EXPECT_EQ(mapsOf({kPhysical, ofLength(kPhysical, 0), kPhysical}), "P5");
+    EXPECT_EQ(mapsOf({kPhysical, ofLength(kPhysical, 1), kPhysical}), "P5");
 
     // 1,608 bytes hold six maps of 255; of the seventh 78 are left.
-    Bytes sector(kUdfSector);
+    Bytes sector(kSector);
     testsupport::putLe(sector, 268, 16, 4);
     for (std::size_t i = 0; i < 7; ++i) {
         testsupport::putBytes(sector, 440 + i * 255, {1, 255, 1, 0, 5, 0});
@@ -82,7 +96,7 @@ TEST(UdfPartitionMaps, AsManyAsTheVolumeSaysAndTheSectorHolds)
     EXPECT_EQ(discio::parseUdfPartitionMaps(sector).size(), 7U);
     sector[440 + 6 * 255 + 1] = 79;
     EXPECT_EQ(discio::parseUdfPartitionMaps(sector).size(), 6U);
-    for (std::size_t size = 0; size < kUdfSector; ++size) {
+    for (std::size_t size = 0; size < kSector; ++size) {
         EXPECT_LE(discio::parseUdfPartitionMaps(std::span(sector).first(size)).size(), 6U);
     }
 }
@@ -95,8 +109,12 @@ protected:
     // "first+count@sector" of each run.
     std::string runsOf(const UdfFileEntrySpec& spec, std::uint32_t block = 5)
     {
+        return runsOf(udfFileEntry(spec), block);
+    }
+    std::string runsOf(const Bytes& entry, std::uint32_t block)
+    {
         testsupport::SparseImage content;
-        content.put(25 * kUdfSector, udfFileEntry(spec));
+        content.put(25 * kSector, entry);
         std::string text;
         for (const UdfBlockRun& run : discio::readUdfMetadataFile(imageOf(content), 20, block)) {
             text += std::to_string(run.firstBlock) + '+' + std::to_string(run.blockCount) + '@' +
@@ -104,15 +122,15 @@ protected:
         }
         return text;
     }
-    std::string runsOf(std::uint64_t blocks, const std::vector<testsupport::UdfAllocationDescriptor>& extents)
+    std::string runsOf(std::uint64_t blocks, const std::vector<testsupport::UdfExtent>& extents)
     {
-        return runsOf({.informationLength = blocks * kUdfSector, .descriptors = extents});
+        return runsOf({.informationLength = blocks * kSector, .descriptors = extents});
     }
 };
 
 TEST_F(UdfMetadataFile, RunsFollowItsExtents)
 {
-    constexpr std::uint32_t kBlock = kUdfSector;
+    constexpr std::uint32_t kBlock = kSector;
     EXPECT_EQ(runsOf(3, {{3 * kBlock, 100}}), "0+3@100 ");
     EXPECT_EQ(runsOf(4, {{kBlock, 100}, {2 * kBlock, 101}, {kBlock, 99}}), "0+3@100 3+1@99 ");
     EXPECT_EQ(runsOf(3, {{2 * kBlock, 100}, {9 * kBlock, 0xFFFFFFFF}}), "0+2@100 2+1@4294967295 ") << "cut";
@@ -130,7 +148,7 @@ TEST_F(UdfMetadataFile, RunsFollowItsExtents)
 
 TEST_F(UdfMetadataFile, WhatHoldsLessThanItSaysIsUnreadable)
 {
-    constexpr std::uint32_t kBlock = kUdfSector;
+    constexpr std::uint32_t kBlock = kSector;
     EXPECT_EQ(runsOf(2, {{kBlock, 100}}), "");
     EXPECT_EQ(runsOf(0, {{kBlock, 100}}), "");
     EXPECT_EQ(runsOf(1, {}), "");
@@ -153,8 +171,9 @@ TEST_F(UdfMetadataFile, WhatHoldsLessThanItSaysIsUnreadable)
     }
     spec.tag = 261;
     for (const std::uint32_t length : {0U, 7U, 1U << 20U, UINT32_MAX}) {
-        spec.descriptorsLength = length;
-        EXPECT_EQ(runsOf(spec), "") << length;
+        Bytes entry = udfFileEntry(spec);
+        testsupport::putLe(entry, 172, length, 4);
+        EXPECT_EQ(runsOf(entry, 5), "") << length;
     }
 }
 
@@ -171,7 +190,7 @@ TEST(UdfExtents, AreCutWhereTheRunsAre)
         if (!appendUdfExtent(volume, {block, partition}, size, budget, data)) { return std::string("none"); }
         EXPECT_EQ(data.sizeBytes, size);
         for (const discio::ImageExtent& piece : data.extents) {
-            text += std::to_string(piece.offset / kUdfSector) + ':' + std::to_string(piece.sizeBytes) + ' ';
+            text += std::to_string(piece.offset / kSector) + ':' + std::to_string(piece.sizeBytes) + ' ';
         }
         return text;
     };
@@ -186,7 +205,7 @@ TEST(UdfExtents, AreCutWhereTheRunsAre)
     EXPECT_EQ(extent(0, 1, 2), "none") << "one that is not followed";
     EXPECT_EQ(extent(0, 1, 3), "none") << "no such partition";
     EXPECT_FALSE(udfByteOffset(volume, {3, 0}));
-    EXPECT_EQ(udfByteOffset(volume, {6, 0}), 32 * kUdfSector);
+    EXPECT_EQ(udfByteOffset(volume, {6, 0}), 32 * kSector);
 }
 
 TEST(UdfExtents, PiecesOfFilesHaveALimit)
@@ -199,7 +218,7 @@ TEST(UdfExtents, PiecesOfFilesHaveALimit)
     budget.lower(discio::ReadBudget::Bound::Pieces, 5, "pieces");
     for (const bool isAllowed : {true, true, false}) {  // the first piece of each file is free
         discio::ExtentList data;
-        EXPECT_EQ(appendUdfExtent(volume, {0, 0}, 3 * kUdfSector, budget, data), isAllowed);
+        EXPECT_EQ(appendUdfExtent(volume, {0, 0}, 3 * kSector, budget, data), isAllowed);
     }
     EXPECT_STREQ(budget.reached(), "pieces");
 }

@@ -1,15 +1,17 @@
 #include "discio/udf.h"
 #include "tests/discio/image_file.h"
-#include "tests/support/udf_builder.h"
+#include "tests/support/image_builder.h"
 
 using discio::DiscDirectory;
+using testsupport::append;
+using testsupport::BuiltImage;
 using testsupport::Bytes;
-using testsupport::kUdfSector;
+using testsupport::ImageSpec;
+using testsupport::kSector;
 using testsupport::putBytes;
 using testsupport::SparseImage;
 using testsupport::udfFileIdentifier;
 using testsupport::UdfFileIdentifierSpec;
-using testsupport::UdfSpec;
 
 namespace {
 
@@ -19,8 +21,19 @@ Bytes joined(const std::vector<UdfFileIdentifierSpec>& specs)
 {
     Bytes bytes;
     for (const UdfFileIdentifierSpec& spec : specs) {
-        putBytes(bytes, bytes.size(), udfFileIdentifier(spec));
+        append(bytes, udfFileIdentifier(spec));
     }
+    return bytes;
+}
+
+// A, the lying descriptor and A again.
+Bytes between(const UdfFileIdentifierSpec& spec, std::size_t offset, std::uint64_t lie, std::size_t width)
+{
+    Bytes bytes = joined({{.name = "A"}});
+    Bytes liar = udfFileIdentifier(spec);
+    testsupport::putLe(liar, offset, lie, width);
+    append(bytes, liar);
+    append(bytes, joined({{.name = "A"}}));
     return bytes;
 }
 
@@ -63,7 +76,7 @@ TEST(UdfDirectory, WhichNamesAreSeen)
               "|A|B|.");
     EXPECT_EQ(namesIn(joined({{.name = "GONE", .characteristics = 0x04}})), "|GONE|.");
     EXPECT_EQ(namesIn(joined({{.name = "A", .implementationUseSize = 33}, {.name = "B"}})), "|A|B|.");
-    EXPECT_EQ(namesIn(joined({{.name = "A", .identifierLength = 1}, {.name = "B"}})), "|B|.") << "no letter";
+    EXPECT_EQ(namesIn(between({.name = "X"}, 19, 1, 1)), "|A|A|.") << "no letter";
     const std::string longest(254, 'x');
     EXPECT_EQ(namesIn(joined({{.name = longest}, {.name = "B"}})), "|" + longest + "|B|.");
 }
@@ -71,11 +84,11 @@ TEST(UdfDirectory, WhichNamesAreSeen)
 TEST(UdfDirectory, WhatMakesNoSenseEndsIt)
 {
     const UdfFileIdentifierSpec a{.name = "A"};  // 40 bytes
-    EXPECT_EQ(namesIn(joined({a, {.name = "X", .tag = 258}, a})), "|A|");
-    EXPECT_EQ(namesIn(joined({a, {.name = "XYZ", .crcLength = 23}, a})), "|A|") << "40 bytes of 42";
-    EXPECT_EQ(namesIn(joined({a, {.name = "XYZ", .crcLength = 25}, a})), "|A|XYZ|A|.") << "rounded up to 44";
-    EXPECT_EQ(namesIn(joined({a, {.name = "X", .crcLength = 0xFFFF}, a})), "|A|");
-    EXPECT_EQ(namesIn(joined({a, {.name = "X", .identifierLength = 3}, a})), "|A|");
+    EXPECT_EQ(namesIn(between({.name = "X"}, 0, 258, 2)), "|A|");
+    EXPECT_EQ(namesIn(between({.name = "XYZ"}, 10, 23, 2)), "|A|") << "40 bytes of 42";
+    EXPECT_EQ(namesIn(between({.name = "XYZ"}, 10, 25, 2)), "|A|XYZ|A|.") << "rounded up to 44";
+    EXPECT_EQ(namesIn(between({.name = "X"}, 10, 0xFFFF, 2)), "|A|");
+    EXPECT_EQ(namesIn(between({.name = "X"}, 19, 3, 1)), "|A|");
 
     for (std::size_t rest = 1; rest < 40; ++rest) {
         Bytes bytes = joined({a});
@@ -91,20 +104,24 @@ TEST(UdfDirectory, WhatMakesNoSenseEndsIt)
 
 // ---- The volume ----
 
+constexpr std::uint64_t kPartition = testsupport::kUdfPartitionSector;
+
 class UdfVolumeTest : public discio_test::ImageFileTest {
 protected:
-    std::optional<discio::UdfVolume> find(const UdfSpec& spec)
+    bool isFound(const SparseImage& image) { return findUdfVolume(imageOf(image)).has_value(); }
+    // With a number of 4 bytes patched.
+    bool isFoundWith(std::uint64_t offset, std::uint32_t value)
     {
-        return findUdfVolume(imageOf(content(spec)));
+        return isFound(content().putLe(offset, value, 4));
     }
-    static SparseImage content(const UdfSpec& spec = {}) { return buildUdf({{"A", Bytes(1)}}, spec).image; }
+    static BuiltImage content(const ImageSpec& spec = {})
+    {
+        return buildImage({{"A", Bytes(1)}}, testsupport::DiscForm::Udf, spec);
+    }
 
-    // The descriptors stand in sectors 257 (primary), 258 (partition), 259 (logical volume), 260
-    // (terminator).
     static Bytes logicalVolume(std::uint32_t fileSetBlock)
     {
-        Bytes sector(kUdfSector);
-        testsupport::putU8(sector, 0, 6);
+        Bytes sector = testsupport::udfLogicalVolume(0, {});
         testsupport::putLe(sector, 252, fileSetBlock, 4);
         return sector;
     }
@@ -112,63 +129,65 @@ protected:
 
 TEST_F(UdfVolumeTest, IsFoundByItsAnchor)
 {
-    const auto volume = find({.partitionStarts = {0x000140, 0xFFFFFF}});
+    SparseImage image = content();
+    image.put(testsupport::kUdfFirstPartition + kSector, testsupport::udfPartition(1, 0xFFFFFF));
+    const auto volume = findUdfVolume(imageOf(image));
     ASSERT_TRUE(volume);
     ASSERT_EQ(volume->partitions.size(), 2U);
-    EXPECT_EQ(volume->partitions[0].startSector, 320U);
+    EXPECT_EQ(volume->partitions[0].startSector, kPartition);
     EXPECT_EQ(volume->partitions[1].startSector, 0xFFFFFFU);
-    EXPECT_EQ(volume->rootIcb.block, 1U);
+    EXPECT_EQ(volume->rootIcb.block, 2U);
     EXPECT_EQ(volume->rootIcb.partition, 0U);
-    EXPECT_FALSE(find({.anchorTag = 3}));
-    EXPECT_FALSE(find({.fileSetTag = 257}));
-    EXPECT_FALSE(findUdfVolume(imageOf(content(), 257 * kUdfSector - 1)));
-    EXPECT_FALSE(findUdfVolume(imageOf(content(), 321 * kUdfSector - 1))) << "the file set is cut";
-    EXPECT_TRUE(findUdfVolume(imageOf(content(), 321 * kUdfSector)));
+    EXPECT_FALSE(isFoundWith(testsupport::kUdfAnchor, 3));
+    EXPECT_FALSE(isFoundWith(content().fileSet(), 257));
+    EXPECT_FALSE(findUdfVolume(imageOf(content(), 257 * kSector - 1)));
+    EXPECT_FALSE(findUdfVolume(imageOf(content(), (kPartition + 1) * kSector - 1))) << "the file set is cut";
+    EXPECT_TRUE(findUdfVolume(imageOf(content(), (kPartition + 1) * kSector)));
 }
 
 TEST_F(UdfVolumeTest, SequenceHasTheLengthOfItsAnchor)
 {
-    const std::uint32_t needed = 3 * kUdfSector;
-    EXPECT_TRUE(find({.sequenceLength = needed}));
-    EXPECT_FALSE(find({.sequenceLength = needed - 1}));
-    EXPECT_TRUE(find({.sequenceLength = needed + kUdfSector - 1}));
-    EXPECT_TRUE(find({.sequenceLength = UINT32_MAX})) << "what is not in the image is passed over";
+    constexpr std::uint64_t kLength = testsupport::kUdfAnchor + 16;
+    const std::uint32_t needed = 3 * kSector;
+    EXPECT_TRUE(isFoundWith(kLength, needed));
+    EXPECT_FALSE(isFoundWith(kLength, needed - 1));
+    EXPECT_TRUE(isFoundWith(kLength, needed + kSector - 1));
+    EXPECT_TRUE(isFoundWith(kLength, UINT32_MAX)) << "what is not in the image is passed over";
 
     // Nothing ends it early, and the last logical volume descriptor counts.
-    SparseImage more = content({.sequenceLength = 50 * kUdfSector});
-    more.put((257 + 49) * kUdfSector, logicalVolume(7));
-    EXPECT_FALSE(findUdfVolume(imageOf(more))) << "in block 7 is no file set";
-    more.put((257 + 50) * kUdfSector, logicalVolume(0));
-    EXPECT_FALSE(findUdfVolume(imageOf(more))) << "behind the sequence";
-    more.put((257 + 49) * kUdfSector, logicalVolume(0x01000000));
-    EXPECT_TRUE(findUdfVolume(imageOf(more))) << "block numbers of volume descriptors have three bytes";
+    SparseImage more = content();
+    more.putLe(kLength, 50 * kSector, 4);
+    more.put((32 + 49) * kSector, logicalVolume(7));
+    EXPECT_FALSE(isFound(more)) << "in block 7 is no file set";
+    more.put((32 + 50) * kSector, logicalVolume(0));
+    EXPECT_FALSE(isFound(more)) << "behind the sequence";
+    more.put((32 + 49) * kSector, logicalVolume(0x01000000));
+    EXPECT_TRUE(isFound(more)) << "block numbers of volume descriptors have three bytes";
 }
 
 TEST_F(UdfVolumeTest, UpTo16PartitionsCount)
 {
-    for (std::uint8_t count = 1; count <= 17; ++count) {
-        UdfSpec spec;
-        spec.partitionStarts.resize(count, 320);
-        spec.partition = static_cast<std::uint8_t>(count - 1);
-        const auto volume = find(spec);
-        ASSERT_EQ(volume.has_value(), count <= 16) << int{count};
+    for (std::uint16_t before = 0; before < 17; ++before) {
+        const auto volume = findUdfVolume(imageOf(content({.partitionsBefore = before})));
+        ASSERT_EQ(volume.has_value(), before < 16) << before;
         if (volume) {
-            EXPECT_EQ(volume->partitions.size(), count);
-            EXPECT_EQ(volume->rootIcb.partition, spec.partition);
+            EXPECT_EQ(volume->partitions.size(), before + 1U);
+            EXPECT_EQ(volume->rootIcb.partition, before);
         }
     }
     SparseImage none = content();
-    none.put(258 * kUdfSector, Bytes(kUdfSector));
-    EXPECT_FALSE(findUdfVolume(imageOf(none)));
+    none.put(testsupport::kUdfFirstPartition, Bytes(kSector));
+    EXPECT_FALSE(isFound(none));
 }
 
 TEST_F(UdfVolumeTest, ReadsEndAt2GiB)
 {
-    UdfSpec spec;
-    spec.partitionStarts = {(1U << 20U) - 1};
-    EXPECT_TRUE(find(spec)) << "the file set is in the last sector below";
-    spec.partitionStarts = {1U << 20U};
-    EXPECT_FALSE(find(spec));
+    for (const std::uint32_t sector : {(1U << 20U) - 1, 1U << 20U}) {
+        SparseImage image = content();
+        image.put(testsupport::kUdfFirstPartition, testsupport::udfPartition(0, sector));
+        image.put(sector * kSector, testsupport::udfFileSet(1, 0)).put((sector + 1) * kSector, Bytes(1));
+        EXPECT_EQ(isFound(image), sector < 1U << 20U);
+    }
 }
 
 }  // namespace

@@ -164,7 +164,10 @@ TEST(DvdDisc, ManagerCutOff)
     DvdSpec spec;
     spec.vmg.titles.resize(2);
     const Bytes manager = spec.vmg.build();
-    const auto image = spec.tree().remove(kManager).add(kManager, manager).iso();  // as the last file
+    const auto image = spec.tree()
+                           .remove(kManager)
+                           .add(kManager, manager)
+                           .image(testsupport::DiscForm::Iso);  // as the last file
     const testsupport::TemporaryFolder folder;
     for (std::size_t i = 0; i + 1 < rows.size(); ++i) {
         const auto& [from, inDirectory, inImage] = rows[i];

@@ -7,11 +7,11 @@
 #include <functional>
 
 using faults::Family;
+using testsupport::BuiltImage;
 using testsupport::Bytes;
-using testsupport::IsoSpec;
+using testsupport::DiscForm;
 using testsupport::SparseImage;
-using testsupport::UdfAllocationDescriptor;
-using testsupport::UdfSpec;
+using testsupport::udfFileEntry;
 
 namespace {
 
@@ -36,19 +36,39 @@ std::ostream& operator<<(std::ostream& out, const HostileImage& image)
     return out << image.fault;
 }
 
-SparseImage isoDvd(const IsoSpec& spec)
+BuiltImage isoOf(Family family)
 {
-    return faults::dvdTree().iso(spec);
+    return faults::treeOf(family).image(DiscForm::Iso);
 }
 
-SparseImage isoBluray(const IsoSpec& spec)
+// A directory or file whose record claims 4 GiB.
+BuiltImage claiming4GiB(Family family, const std::string& path)
 {
-    return faults::blurayTree().iso(spec);
+    BuiltImage image = isoOf(family);
+    image.putLe(image.placeOf(path).record + 10, UINT32_MAX, 4);
+    return image;
 }
 
-SparseImage udfBluray(const UdfSpec& spec)
+BuiltImage withoutBlockSize(Family family)
 {
-    return faults::blurayTree().udf(spec);
+    BuiltImage image = isoOf(family);
+    image.putLe(testsupport::kIsoDescriptor + 130, 0, 2);
+    return image;
+}
+
+// The small Blu-ray disc with another file entry.
+BuiltImage withEntry(const std::string& path, const testsupport::UdfFileEntrySpec& entry)
+{
+    BuiltImage image = faults::blurayTree().image(DiscForm::Udf);
+    image.put(image.placeOf(path).entry, udfFileEntry(entry));
+    return image;
+}
+
+BuiltImage claiming2To63(const std::string& path, std::uint8_t descriptorKind)
+{
+    BuiltImage image = faults::blurayTree().image(DiscForm::Udf, {.descriptorKind = descriptorKind});
+    image.putLe(image.placeOf(path).entry + 56, 1ULL << 63U, 8);
+    return image;
 }
 
 class HostileImages : public testing::TestWithParam<HostileImage> {};
@@ -78,48 +98,34 @@ INSTANTIATE_TEST_SUITE_P(
     Iso, HostileImages,
     testing::Values(
         HostileImage{"Image: a directory that claims 4 GiB", kFails, Family::Dvd, kTooManyNames,
-                     [] {
-                         return isoDvd({.records = {{"VIDEO_TS", {.sizeBytes = UINT32_MAX}}}});
-                     },
-                     6 * kGiB},
+                     [] { return claiming4GiB(Family::Dvd, "VIDEO_TS"); }, 6 * kGiB},
         HostileImage{"Image: a directory that claims 4 GiB", kFails, Family::Bluray, faults::kCannotEnumerate,
-                     [] {
-                         return isoBluray({.records = {{"BDMV/PLAYLIST", {.sizeBytes = UINT32_MAX}}}});
-                     },
-                     6 * kGiB},
+                     [] { return claiming4GiB(Family::Bluray, "BDMV/PLAYLIST"); }, 6 * kGiB},
         HostileImage{"Image: a directory that is its own child", kFails, Family::Bluray,
-                     faults::kCannotEnumerate, [] { return faults::rootInItself(isoBluray({})); }},
+                     faults::kCannotEnumerate, [] { return faults::rootInItself(isoOf(Family::Bluray)); }},
         HostileImage{"Image: a directory that is its own child", kFails, Family::Dvd,
                      "ISO image has no VIDEO_TS/VIDEO_TS.IFO",
-                     [] { return faults::rootInItself(isoDvd({})); }},
+                     [] { return faults::rootInItself(isoOf(Family::Dvd)); }},
         HostileImage{"Image: a thousand directories in each other", kRead, Family::Bluray, kWhole,
-                     [] { return faults::nested(faults::blurayTree(), "BDMV").iso(); }},
+                     [] { return faults::nested(faults::blurayTree(), "BDMV").image(DiscForm::Iso); }},
         HostileImage{"Image: a thousand directories in each other", kRead, Family::Dvd, kWhole,
-                     [] { return faults::nested(faults::dvdTree(), "VIDEO_TS").iso(); }},
+                     [] { return faults::nested(faults::dvdTree(), "VIDEO_TS").image(DiscForm::Iso); }},
         HostileImage{"Image: directory records of no length", kFails, Family::Dvd, kTooManyNames,
                      [] {
-                         SparseImage image =
-                             isoDvd({.records = {{"VIDEO_TS", {.block = 30000, .sizeBytes = UINT32_MAX}}}});
-                         image.put(30000ULL * 2048, Bytes(2048));
-                         return image;
+                         BuiltImage image = claiming4GiB(Family::Dvd, "VIDEO_TS");
+                         image.putLe(image.placeOf("VIDEO_TS").record + 2, 30000, 4);
+                         return image.wipe(30000 * testsupport::kSector);
                      },
                      6 * kGiB},
         HostileImage{"Image: blocks of no size", kFails, Family::Bluray, faults::kCannotEnumerate,
-                     [] { return isoBluray({.blockSizeBigEndian = 0}); }},
+                     [] { return withoutBlockSize(Family::Bluray); }},
         HostileImage{"Image: blocks of no size", kFails, Family::Dvd,
-                     "'%s' has an unsupported ISO block size",
-                     [] { return isoDvd({.blockSizeBigEndian = 0}); }},
+                     "'%s' has an unsupported ISO block size", [] { return withoutBlockSize(Family::Dvd); }},
         HostileImage{"Image: a file that claims 4 GiB", kFails, Family::Dvd,
                      "cannot read VIDEO_TS/VIDEO_TS.IFO",
-                     [] {
-                         return isoDvd({.records = {{"VIDEO_TS/VIDEO_TS.IFO", {.sizeBytes = UINT32_MAX}}}});
-                     }},
-        HostileImage{
-            "Image: a file that claims 4 GiB", kFails, Family::Bluray, kTooLarge,
-            [] {
-                return isoBluray({.records = {{"BDMV/CLIPINF/00002.clpi", {.sizeBytes = UINT32_MAX}}}});
-            },
-            6 * kGiB},
+                     [] { return claiming4GiB(Family::Dvd, "VIDEO_TS/VIDEO_TS.IFO"); }},
+        HostileImage{"Image: a file that claims 4 GiB", kFails, Family::Bluray, kTooLarge,
+                     [] { return claiming4GiB(Family::Bluray, "BDMV/CLIPINF/00002.clpi"); }, 6 * kGiB},
         HostileImage{"Image: 99 title sets looked for in a directory of 16 MiB", kRead, Family::Dvd,
                      kNinetyNineTitles, faults::titleSetsOfALongDirectory, kGiB},
         HostileImage{"Image: a directory of 16 MiB of names", kFails, Family::Dvd,
@@ -137,46 +143,42 @@ INSTANTIATE_TEST_SUITE_P(
 INSTANTIATE_TEST_SUITE_P(
     Udf, HostileImages,
     testing::Values(
-        HostileImage{
-            "Image: a directory that claims 4 GiB", kFails, Family::Bluray, kTooManyNames,
-            [] {
-                UdfSpec spec;
-                spec.nodes["BDMV/PLAYLIST"].informationLength = 4 * kGiB;
-                spec.nodes["BDMV/PLAYLIST"].descriptors.emplace(5, UdfAllocationDescriptor{0x3FFFF800, 0});
-                return udfBluray(spec);
-            },
-            6 * kGiB},
+        HostileImage{"Image: a directory that claims 4 GiB", kFails, Family::Bluray, kTooManyNames,
+                     [] {
+                         return withEntry("BDMV/PLAYLIST", {.fileType = 4,
+                                                            .informationLength = 4 * kGiB,
+                                                            .descriptors = std::vector(
+                                                                5, testsupport::UdfExtent{0x3FFFF800, 0})});
+                     },
+                     6 * kGiB},
         HostileImage{"Image: a file that claims 2^63 bytes", kFails, Family::Bluray,
                      "cannot parse playlist 'BDMV/PLAYLIST/00000.mpls'",
-                     [] {
-                         return udfBluray(
-                             {.nodes = {{"BDMV/PLAYLIST/00000.mpls", {.informationLength = 1ULL << 63U}}}});
-                     }},
+                     [] { return claiming2To63("BDMV/PLAYLIST/00000.mpls", 0); }},
         HostileImage{"Image: a file that claims 2^63 bytes", kFails, Family::Bluray,
                      "cannot parse clip information 'BDMV/CLIPINF/00001.clpi'",
-                     [] {
-                         UdfSpec spec{.descriptorKind = 3};
-                         spec.nodes["BDMV/CLIPINF/00001.clpi"].informationLength = 1ULL << 63U;
-                         return udfBluray(spec);
-                     }},
+                     [] { return claiming2To63("BDMV/CLIPINF/00001.clpi", 3); }},
         HostileImage{
             "Image: a directory that is its own child", kFails, Family::Bluray, faults::kCannotEnumerate,
             [] {
-                return faults::withDirectory("", {{.name = "BDMV", .block = 1, .characteristics = 0x02},
-                                                  {.name = "PLAYLIST", .block = 1, .characteristics = 0}});
+                return faults::withDirectory("", {{.name = "BDMV", .block = 2, .characteristics = 0x02},
+                                                  {.name = "PLAYLIST", .block = 2, .characteristics = 0}});
             }},
         HostileImage{"Image: a file that is its own file entry", kFails, Family::Bluray,
                      "cannot parse playlist 'BDMV/PLAYLIST/00800.mpls'",
                      [] {
-                         UdfSpec spec;
-                         spec.nodes["BDMV/PLAYLIST/00800.mpls"].informationLength = 2048;
-                         spec.nodes["BDMV/PLAYLIST/00800.mpls"].descriptors = {{2048, 1}};
-                         return udfBluray(spec);
+                         return withEntry("BDMV/PLAYLIST/00800.mpls",
+                                          {.informationLength = 2048, .descriptors = {{2048, 2}}});
                      }},
         HostileImage{"Image: a thousand directories in each other", kRead, Family::Bluray, kWhole,
-                     [] { return faults::nested(faults::blurayTree(), "BDMV").udf(); }},
+                     [] { return faults::nested(faults::blurayTree(), "BDMV").image(DiscForm::Udf); }},
         HostileImage{"Image: a volume descriptor sequence that claims 4 GiB", kFails, Family::Bluray,
-                     kTooManyNames, [] { return udfBluray({.sequenceLength = UINT32_MAX}); }, 6 * kGiB},
+                     kTooManyNames,
+                     [] {
+                         return faults::blurayTree()
+                             .image(DiscForm::Udf)
+                             .putLe(testsupport::kUdfAnchor + 16, UINT32_MAX, 4);
+                     },
+                     6 * kGiB},
         HostileImage{"Image: 40,000 names that share 1 MiB of allocation descriptors", kFails, Family::Bluray,
                      kTooManyNames, [] { return faults::sharedDescriptorArea(40000); }, 64U << 20U},
         HostileImage{"Image: 250,000 clips that are one file", kRead, Family::Bluray,

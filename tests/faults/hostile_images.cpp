@@ -5,26 +5,25 @@
 #include <algorithm>
 #include <utility>
 
+using testsupport::BuiltImage;
 using testsupport::Bytes;
+using testsupport::DiscForm;
 using testsupport::DiscTree;
-using testsupport::kUdfSector;
+using testsupport::kSector;
 using testsupport::SparseImage;
 using testsupport::UdfFileEntrySpec;
 using testsupport::UdfFileIdentifierSpec;
-using testsupport::UdfSpec;
 
 namespace faults {
 
 namespace {
 
 constexpr std::uint32_t k16MiB = 16U << 20U;
-constexpr std::size_t kSector = 2048;
-constexpr std::uint32_t kPartition = 320;  // the first sector of a UDF image's partition
 constexpr std::uint32_t kFarBlock = 5000;  // behind all that the small discs hold
 
 void putBlock(SparseImage& image, std::uint32_t block, Bytes bytes)
 {
-    image.put((std::uint64_t{kPartition} + block) * kUdfSector, std::move(bytes));
+    image.put((std::uint64_t{testsupport::kUdfPartitionSector} + block) * kSector, std::move(bytes));
 }
 
 std::string fiveDigits(std::uint32_t number)
@@ -49,21 +48,27 @@ Bytes manyRecords(std::size_t sizeBytes, const std::string& suffix, std::uint32_
     return directory;
 }
 
-}  // namespace
-
-SparseImage withDirectory(const std::string& path, const std::vector<UdfFileIdentifierSpec>& identifiers,
-                          UdfSpec spec)
+// Puts these identifiers in place of a directory's.
+void putDirectory(BuiltImage& image, const std::string& path,
+                  const std::vector<UdfFileIdentifierSpec>& identifiers, std::uint32_t block)
 {
     Bytes bytes;
     for (const UdfFileIdentifierSpec& identifier : identifiers) {
-        const Bytes one = udfFileIdentifier(identifier);
-        bytes.insert(bytes.end(), one.begin(), one.end());
+        testsupport::append(bytes, udfFileIdentifier(identifier));
     }
     const auto size = static_cast<std::uint32_t>(bytes.size());
-    spec.nodes[path].informationLength = size;
-    spec.nodes[path].descriptors = {{size, kFarBlock}};
-    SparseImage image = blurayTree().udf(spec);
-    putBlock(image, kFarBlock, std::move(bytes));
+    image.put(image.placeOf(path).entry,
+              testsupport::udfFileEntry(
+                  {.fileType = 4, .informationLength = size, .descriptors = {{size, block}}}));
+    putBlock(image, block, std::move(bytes));
+}
+
+}  // namespace
+
+BuiltImage withDirectory(const std::string& path, const std::vector<UdfFileIdentifierSpec>& identifiers)
+{
+    BuiltImage image = blurayTree().image(DiscForm::Udf);
+    putDirectory(image, path, identifiers, kFarBlock);
     return image;
 }
 
@@ -92,19 +97,14 @@ SparseImage udfClips(std::uint32_t count)
     const Bytes clip = testsupport::ClpiSpec().build();
     const auto size = static_cast<std::uint32_t>(clip.size());
     std::vector<UdfFileIdentifierSpec> clipNames;
-    Bytes streamNames;
+    std::vector<UdfFileIdentifierSpec> streamNames;
     for (std::uint32_t i = 0; i < count; ++i) {
         const std::string name = std::to_string(1000000 + i);
         clipNames.push_back({.name = name + ".clpi", .block = entries});
-        const Bytes one = testsupport::udfFileIdentifier({.name = name + ".m2ts", .block = entries});
-        streamNames.insert(streamNames.end(), one.begin(), one.end());
+        streamNames.push_back({.name = name + ".m2ts", .block = entries});
     }
-    UdfSpec spec;
-    const auto streamNamesSize = static_cast<std::uint32_t>(streamNames.size());
-    spec.nodes["BDMV/STREAM"].informationLength = streamNamesSize;
-    spec.nodes["BDMV/STREAM"].descriptors = {{streamNamesSize, streams}};
-    SparseImage image = withDirectory("BDMV/CLIPINF", clipNames, spec);
-    putBlock(image, streams, std::move(streamNames));
+    BuiltImage image = withDirectory("BDMV/CLIPINF", clipNames);
+    putDirectory(image, "BDMV/STREAM", streamNames, streams);
     putBlock(image, entries,
              testsupport::udfFileEntry({.informationLength = size, .descriptors = {{size, entries + 1}}}));
     putBlock(image, entries + 1, clip);
@@ -152,8 +152,8 @@ SparseImage titleSetsOfALongDirectory()
         disc.vmg.titles.push_back({.vtsn = static_cast<std::uint8_t>(i % 49 + 1)});
         disc.titleSets[i % 49 + 1] = {};
     }
-    SparseImage image =
-        disc.tree().iso({.records = {{"VIDEO_TS", {.block = kFarBlock, .sizeBytes = k16MiB}}}});
+    BuiltImage image = disc.tree().image(DiscForm::Iso, {.sectors = {{"VIDEO_TS", kFarBlock}}});
+    image.putLe(image.placeOf("VIDEO_TS").record + 10, k16MiB, 4);
     image.put((kFarBlock + 4) * kSector, manyRecords(k16MiB - 4 * kSector, ".IFO", 0, 1));
     return image;
 }
@@ -161,7 +161,8 @@ SparseImage titleSetsOfALongDirectory()
 SparseImage isoNames(const std::string& path, const DiscTree& tree, const std::string& suffix,
                      const Bytes& file)
 {
-    SparseImage image = tree.iso({.records = {{path, {.block = kFarBlock, .sizeBytes = k16MiB}}}});
+    BuiltImage image = tree.image(DiscForm::Iso, {.sectors = {{path, kFarBlock}}});
+    image.putLe(image.placeOf(path).record + 10, k16MiB, 4);
     const std::uint32_t block = kFarBlock + k16MiB / 2048 + 10;
     image.put(kFarBlock * kSector, manyRecords(k16MiB, suffix, block, file.size()));
     image.put(block * kSector, file);

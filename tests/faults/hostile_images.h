@@ -10,9 +10,8 @@
 namespace faults {
 
 // The small Blu-ray disc as UDF, with these identifiers in place of a directory's.
-[[nodiscard]] testsupport::SparseImage
-withDirectory(const std::string& path, const std::vector<testsupport::UdfFileIdentifierSpec>& identifiers,
-              testsupport::UdfSpec spec = {});
+[[nodiscard]] testsupport::BuiltImage
+withDirectory(const std::string& path, const std::vector<testsupport::UdfFileIdentifierSpec>& identifiers);
 
 // `count` clips of one file entry, whose descriptors take a megabyte and record one extent.
 [[nodiscard]] testsupport::SparseImage sharedDescriptorArea(std::uint32_t count);

@@ -29,18 +29,25 @@ std::vector<Lie> blurayLies()
     testsupport::putText(index, 0, "INDX0200");
     testsupport::putBe32(index, 8, UINT32_MAX);
     testsupport::growTo(index, 78);
+    const Bytes mpls = MplsSpec().build();
+    const Bytes clpi = ClpiSpec().build();
+    const std::size_t programs = clpi[14] * std::size_t{256} + clpi[15];
+    const auto with = [](Bytes bytes, std::size_t offset, std::uint64_t value, std::size_t width) {
+        testsupport::putBe(bytes, offset, value, width);
+        return bytes;
+    };
     return {
         {"BDMV/index.bdmv", faults::kWithoutIndex, index},
-        {kPlaylist, kBadPlaylist, MplsSpec{.numberOfPlayItems = UINT16_MAX}.build()},
-        {kPlaylist, kBadPlaylist, MplsSpec{.numberOfMarks = UINT16_MAX}.build()},
-        {kPlaylist, kBadPlaylist, MplsSpec{.playListAddress = UINT32_MAX}.build()},
-        {kPlaylist, kBadPlaylist, MplsSpec{.markAddress = UINT32_MAX}.build()},
-        {kPlaylist, kBadPlaylist, MplsSpec{.playItems = {{.length = UINT16_MAX}}}.build()},
-        {kPlaylist, kBadPlaylist, MplsSpec{.playItems = {{.stn = {.primaryVideoCount = 255}}}}.build()},
-        {kClip, kBadClip, ClpiSpec{.numberOfPrograms = 255}.build()},
-        {kClip, kBadClip, ClpiSpec{.programInfoAddress = UINT32_MAX}.build()},
-        {kClip, kBadClip, ClpiSpec{.programInfoLength = UINT32_MAX}.build()},
-        {kClip, kBadClip, ClpiSpec{.programs = {{.numberOfStreams = 255}}}.build()},
+        {kPlaylist, kBadPlaylist, with(mpls, testsupport::kPlayListStart + 6, UINT16_MAX, 2)},
+        {kPlaylist, kBadPlaylist, with(mpls, mpls[15] + 4U, UINT16_MAX, 2)},
+        {kPlaylist, kBadPlaylist, with(mpls, 8, UINT32_MAX, 4)},
+        {kPlaylist, kBadPlaylist, with(mpls, 12, UINT32_MAX, 4)},
+        {kPlaylist, kBadPlaylist, with(mpls, testsupport::kFirstPlayItem, UINT16_MAX, 2)},
+        {kPlaylist, kBadPlaylist, with(mpls, testsupport::kFirstPlayItem + 34 + 4, 255, 1)},
+        {kClip, kBadClip, with(clpi, programs + 5, 255, 1)},
+        {kClip, kBadClip, with(clpi, 12, UINT32_MAX, 4)},
+        {kClip, kBadClip, with(clpi, programs, UINT32_MAX, 4)},
+        {kClip, kBadClip, with(clpi, programs + 6 + 6, 255, 1)},
     };
 }
 

@@ -163,7 +163,8 @@ TEST(ReadFaults, TheDirectoryOfAnImageIsReadOnce)
     const TemporaryFolder folder;
     const std::string path = folder / "disc.iso";
     constexpr std::uint32_t kSize = 16U << 20U;
-    faults::dvdTree().iso({.records = {{"VIDEO_TS", {.sizeBytes = kSize}}}}).writeTo(path, 2 * kSize);
+    testsupport::BuiltImage image = faults::dvdTree().image(testsupport::DiscForm::Iso);
+    image.putLe(image.placeOf("VIDEO_TS").record + 10, kSize, 4).writeTo(path, 2 * kSize);
     std::uint64_t readBytes = 0;
     const InterposedReads meanwhile([&readBytes](const FileRead& read) {
         readBytes += read.sizeBytes;

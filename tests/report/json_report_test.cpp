@@ -71,12 +71,12 @@ TEST(JsonReport, NamesWhatTheImageIsCalledInTextAndBytes)
 {
     const testsupport::TemporaryFolder folder;
     const std::string path = folder / "disc.iso";
-    testsupport::sampleBluray().iso({.volumeId = "FIL\xC9 1"}).writeTo(path);
+    testsupport::sampleBluray().image(testsupport::DiscForm::Iso, {.volumeId = "FIL\xC9 1"}).writeTo(path);
     const QJsonObject bluray = reportOf(testsupport::readReported(path))[u"disc"_s].toObject();
     EXPECT_EQ(bluray[u"volumeId"_s], u"FIL\uFFFD 1"_s);
     EXPECT_TRUE(bluray[u"volumeIdBytes"_s].toString().startsWith(u"46494cc92031"_s));
 
-    testsupport::sampleDvd().iso({.volumeId = "FIL\xC9 2"}).writeTo(path);
+    testsupport::sampleDvd().image(testsupport::DiscForm::Iso, {.volumeId = "FIL\xC9 2"}).writeTo(path);
     const QJsonObject dvd = reportOf(testsupport::readReported(path))[u"disc"_s].toObject();
     EXPECT_EQ(dvd[u"hasVolumeInfo"_s], true);
     EXPECT_EQ(dvd[u"volumeLabel"_s], u"FIL\uFFFD 2"_s);

@@ -43,7 +43,7 @@ TEST(TextReport, NothingOfADiscReachesATerminalAsACommand)
     const std::string path = folder / "disc.iso";
     testsupport::sampleBluray()
         .add("BDMV/PLAYLIST/00800.mpls", film.build())
-        .iso({.volumeId = "A\x1b]0;\a\nB"})
+        .image(testsupport::DiscForm::Iso, {.volumeId = "A\x1b]0;\a\nB"})
         .writeTo(path);
     const QString report =
         reportOf(testsupport::readReported(path), QStringLiteral("/discs/\u202eA\nB\r\U000E0001"));

@@ -244,7 +244,7 @@ TEST_F(BlurayScanTest, AFileThatCannotBeParsedNamesItselfInTheLog)
 
     const std::string image = m_folder / "large.iso";
     testsupport::sampleBluray()
-        .iso({.records = {{"BDMV/PLAYLIST/00800.mpls", {.block = 1U << 20U}}}})
+        .image(testsupport::DiscForm::Iso, {.sectors = {{"BDMV/PLAYLIST/00800.mpls", 1U << 20U}}})
         .writeTo(image);
     const CapturedLog imageLog;
     EXPECT_EQ(m_scanner.scan(QString::fromStdString(image), false).discType, DiscType::None);

@@ -1,9 +1,11 @@
-// Bytes that a test builds: numbers and texts written at given offsets, the bytes growing with zeros to hold
-// them.
+// Bytes that a test builds: numbers and texts put at an offset or appended. The bytes grow with zeros to hold what is
+// put into them.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <string_view>
 #include <vector>
 
@@ -11,50 +13,68 @@ namespace testsupport {
 
 using Bytes = std::vector<std::uint8_t>;
 
+// The low `width` bytes of a number, big-endian or little-endian.
+[[nodiscard]] inline Bytes beBytes(std::uint64_t value, std::size_t width)
+{
+    Bytes bytes(width);
+    for (std::size_t i = width; i > 0; value >>= 8U) {
+        bytes[--i] = static_cast<std::uint8_t>(value);
+    }
+    return bytes;
+}
+[[nodiscard]] inline Bytes leBytes(std::uint64_t value, std::size_t width)
+{
+    Bytes bytes = beBytes(value, width);
+    std::ranges::reverse(bytes);
+    return bytes;
+}
+
 inline void growTo(Bytes& bytes, std::size_t size)
 {
     if (bytes.size() < size) { bytes.resize(size); }
 }
 
-inline void putBytes(Bytes& bytes, std::size_t offset, const Bytes& content)
+inline void append(Bytes& bytes, const Bytes& content)
 {
-    growTo(bytes, offset + content.size());
-    for (std::size_t i = 0; i < content.size(); ++i) {
-        bytes[offset + i] = content[i];
+    bytes.insert(bytes.end(), content.begin(), content.end());
+}
+// Appends big-endian numbers, each as its value and its width in bytes.
+struct Be {
+    std::uint64_t value;
+    std::size_t width;
+};
+inline void appendBe(Bytes& bytes, std::initializer_list<Be> numbers)
+{
+    for (const Be& number : numbers) {
+        append(bytes, beBytes(number.value, number.width));
     }
 }
 
+inline void putBytes(Bytes& bytes, std::size_t offset, const Bytes& content)
+{
+    growTo(bytes, offset + content.size());
+    std::ranges::copy(content, bytes.begin() + static_cast<std::ptrdiff_t>(offset));
+}
 inline void putText(Bytes& bytes, std::size_t offset, std::string_view text)
 {
     putBytes(bytes, offset, Bytes(text.begin(), text.end()));
 }
-
 inline void putBe(Bytes& bytes, std::size_t offset, std::uint64_t value, std::size_t width)
 {
-    growTo(bytes, offset + width);
-    for (std::size_t i = 0; i < width; ++i) {
-        bytes[offset + i] = static_cast<std::uint8_t>(value >> (8 * (width - 1 - i)));
-    }
+    putBytes(bytes, offset, beBytes(value, width));
 }
-
 inline void putLe(Bytes& bytes, std::size_t offset, std::uint64_t value, std::size_t width)
 {
-    growTo(bytes, offset + width);
-    for (std::size_t i = 0; i < width; ++i) {
-        bytes[offset + i] = static_cast<std::uint8_t>(value >> (8 * i));
-    }
+    putBytes(bytes, offset, leBytes(value, width));
 }
-
 inline void putU8(Bytes& bytes, std::size_t offset, std::uint8_t value)
 {
     putBe(bytes, offset, value, 1);
 }
-
 inline void putBe16(Bytes& bytes, std::size_t offset, std::uint16_t value)
 {
     putBe(bytes, offset, value, 2);
 }
-
 inline void putBe32(Bytes& bytes, std::size_t offset, std::uint32_t value)
 {
     putBe(bytes, offset, value, 4);

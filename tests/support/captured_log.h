@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -36,18 +38,14 @@ public:
     [[nodiscard]] std::vector<std::string> lines() const
     {
         std::fflush(stderr);
-        std::vector<std::string> lines;
-        std::string line;
         std::rewind(m_file);
-        for (int character = std::fgetc(m_file); character != EOF; character = std::fgetc(m_file)) {
-            if (character == '\n') {
-                lines.push_back(line);
-                line.clear();
-            } else {
-                line.push_back(static_cast<char>(character));
-            }
+        std::vector<std::string> lines;
+        char* line = nullptr;
+        std::size_t capacity = 0;
+        while (::getline(&line, &capacity, m_file) > 0) {
+            lines.emplace_back(line, std::strcspn(line, "\n"));
         }
-        if (!line.empty()) { lines.push_back(line); }
+        std::free(line);
         return lines;
     }
 

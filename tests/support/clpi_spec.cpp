@@ -4,51 +4,68 @@ namespace testsupport {
 
 namespace {
 
-constexpr std::size_t kSectionHeader = 6;
-constexpr std::size_t kEpMapHeader = 2;
-constexpr std::size_t kEpStreamHeader = 12;
-
-std::uint8_t size8(std::size_t size)
+// Begins a section whose address stands at `addressOffset`: a length of 4 bytes, to be set by endSection().
+std::size_t beginSection(Bytes& file, std::size_t addressOffset)
 {
-    return static_cast<std::uint8_t>(size);
+    putBe(file, addressOffset, file.size(), 4);
+    appendBe(file, {{0, 4}});
+    return file.size();
 }
 
-std::uint32_t size32(std::size_t size)
+void endSection(Bytes& file, std::size_t start)
 {
-    return static_cast<std::uint32_t>(size);
+    putBe(file, start - 4, file.size() - start, 4);
 }
 
-Bytes epTables(const EpStreamSpec& stream)
+void appendSequenceInfo(Bytes& file, const std::vector<AtcSequenceSpec>& atcSequences)
 {
-    Bytes tables(4);
-    for (const EpCoarseSpec& coarse : stream.coarse) {
-        putBe32(tables, tables.size(), coarse.refToEpFineId << 14U | coarse.pts);
-        putBe32(tables, tables.size(), coarse.spn);
+    const std::size_t start = beginSection(file, 8);
+    appendBe(file, {{0, 1}, {atcSequences.size(), 1}});
+    for (const AtcSequenceSpec& atc : atcSequences) {
+        appendBe(file, {{atc.spnAtcStart, 4}, {atc.stcSequences.size(), 1}, {atc.offsetStcId, 1}});
+        for (const StcSequenceSpec& stc : atc.stcSequences) {
+            appendBe(file, {{stc.pcrPid, 2}, {stc.spnStcStart, 4}});
+            appendBe(file, {{stc.presentationStartTime, 4}, {stc.presentationEndTime, 4}});
+        }
     }
-    putBe32(tables, 0, stream.epFineTableStartAddress.value_or(size32(tables.size())));
-    for (const EpFineSpec& fine : stream.fine) {
-        putBe32(tables, tables.size(),
-                (fine.isAngleChangePoint ? 1U << 31U : 0U) | std::uint32_t{fine.iEndPositionOffset} << 28U |
-                    fine.pts << 17U | fine.spn);
-    }
-    return tables;
+    endSection(file, start);
 }
 
-Bytes epMap(const std::vector<EpStreamSpec>& streams)
+void appendProgramInfo(Bytes& file, const std::vector<ProgramSpec>& programs)
 {
-    Bytes map(kEpMapHeader + streams.size() * kEpStreamHeader);
+    const std::size_t start = beginSection(file, 12);
+    appendBe(file, {{0, 1}, {programs.size(), 1}});
+    for (const ProgramSpec& program : programs) {
+        appendBe(file, {{0, 4}, {0x100, 2}, {program.streams.size(), 1}, {0, 1}});
+        for (const ClipStreamSpec& stream : program.streams) {
+            appendBe(file, {{stream.pid, 2}, {stream.codingInfo.size(), 1}});
+            append(file, stream.codingInfo);
+        }
+    }
+    endSection(file, start);
+}
+
+void appendCpi(Bytes& file, const std::vector<EpStreamSpec>& streams)
+{
+    const std::size_t start = beginSection(file, 16);
+    appendBe(file, {{1, 2}, {0, 1}, {streams.size(), 1}});
+    const std::size_t map = start + 2;
+    file.resize(file.size() + 12 * streams.size());
     for (std::size_t i = 0; i < streams.size(); ++i) {
-        const EpStreamSpec& stream = streams[i];
-        const std::size_t header = kEpMapHeader + i * kEpStreamHeader;
-        const std::uint64_t coarseCount =
-            stream.numberOfEpCoarseEntries.value_or(size32(stream.coarse.size()));
-        const std::uint64_t fineCount = stream.numberOfEpFineEntries.value_or(size32(stream.fine.size()));
-        putBe16(map, header, stream.pid);
-        putBe(map, header + 2, std::uint64_t{stream.epStreamType} << 34U | coarseCount << 18U | fineCount, 6);
-        putBe32(map, header + 8, stream.startAddress.value_or(size32(map.size())));
-        putBytes(map, map.size(), epTables(stream));
+        const auto& [coarseEntries, fineEntries] = streams[i];
+        const std::size_t header = map + 2 + 12 * i;
+        putBe(file, header, 0x1011, 2);
+        putBe(file, header + 2, 1ULL << 34U | coarseEntries.size() << 18U | fineEntries.size(), 6);
+        putBe(file, header + 8, file.size() - map, 4);
+        appendBe(file, {{4 + 8 * coarseEntries.size(), 4}});  // where the fine entries begin
+        for (const EpCoarseSpec& coarse : coarseEntries) {
+            appendBe(file, {{coarse.refToEpFineId << 14U | coarse.pts, 4}, {coarse.spn, 4}});
+        }
+        for (const EpFineSpec& fine : fineEntries) {
+            appendBe(file, {{fine.high << 28U | fine.pts << 17U | fine.spn, 4}});
+        }
     }
-    return map;
+    endSection(file, start);
 }
 
 }  // namespace
@@ -61,86 +78,26 @@ EpStreamSpec epStream(const std::vector<EntryPoint>& entryPoints)
         const std::uint32_t coarsePacket = point.packet & ~0x1FFFFU;
         const bool isNew = stream.coarse.empty() || stream.coarse.back().pts >> 1U != coarseTime >> 1U ||
                            (stream.coarse.back().spn & ~0x1FFFFU) != coarsePacket;
-        if (isNew) { stream.coarse.push_back({size32(stream.fine.size()), coarseTime, point.packet}); }
+        if (isNew) {
+            stream.coarse.push_back(
+                {static_cast<std::uint32_t>(stream.fine.size()), coarseTime, point.packet});
+        }
         stream.fine.push_back({(point.time >> 8U) & 0x7FFU, point.packet & 0x1FFFFU});
     }
     return stream;
 }
 
-Bytes ClpiSpec::sequenceInfo() const
-{
-    Bytes section(kSectionHeader);
-    putU8(section, 5, numberOfAtcSequences.value_or(size8(atcSequences.size())));
-    for (const AtcSequenceSpec& atc : atcSequences) {
-        putBe32(section, section.size(), atc.spnAtcStart);
-        putU8(section, section.size(), atc.numberOfStcSequences.value_or(size8(atc.stcSequences.size())));
-        putU8(section, section.size(), atc.offsetStcId);
-        for (const StcSequenceSpec& stc : atc.stcSequences) {
-            putBe16(section, section.size(), stc.pcrPid);
-            putBe32(section, section.size(), stc.spnStcStart);
-            putBe32(section, section.size(), stc.presentationStartTime);
-            putBe32(section, section.size(), stc.presentationEndTime);
-        }
-    }
-    putBe32(section, 0, sequenceInfoLength.value_or(size32(section.size() - 4)));
-    return section;
-}
-
-Bytes ClpiSpec::programInfo() const
-{
-    Bytes section(kSectionHeader);
-    putU8(section, 5, numberOfPrograms.value_or(size8(programs.size())));
-    for (const ProgramSpec& program : programs) {
-        putBe32(section, section.size(), program.spnProgramSequenceStart);
-        putBe16(section, section.size(), program.programMapPid);
-        putU8(section, section.size(), program.numberOfStreams.value_or(size8(program.streams.size())));
-        putU8(section, section.size(), 0);
-        for (const ClipStreamSpec& stream : program.streams) {
-            putBe16(section, section.size(), stream.pid);
-            putU8(section, section.size(), stream.length.value_or(size8(stream.codingInfo.size())));
-            putBytes(section, section.size(), stream.codingInfo);
-        }
-    }
-    putBe32(section, 0, programInfoLength.value_or(size32(section.size() - 4)));
-    return section;
-}
-
-Bytes ClpiSpec::cpi() const
-{
-    const Bytes map = epMap(epStreams);
-    Bytes section(6);
-    putBe32(section, 0, cpiLength.value_or(size32(map.size() + 2)));
-    putBe16(section, 4, 1);
-    putBytes(section, 6, map);
-    putU8(section, 7, numberOfEpStreams.value_or(size8(epStreams.size())));
-    return section;
-}
-
-std::size_t ClpiSpec::programInfoStart() const
-{
-    return kSequenceInfoStart + sequenceInfo().size();
-}
-
-std::size_t ClpiSpec::cpiStart() const
-{
-    return programInfoStart() + programInfo().size();
-}
-
 Bytes ClpiSpec::build() const
 {
     Bytes file(kSequenceInfoStart);
-    putText(file, 0, magic);
-    putText(file, 4, version);
-    putBe32(file, 8, sequenceInfoAddress.value_or(size32(kSequenceInfoStart)));
-    putBe32(file, 12, programInfoAddress.value_or(size32(programInfoStart())));
-    putBe32(file, 16, cpiAddress.value_or(size32(cpiStart())));
+    putText(file, 0, "HDMV" + version);
     putU8(file, 46, clipStreamType);
     putU8(file, 47, applicationType);
-    putBe32(file, 52, tsRecordingRate);
-    putBe32(file, 56, numberOfSourcePackets);
-    putBytes(file, file.size(), sequenceInfo());
-    putBytes(file, file.size(), programInfo());
-    putBytes(file, file.size(), cpi());
+    putBe(file, 52, tsRecordingRate, 4);
+    putBe(file, 56, numberOfSourcePackets, 4);
+    appendSequenceInfo(file, atcSequences);
+    appendProgramInfo(file, programs);
+    appendCpi(file, epStreams);
     return file;
 }
 

@@ -2,19 +2,14 @@
 // a disc comes in.
 #pragma once
 
-#include "tests/support/iso_builder.h"
+#include "tests/support/image_builder.h"
 #include "tests/support/temporary_folder.h"
-#include "tests/support/udf250_builder.h"
-#include "tests/support/udf_builder.h"
 
 #include <array>
 #include <string>
 #include <vector>
 
 namespace testsupport {
-
-// Udf is UDF 1.02. Udf250Mirror is UDF 2.50 of which the metadata file cannot be read, but its mirror.
-enum class DiscForm { Directory, Iso, Udf, Hybrid, Udf250, Udf250Mirror };
 
 // The forms of a DVD and of a Blu-ray disc.
 inline constexpr std::array kAllDiscForms = {DiscForm::Directory, DiscForm::Iso};
@@ -24,24 +19,50 @@ inline constexpr std::array kAllBlurayForms = {DiscForm::Directory, DiscForm::Is
 class DiscTree {
 public:
     // Adds a file, or replaces it in its place: "VIDEO_TS/VIDEO_TS.IFO".
-    DiscTree& add(const std::string& path, Bytes bytes);
-    DiscTree& remove(const std::string& path);
+    DiscTree& add(const std::string& path, Bytes bytes)
+    {
+        const auto known = std::ranges::find(m_files, path, &TreeFile::path);
+        if (known != m_files.end()) {
+            known->bytes = std::move(bytes);
+        } else {
+            m_files.push_back({path, std::move(bytes)});
+        }
+        return *this;
+    }
+    DiscTree& remove(const std::string& path)
+    {
+        std::erase_if(m_files, [&path](const TreeFile& file) { return file.path == path; });
+        return *this;
+    }
     [[nodiscard]] const std::vector<TreeFile>& files() const { return m_files; }
 
-    // Writes the files below `root`, which is made where it is missing.
-    void writeDirectory(const std::filesystem::path& root) const;
+    // Writes the files below `root`, which is made if it is missing.
+    void writeDirectory(const std::filesystem::path& root) const
+    {
+        std::filesystem::create_directories(root);
+        for (const TreeFile& file : m_files) {
+            std::filesystem::create_directories((root / file.path).parent_path());
+            writeFile(root / file.path, file.bytes);
+        }
+    }
 
-    [[nodiscard]] SparseImage iso(const IsoSpec& spec = {}) const { return buildIso(m_files, spec); }
-
-    [[nodiscard]] SparseImage udf(const UdfSpec& spec = {}) const { return buildUdf(m_files, spec).image; }
-
-    [[nodiscard]] Udf250Image udf250(const Udf250Spec& spec = {}) const { return buildUdf250(m_files, spec); }
-
-    // One image with both file systems over the same data.
-    [[nodiscard]] SparseImage hybrid(IsoSpec isoSpec = {}, const UdfSpec& udfSpec = {}) const;
+    // The image of a form other than Directory.
+    [[nodiscard]] BuiltImage image(DiscForm form, const ImageSpec& spec = {}) const
+    {
+        return buildImage(m_files, form, spec);
+    }
 
     // Writes the disc in the given form into the folder; the path to open.
-    [[nodiscard]] std::string write(DiscForm form, const TemporaryFolder& folder) const;
+    [[nodiscard]] std::string write(DiscForm form, const TemporaryFolder& folder) const
+    {
+        const std::string path = folder / (form == DiscForm::Directory ? "disc" : "disc.iso");
+        if (form == DiscForm::Directory) {
+            writeDirectory(path);
+        } else {
+            image(form).writeTo(path);
+        }
+        return path;
+    }
 
 private:
     std::vector<TreeFile> m_files;

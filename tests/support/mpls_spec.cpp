@@ -4,20 +4,16 @@ namespace testsupport {
 
 namespace {
 
-constexpr std::size_t kPlayListStart = 64;
-constexpr std::size_t kPlayListHeader = 10;
-constexpr std::size_t kStnHeader = 16;
-constexpr std::size_t kMarkHeader = 6;
-constexpr std::size_t kMarkSize = 14;
-
-void append(Bytes& bytes, const Bytes& content)
+void appendText(Bytes& bytes, const std::string& text)
 {
-    bytes.insert(bytes.end(), content.begin(), content.end());
+    bytes.insert(bytes.end(), text.begin(), text.end());
 }
 
-std::uint8_t size8(std::size_t size)
+Bytes withLanguage(Bytes attributes, const std::string& language)
 {
-    return static_cast<std::uint8_t>(size);
+    appendText(attributes, language);
+    growTo(attributes, 5);
+    return attributes;
 }
 
 Bytes nibbles(std::uint8_t codingType, unsigned high, unsigned low)
@@ -25,172 +21,103 @@ Bytes nibbles(std::uint8_t codingType, unsigned high, unsigned low)
     return {codingType, static_cast<std::uint8_t>(high << 4U | low)};
 }
 
-Bytes streamEntry(const StnStreamSpec& stream)
+void appendReferences(Bytes& table, const Bytes& references)
 {
-    Bytes entry(9);
-    entry[0] = stream.entryType;
-    switch (stream.entryType) {
-    case 1:
-        putBe16(entry, 1, stream.pid);
-        break;
-    case 2:
-        entry[1] = stream.refToSubPathId;
-        entry[2] = stream.refToSubClipId;
-        putBe16(entry, 3, stream.pid);
-        break;
-    default:
-        entry[1] = stream.refToSubPathId;
-        putBe16(entry, 2, stream.pid);
-        break;
-    }
-    return entry;
+    appendBe(table, {{references.size(), 1}, {0, 1}});
+    append(table, references);
+    if (references.size() % 2 == 1) { table.push_back(0); }
 }
 
-void appendReferences(Bytes& bytes, const Bytes& references)
+void appendStreams(Bytes& table, std::size_t countOffset, const std::vector<StnStreamSpec>& streams,
+                   unsigned referenceLists = 0)
 {
-    append(bytes, {size8(references.size()), 0});
-    append(bytes, references);
-    if (references.size() % 2 == 1) { bytes.push_back(0); }
-}
-
-void appendStreams(Bytes& bytes, const std::vector<StnStreamSpec>& streams, unsigned referenceLists = 0)
-{
+    table[countOffset] = static_cast<std::uint8_t>(streams.size());
     for (const StnStreamSpec& stream : streams) {
-        const Bytes entry = stream.entry.value_or(streamEntry(stream));
-        bytes.push_back(stream.entryLength.value_or(size8(entry.size())));
-        append(bytes, entry);
-        bytes.push_back(stream.attributesLength.value_or(size8(stream.attributes.size())));
-        append(bytes, stream.attributes);
-        if (referenceLists > 0) { appendReferences(bytes, stream.primaryAudioRefs); }
-        if (referenceLists > 1) { appendReferences(bytes, stream.pipGraphicsRefs); }
+        const std::size_t references = stream.entryType == 1 ? 0 : stream.entryType == 2 ? 2 : 1;
+        appendBe(table,
+                 {{9, 1}, {stream.entryType, 1}, {0, references}, {stream.pid, 2}, {0, 6 - references}});
+        appendBe(table, {{stream.attributes.size(), 1}});
+        append(table, stream.attributes);
+        if (referenceLists > 0) { appendReferences(table, stream.primaryAudioRefs); }
+        if (referenceLists > 1) { appendReferences(table, stream.pipGraphicsRefs); }
     }
 }
 
-void putClip(Bytes& bytes, std::size_t offset, const AngleSpec& clip)
+Bytes buildPlayItem(const PlayItemSpec& spec)
 {
-    putText(bytes, offset, clip.clipName);
-    putText(bytes, offset + 5, clip.codecId);
+    Bytes item(2);
+    appendText(item, spec.clipName + spec.codecId);
+    appendBe(item, {{0, 1}, {(spec.furtherAngles.empty() ? 0U : 0x10U) | spec.connectionCondition, 1}});
+    appendBe(item, {{spec.refToStcId, 1}, {spec.inTime, 4}, {spec.outTime, 4}, {0, 8}});
+    appendBe(item, {{spec.randomAccess ? 0x80U : 0U, 1}, {spec.stillMode, 1}, {spec.stillTime, 2}});
+    if (!spec.furtherAngles.empty()) { appendBe(item, {{spec.furtherAngles.size() + 1, 1}, {0, 1}}); }
+    for (const AngleSpec& angle : spec.furtherAngles) {
+        appendText(item, angle.clipName + angle.codecId);
+        appendBe(item, {{angle.refToStcId, 1}});
+    }
+    append(item, spec.stn.build());
+    putBe(item, 0, item.size() - 2, 2);
+    return item;
 }
 
 }  // namespace
 
 Bytes videoAttributes(std::uint8_t codingType, std::uint8_t format, std::uint8_t frameRate)
 {
-    Bytes attributes = nibbles(codingType, format, frameRate);
-    attributes.resize(5);
-    return attributes;
+    return withLanguage(nibbles(codingType, format, frameRate), "");
 }
 
 Bytes audioAttributes(const std::string& language, std::uint8_t codingType, std::uint8_t format,
                       std::uint8_t sampleRate)
 {
-    Bytes attributes = nibbles(codingType, format, sampleRate);
-    putText(attributes, 2, language);
-    return attributes;
+    return withLanguage(nibbles(codingType, format, sampleRate), language);
 }
 
 Bytes graphicsAttributes(const std::string& language, std::uint8_t codingType)
 {
-    Bytes attributes = {codingType};
-    putText(attributes, 1, language);
-    growTo(attributes, 5);
-    return attributes;
+    return withLanguage({codingType}, language);
 }
 
 Bytes textAttributes(const std::string& language, std::uint8_t characterCode)
 {
-    Bytes attributes = {0x92, characterCode};
-    putText(attributes, 2, language);
-    return attributes;
+    return withLanguage({0x92, characterCode}, language);
 }
 
 Bytes StnTableSpec::build() const
 {
-    Bytes table(kStnHeader);
-    table[4] = primaryVideoCount.value_or(size8(primaryVideo.size()));
-    table[5] = size8(primaryAudio.size());
-    table[6] = size8(graphics.size());
-    table[7] = size8(interactiveGraphics.size());
-    table[8] = size8(secondaryAudio.size());
-    table[9] = size8(secondaryVideo.size());
-    table[10] = size8(pipGraphics.size());
-    table[11] = size8(dolbyVision.size());
-    appendStreams(table, primaryVideo);
-    appendStreams(table, primaryAudio);
-    appendStreams(table, graphics);
-    appendStreams(table, pipGraphics);
-    appendStreams(table, interactiveGraphics);
-    appendStreams(table, secondaryAudio, 1);
-    appendStreams(table, secondaryVideo, 2);
-    appendStreams(table, dolbyVision);
-    putBe16(table, 0, length.value_or(static_cast<std::uint16_t>(table.size() - 2)));
+    Bytes table(16);
+    appendStreams(table, 4, primaryVideo);
+    appendStreams(table, 5, primaryAudio);
+    appendStreams(table, 6, graphics);
+    appendStreams(table, 10, pipGraphics);
+    appendStreams(table, 7, interactiveGraphics);
+    appendStreams(table, 8, secondaryAudio, 1);
+    appendStreams(table, 9, secondaryVideo, 2);
+    appendStreams(table, 11, dolbyVision);
+    putBe(table, 0, table.size() - 2, 2);
     return table;
-}
-
-Bytes PlayItemSpec::build() const
-{
-    const bool hasAngles = isMultiAngle.value_or(!furtherAngles.empty());
-    Bytes item(34);
-    putClip(item, 2, {clipName, codecId});
-    putU8(item, 12, static_cast<std::uint8_t>((hasAngles ? 0x10U : 0U) | connectionCondition));
-    putU8(item, 13, refToStcId);
-    putBe32(item, 14, inTime);
-    putBe32(item, 18, outTime);
-    putU8(item, 30, randomAccess ? 0x80 : 0);
-    putU8(item, 31, stillMode);
-    putBe16(item, 32, stillTime);
-    if (hasAngles) {
-        append(item, {numberOfAngles.value_or(size8(furtherAngles.size() + 1)), 0});
-        for (const AngleSpec& angle : furtherAngles) {
-            putClip(item, item.size(), angle);
-            item.push_back(angle.refToStcId);
-        }
-    }
-    append(item, stn.build());
-    putBe16(item, 0, length.value_or(static_cast<std::uint16_t>(item.size() - 2)));
-    return item;
 }
 
 Bytes MplsSpec::build() const
 {
     Bytes file(kPlayListStart);
-    putText(file, 0, magic);
-    putText(file, 4, version);
-    putBe32(file, 40, appInfoLength);
+    putText(file, 0, "MPLS" + version);
+    putBe(file, 8, kPlayListStart, 4);
+    putBe(file, 40, appInfoLength, 4);
     putU8(file, 45, playbackType);
     putU8(file, 56, appInfoFlags);
-    growTo(file, kPlayListStart + kPlayListHeader);
+    appendBe(file, {{0, 6}, {playItems.size(), 2}, {numberOfSubPaths, 2}});
     for (const PlayItemSpec& item : playItems) {
-        append(file, item.build());
+        append(file, buildPlayItem(item));
     }
-    putBe32(file, kPlayListStart, static_cast<std::uint32_t>(file.size() - kPlayListStart - 4));
-    putBe16(file, kPlayListStart + 6,
-            numberOfPlayItems.value_or(static_cast<std::uint16_t>(playItems.size())));
-    putBe16(file, kPlayListStart + 8, numberOfSubPaths);
-
-    const std::size_t markStart = file.size();
-    putBe32(file, 8, playListAddress.value_or(kPlayListStart));
-    putBe32(file, 12, markAddress.value_or(static_cast<std::uint32_t>(markStart)));
-    putBe32(file, markStart, static_cast<std::uint32_t>(kMarkHeader - 4 + marks.size() * kMarkSize));
-    putBe16(file, markStart + 4, numberOfMarks.value_or(static_cast<std::uint16_t>(marks.size())));
+    putBe(file, kPlayListStart, file.size() - kPlayListStart - 4, 4);
+    putBe(file, 12, file.size(), 4);
+    appendBe(file, {{2 + 14 * marks.size(), 4}, {marks.size(), 2}});
     for (const MarkSpec& mark : marks) {
-        const std::size_t entry = file.size();
-        putU8(file, entry + 1, mark.markType);
-        putBe16(file, entry + 2, mark.refToPlayItemId);
-        putBe32(file, entry + 4, mark.timeStamp);
-        putBe16(file, entry + 8, mark.entryEsPid);
-        putBe32(file, entry + 10, mark.duration);
+        appendBe(file, {{0, 1}, {mark.markType, 1}, {mark.refToPlayItemId, 2}, {mark.timeStamp, 4}});
+        appendBe(file, {{mark.entryEsPid, 2}, {mark.duration, 4}});
     }
     return file;
-}
-
-std::size_t MplsSpec::playItemStart(std::size_t index) const
-{
-    std::size_t start = kPlayListStart + kPlayListHeader;
-    for (std::size_t i = 0; i < index; ++i) {
-        start += playItems[i].build().size();
-    }
-    return start;
 }
 
 }  // namespace testsupport

@@ -1,10 +1,9 @@
-// Playlist files (.mpls), built by field. Lengths, counts and addresses follow from what a specification
-// holds; an optional field, where set, stands in the file in place of the right value.
+// Playlist files (.mpls), built by field. Lengths, counts and addresses follow from what a specification holds; a test
+// that wants a lie patches the bytes.
 #pragma once
 
 #include "tests/support/bytes.h"
 
-#include <optional>
 #include <string>
 
 namespace testsupport {
@@ -20,15 +19,9 @@ struct AngleSpec {
 struct StnStreamSpec {
     std::uint8_t entryType = 1;  // 1 own clip, 2 a sub path's clip, 3 and 4 of the other kinds of sub path
     std::uint16_t pid = 0;
-    std::uint8_t refToSubPathId = 0;
-    std::uint8_t refToSubClipId = 0;
     Bytes attributes = {};        // the coding type first
     Bytes primaryAudioRefs = {};  // secondary audio; for secondary video its secondary audio
     Bytes pipGraphicsRefs = {};   // secondary video
-
-    std::optional<Bytes> entry = std::nullopt;  // behind its length byte
-    std::optional<std::uint8_t> entryLength = std::nullopt;
-    std::optional<std::uint8_t> attributesLength = std::nullopt;
 };
 
 // Bodies of stream attributes, of the usual lengths.
@@ -49,9 +42,6 @@ struct StnTableSpec {
     std::vector<StnStreamSpec> secondaryVideo = {};
     std::vector<StnStreamSpec> dolbyVision = {};
 
-    std::optional<std::uint16_t> length = std::nullopt;
-    std::optional<std::uint8_t> primaryVideoCount = std::nullopt;
-
     [[nodiscard]] Bytes build() const;
 };
 
@@ -65,14 +55,8 @@ struct PlayItemSpec {
     bool randomAccess = false;
     std::uint8_t stillMode = 0;
     std::uint16_t stillTime = 0;
-    std::vector<AngleSpec> furtherAngles = {};  // sets the multi-angle bit
+    std::vector<AngleSpec> furtherAngles = {};
     StnTableSpec stn = {};
-
-    std::optional<bool> isMultiAngle = std::nullopt;
-    std::optional<std::uint8_t> numberOfAngles = std::nullopt;
-    std::optional<std::uint16_t> length = std::nullopt;
-
-    [[nodiscard]] Bytes build() const;
 };
 
 struct MarkSpec {
@@ -83,26 +67,20 @@ struct MarkSpec {
     std::uint32_t duration = 0;
 };
 
+inline constexpr std::size_t kPlayListStart = 64;
+inline constexpr std::size_t kFirstPlayItem = kPlayListStart + 10;
+
 struct MplsSpec {
-    std::string magic = "MPLS";
     std::string version = "0200";
+    std::uint32_t appInfoLength = 14;
     std::uint8_t playbackType = 1;
-    std::uint8_t appInfoFlags = 0;  // the byte at 56
+    std::uint8_t appInfoFlags = 0;
+    std::uint16_t numberOfSubPaths = 0;
     std::vector<PlayItemSpec> playItems = {PlayItemSpec{}};
     std::vector<MarkSpec> marks = {MarkSpec{}};
 
-    std::uint32_t appInfoLength = 14;
-    std::uint16_t numberOfSubPaths = 0;
-    std::optional<std::uint16_t> numberOfPlayItems = std::nullopt;
-    std::optional<std::uint16_t> numberOfMarks = std::nullopt;
-    std::optional<std::uint32_t> playListAddress = std::nullopt;
-    std::optional<std::uint32_t> markAddress = std::nullopt;
-
     // The header with AppInfoPlayList(), PlayList(), PlayListMark(), and nothing behind them.
     [[nodiscard]] Bytes build() const;
-
-    // Where a PlayItem begins, for tests that patch the file.
-    [[nodiscard]] std::size_t playItemStart(std::size_t index) const;
 };
 
 }  // namespace testsupport

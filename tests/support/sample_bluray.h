@@ -64,17 +64,13 @@ inline constexpr std::uint32_t kSourcePacketSize = 192;
     MplsSpec decoy = film;
     std::swap(decoy.playItems[0].clipName, decoy.playItems[1].clipName);
 
-    Bytes index;
+    Bytes index(78);
     putText(index, 0, "INDX0200");
-    putBe32(index, 8, 40);
-    putBe16(index, 68, 2);
-    growTo(index, 78);
-    Bytes identity;
+    putBe(index, 8, 40, 4);
+    putBe(index, 68, 2, 2);
+    Bytes identity(40);
     putText(identity, 0, "BDID0200");
-    putBe32(identity, 40, 0x0000ABCD);
-    for (std::uint8_t i = 0; i < 16; ++i) {
-        putU8(identity, 44U + i, i);
-    }
+    appendBe(identity, {{0x0000ABCD, 4}, {0x0001020304050607, 8}, {0x08090A0B0C0D0E0F, 8}});
 
     DiscTree tree;
     tree.add("BDMV/index.bdmv", index).add("CERTIFICATE/id.bdmv", identity);

@@ -17,11 +17,7 @@ public:
     }
     ~ScopedEnvironment()
     {
-        if (m_former) {
-            ::setenv(m_name.c_str(), m_former->c_str(), 1);
-        } else {
-            ::unsetenv(m_name.c_str());
-        }
+        m_former ? ::setenv(m_name.c_str(), m_former->c_str(), 1) : ::unsetenv(m_name.c_str());
     }
     ScopedEnvironment(const ScopedEnvironment&) = delete;
     ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;

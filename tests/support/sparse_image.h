@@ -7,19 +7,32 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <stdexcept>
+#include <utility>
+#include <vector>
 
 namespace testsupport {
 
 class SparseImage {
 public:
-    void put(std::uint64_t offset, Bytes bytes)
+    // Puts bytes over what is there. The image grows to hold them.
+    SparseImage& put(std::uint64_t offset, Bytes bytes)
     {
         m_sizeBytes = std::max(m_sizeBytes, offset + bytes.size());
-        m_pieces[offset] = std::move(bytes);
+        m_pieces.emplace_back(offset, std::move(bytes));
+        return *this;
+    }
+    // Puts a number of `width` bytes, little-endian or big-endian.
+    SparseImage& putLe(std::uint64_t offset, std::uint64_t value, std::size_t width)
+    {
+        return put(offset, leBytes(value, width));
+    }
+    SparseImage& putBe(std::uint64_t offset, std::uint64_t value, std::size_t width)
+    {
+        return put(offset, beBytes(value, width));
     }
 
+    // Puts another image over this one.
     void putAll(const SparseImage& other)
     {
         for (const auto& [offset, bytes] : other.m_pieces) {
@@ -29,23 +42,22 @@ public:
 
     [[nodiscard]] std::uint64_t sizeBytes() const { return m_sizeBytes; }
 
-    // Writes the image and gives it the length of its last piece's end, or another.
+    // Writes the image with the length of its last piece's end, or with another length.
     void writeTo(const std::filesystem::path& path) const { writeTo(path, m_sizeBytes); }
     void writeTo(const std::filesystem::path& path, std::uint64_t sizeBytes) const
     {
         std::ofstream out(path, std::ios::binary);
         for (const auto& [offset, bytes] : m_pieces) {
             out.seekp(static_cast<std::streamoff>(offset));
-            for (const std::uint8_t byte : bytes) {
-                out.put(static_cast<char>(byte));
-            }
+            out.write(reinterpret_cast<const char*>(bytes.data()),
+                      static_cast<std::streamsize>(bytes.size()));
         }
         if (!out.flush()) { throw std::runtime_error("cannot write " + path.string()); }
         std::filesystem::resize_file(path, sizeBytes);
     }
 
 private:
-    std::map<std::uint64_t, Bytes> m_pieces;
+    std::vector<std::pair<std::uint64_t, Bytes>> m_pieces;
     std::uint64_t m_sizeBytes = 0;
 };
 

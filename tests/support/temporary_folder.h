@@ -40,9 +40,7 @@ private:
 inline void writeFile(const std::filesystem::path& path, const Bytes& bytes)
 {
     std::ofstream out(path, std::ios::binary);
-    for (const std::uint8_t byte : bytes) {
-        out.put(static_cast<char>(byte));
-    }
+    out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     if (!out.flush()) { throw std::runtime_error("cannot write " + path.string()); }
 }
 

@@ -1,0 +1,92 @@
+// Disc images of a tree of files. All forms share one layout:
+//
+//   sector 16  ISO-9660: volume descriptor (root's record at 156); without UDF the directories and files follow from
+//              sector 18 on, the root directory first
+//          32  UDF: volume descriptor sequence: primary, logical volume, then the partitions
+//         256  anchor (16 length and 20 first sector of the sequence)
+//         288  the partition: the file set, the file entries, the directories, then the files' data (and, in a hybrid,
+//              the directories of ISO-9660); UDF 2.50 has the entries of the metadata file and of its mirror in front,
+//              and keeps file set, file entries and directories in the metadata file and in a copy of it
+#pragma once
+
+#include "tests/support/image_structures.h"
+#include "tests/support/sparse_image.h"
+
+#include <array>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace testsupport {
+
+inline constexpr std::uint64_t kIsoDescriptor = 16 * kSector;  // offsets in the image
+inline constexpr std::uint64_t kUdfLogicalVolume = 33 * kSector;
+inline constexpr std::uint64_t kUdfFirstPartition = 34 * kSector;
+inline constexpr std::uint64_t kUdfAnchor = 256 * kSector;
+inline constexpr std::uint32_t kUdfPartitionSector = 288;
+inline constexpr std::uint64_t kMetadataFile = kUdfPartitionSector * kSector;  // UDF 2.50: file entries
+inline constexpr std::uint64_t kMetadataMirrorFile = kMetadataFile + kSector;
+
+// The forms that a disc comes in. Udf is UDF 1.02, a hybrid has ISO-9660 and UDF 1.02 over the same data. Udf250Mirror
+// is UDF 2.50 without a readable metadata file: its mirror has to be used.
+enum class DiscForm { Directory, Iso, Udf, Hybrid, Udf250, Udf250Mirror };
+
+// A file of a tree: "VIDEO_TS/VIDEO_TS.IFO" and its bytes.
+struct TreeFile {
+    std::string path;
+    Bytes bytes;
+};
+
+// Choices that a form leaves.
+struct ImageSpec {
+    std::string volumeId = "TEST_DISC";  // ISO-9660
+    // The first sector of a file's data, or of a directory's, by path. UDF 2.50 and hybrids: of files only. All else is
+    // placed in order.
+    std::map<std::string, std::uint32_t> sectors = {};
+    std::uint16_t fileEntryTag = 261;  // UDF 1.02: 261 or 266. UDF 2.50 has 266
+    std::uint8_t descriptorKind = 0;  // UDF 1.02: of all file entries. UDF 2.50: of directories; files have 1
+    std::uint32_t blocksPerExtent =
+        1U << 18U;                       // UDF 1.02: cuts all data. UDF 2.50: cuts files and metadata file
+    std::uint16_t partitionsBefore = 0;  // UDF 1.02: others, in sector 9999; so this one's reference
+    std::uint16_t partitionNumber = 0;
+    bool hasMetadataCopy = true;      // UDF 2.50: else the mirror leads to the metadata file's own blocks
+    bool isMetadataMapFirst = false;  // UDF 2.50: the metadata partition has reference 0 and the real one 1
+    std::uint32_t unrecordedBlocks = 0;  // UDF 2.50: in the metadata, behind the file set
+};
+
+// Offsets in the image of what a test may want to patch. 0: not in this form, or embedded in the file entry.
+struct Place {
+    std::uint64_t record = 0;  // ISO-9660: the directory record
+    std::uint64_t entry = 0;   // UDF: the file entry
+    std::uint64_t data = 0;    // of a directory in a hybrid: UDF's
+};
+
+class BuiltImage : public SparseImage {
+public:
+    // Of a file or directory by path; the root's is "". In UDF 2.50 within the metadata file, not its copy.
+    [[nodiscard]] const Place& placeOf(const std::string& path) const { return m_places.at(path); }
+
+    // UDF: the file set descriptor; UDF 2.50: the first block of the metadata, and of the copy that the mirror leads to.
+    [[nodiscard]] std::uint64_t fileSet() const { return m_fileSets[0]; }
+    [[nodiscard]] std::uint64_t fileSetCopy() const { return m_fileSets[1]; }
+    [[nodiscard]] std::uint32_t metadataBlockCount() const { return m_metadataBlockCount; }
+
+    // Puts a sector of zeros.
+    BuiltImage& wipe(std::uint64_t offset)
+    {
+        put(offset, Bytes(kSector));
+        return *this;
+    }
+
+private:
+    friend class ImageLayout;
+    std::map<std::string, Place> m_places;
+    std::array<std::uint64_t, 2> m_fileSets = {};
+    std::uint32_t m_metadataBlockCount = 0;
+};
+
+// Builds an image of any form but Directory.
+[[nodiscard]] BuiltImage buildImage(const std::vector<TreeFile>& files, DiscForm form,
+                                    const ImageSpec& spec = {});
+
+}  // namespace testsupport
