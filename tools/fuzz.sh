@@ -6,8 +6,8 @@
 #   tools/fuzz.sh --list                   the targets
 #
 # An input that crashes a target, breaks one of its promises, takes 10 seconds or 1 GiB ends that target; it stays in
-# build/fuzz/findings, and becomes a named test when it is mended. What each target last did is in build/fuzz/results.tsv;
-# "tools/reliability.sh fuzzing build/fuzz/results.tsv" puts that into the document.
+# build/fuzz/findings, and becomes a named test when it is repaired. What each target last did is in
+# build/fuzz/results.tsv.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 

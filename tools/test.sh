@@ -1,18 +1,18 @@
 #!/usr/bin/env bash
-# The one test command: everything that a change must pass, in named steps.
+# The test command, in named steps. The first failure ends the run. What the builds print goes to build/logs.
 #
-#   tools/test.sh             all steps, in their order
-#   tools/test.sh STEP...     only these (each still builds what it needs)
+#   tools/test.sh             what every change must pass: minutes
+#   tools/test.sh --full      these steps and all others: before a release, or after a change of the build, the readers,
+#                             the monitor, the packages or the Windows files
+#   tools/test.sh STEP...     only these steps (each builds what it needs)
 #   tools/test.sh --list      the steps
-#
-# The first failure ends it. What the builds print goes to build/logs.
 #
 # shellcheck disable=SC2317  # the steps are called through their names
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-steps=(setup format structure translations release tests tidy asan tsan fuzz authored browser windows package
-       window)
+quick=(setup format structure translations product tests tidy)
+full=("${quick[@]}" tests-release tsan fuzz authored browser windows package window tidy-all)
 authored=$PWD/build/authored    # the real discs of the steps authored and window
 logs=$PWD/build/logs
 
@@ -28,53 +28,50 @@ step_setup() {    # the Debian packages
 step_format() {    # every source as clang-format 14 writes it
     git ls-files -z --cached --others --exclude-standard --deduplicate -- '*.h' '*.cpp' \
         | while IFS= read -r -d '' file; do if [[ -f $file ]]; then printf '%s\0' "$file"; fi; done \
-        | xargs -0 --no-run-if-empty clang-format-14 --dry-run -Werror
+        | xargs -0 --no-run-if-empty -n 40 -P 2 clang-format-14 --dry-run -Werror
 }
 
-step_structure() {    # who may include whom, platform macros, memory by hand
+step_structure() {    # which folder includes which, platform macros, memory by hand
     tests/structure/check_includes.sh
     tests/structure/check_platform.sh
-    tests/structure/self_test.sh
 }
 
 step_translations() {    # every text of the program is in every translation
     tools/translations.sh --check
 }
 
-step_release() {    # the release build, warnings as errors; each public header alone; what is linked; hardening
-    build release all all_verify_interface_header_sets
+step_product() {    # the program as it is released, without tests: warnings as errors, libraries, hardening
+    build_release OFF all
     tests/structure/check_notices.sh docs/THIRD_PARTY_NOTICES.txt build/release/bin/{platterscope,tessera_local}
     tests/structure/check_hardening.sh build/release/bin/{platterscope,tessera_local}
 }
 
-step_tests() {    # all tests on the release build; what became of the faults they tried is what the document says
-    local faults=$PWD/build/faults.tsv before=$skipped
-    build release all
-    rm -f "$faults"
-    PLATTERSCOPE_FAULT_TABLE=$faults run_ctest release --label-exclude '^(authored|browser)$'
-    if [[ $skipped -eq $before ]]; then
-        tools/reliability.sh --check faults "$faults"
-    else
-        tools/reliability.sh --check-ran faults "$faults"    # some faults cannot be made on this machine
-    fi
-}
-
-step_tidy() {    # clang-tidy 14 over what changed
-    build release all    # writes the sources that the meta-object compiler makes
-    tools/tidy.sh
-}
-
-step_asan() {    # all tests under the address and undefined behaviour sanitizers
+step_tests() {    # all tests, and each fuzz target over its seeds, with the address and undefined behaviour sanitizers
     build asan-ubsan all
     run_ctest asan-ubsan --label-exclude '^(authored|browser)$'
 }
 
-step_tsan() {    # what has threads and no Qt under the thread sanitizer; Debian's Qt is not made for it
+step_tidy() {    # clang-tidy 14 over the changed sources
+    build asan-ubsan all    # writes the sources that the meta-object compiler makes
+    tools/tidy.sh
+}
+
+step_tidy_all() {    # clang-tidy 14 over all sources
+    build asan-ubsan all
+    tools/tidy.sh --all
+}
+
+step_tests_release() {    # all tests on the release build; each public header compiles alone
+    build_release ON all all_verify_interface_header_sets
+    run_ctest release --label-exclude '^(authored|browser)$'
+}
+
+step_tsan() {    # the threads that need no Qt, with the thread sanitizer; Debian's Qt is not built for it
     build tsan all
     run_ctest tsan
 }
 
-step_fuzz() {    # every fuzz target over its seeds and for a few seconds more
+step_fuzz() {    # every fuzz target for a few seconds, from its seeds
     tools/setup.sh fuzz
     tools/fuzz.sh 4
 }
@@ -82,8 +79,9 @@ step_fuzz() {    # every fuzz target over its seeds and for a few seconds more
 step_authored() {    # tests on DVDs of an independent authoring tool, as folders and images
     author_discs
     local preset
+    build_release ON all
+    build asan-ubsan all
     for preset in release asan-ubsan; do
-        build "$preset" all
         PLATTERSCOPE_AUTHORED_DIR=$authored run_ctest "$preset" --label-regex '^authored$'
     done
 }
@@ -94,7 +92,7 @@ step_browser() {    # disc, local service and a real browser, where one can be i
         skipped=$((skipped + 1))
         return
     fi
-    build release all
+    build_release ON all
     run_ctest release --label-regex '^browser$'
 }
 
@@ -118,7 +116,7 @@ step_package() {    # the Debian packages: made, judged, installed in a clean De
         skipped=$((skipped + 1))
         return
     fi
-    build release installed make_sample_bluray
+    build_release ON installed make_sample_bluray
     tools/package.sh
     tests/packaging/check_packages.sh build/release/packages
     build/release/tests/make_sample_bluray build/sample-bluray
@@ -163,6 +161,14 @@ build() {
     logged "$preset-build" cmake --build --preset "$preset" --target "$@"
 }
 
+# build_release ON|OFF TARGET...: the release build with or without its tests, in the same folder.
+build_release() {
+    local tests=$1
+    shift
+    logged release-configure cmake --preset release -DPLATTERSCOPE_TESTS="$tests"
+    logged release-build cmake --build --preset release --target "$@"
+}
+
 # run_ctest PRESET OPTION...: shows ctest's output and adds its counts to the totals.
 run_ctest() {
     local preset=$1 result=$logs/$current.xml status=0 suite
@@ -203,7 +209,7 @@ table=()
 
 note_time() {
     local line
-    printf -v line '%-10s %-7s %4d s' "$current" "$1" $((SECONDS - started))
+    printf -v line '%-13s %-7s %4d s' "$current" "$1" $((SECONDS - started))
     table+=("$line")
     echo "== step $current: $1 after $((SECONDS - started)) s"
 }
@@ -222,12 +228,17 @@ summary() {
 }
 
 if [[ ${1:-} == --list ]]; then
-    sed -n 's/^step_\([a-z]*\)() {    # \(.*\)/\1\t\2/p' "$0" | expand -t 12
+    for step in "${full[@]}"; do
+        sed -n "s/^step_${step//-/_}() {    # /$step\t/p" "$0"
+    done | expand -t 16
     exit 0
 fi
-[[ $# -gt 0 ]] || set -- "${steps[@]}"
+case ${1:---quick} in
+    --quick) set -- "${quick[@]}" ;;
+    --full) set -- "${full[@]}" ;;
+esac
 for step in "$@"; do
-    [[ " ${steps[*]} " == *" $step "* ]] || { echo "test: no step '$step'; see tools/test.sh --list" >&2; exit 2; }
+    [[ " ${full[*]} " == *" $step "* ]] || { echo "test: no step '$step'; see tools/test.sh --list" >&2; exit 2; }
 done
 
 mkdir -p "$logs"
@@ -237,7 +248,7 @@ trap 'exit 143' TERM
 for step in "$@"; do
     current=$step started=$SECONDS
     echo "== step: $step"
-    "step_$step"
+    "step_${step//-/_}"
     note_time passed
     current=
 done

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs clang-tidy with the rules of .clang-tidy over the .cpp files of the release build (build/release).
+# Runs clang-tidy with the rules of .clang-tidy over the .cpp files of build/asan-ubsan, which has the program and its tests.
 #
 #   tools/tidy.sh          the changed ones: since the branch left origin/main, or, on origin/main itself, since
 #                          the commit before, and what is not committed; all where there is no commit before
@@ -9,9 +9,9 @@
 # Two run at a time. Exit status 0 when none of them has a finding.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-database=build/release/compile_commands.json
-[[ -f $database ]] || { echo "tidy: configure the release build first: cmake --preset release" >&2; exit 1; }
-git rev-parse --git-dir >/dev/null    # what changed is git's to say
+database=build/asan-ubsan/compile_commands.json
+[[ -f $database ]] || { echo "tidy: configure the build first: cmake --preset asan-ubsan" >&2; exit 1; }
+git rev-parse --git-dir >/dev/null
 
 # The commit to compare with; nothing where every file counts as changed.
 base_commit() {
@@ -47,12 +47,12 @@ else
 fi
 
 sources=()
-passed_over=()
+skipped=()
 for file in "${changed[@]}"; do
-    if grep -qF "\"file\": \"$PWD/$file\"" "$database"; then sources+=("$file"); else passed_over+=("$file"); fi
+    if grep -qF "\"file\": \"$PWD/$file\"" "$database"; then sources+=("$file"); else skipped+=("$file"); fi
 done
-if [[ ${#passed_over[@]} -gt 0 ]]; then
-    echo "tidy: passed over, no source of this build: ${passed_over[*]}"
+if [[ ${#skipped[@]} -gt 0 ]]; then
+    echo "tidy: skipped, no sources of this build: ${skipped[*]}"
 fi
 if [[ ${#sources[@]} -eq 0 ]]; then
     echo "tidy: no changed source"
@@ -61,6 +61,6 @@ fi
 echo "tidy: ${#sources[@]} files"
 # The build is GCC's, so clang meets warning options that it does not know. What it suppressed is counted on
 # standard error, file by file; that is no finding.
-tidy=(clang-tidy-14 --quiet -p build/release --extra-arg=-Wno-unknown-warning-option)
+tidy=(clang-tidy-14 --quiet -p build/asan-ubsan --extra-arg=-Wno-unknown-warning-option)
 printf '%s\0' "${sources[@]}" | xargs -0 -n 1 -P 2 "${tidy[@]}" 2>build/tidy.log \
     || { grep -v ' generated\.$' build/tidy.log >&2 || true; exit 1; }
