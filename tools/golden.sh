@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# Writes the golden files of the tests anew from what the programs print now. Read "git diff" before you commit them.
+# Writes the golden files of the tests, and the examples of docs/REPORT.md, anew from what the programs print now. Read
+# "git diff" before you commit them.
 #
 #   tools/golden.sh [PRESET [CTEST-REGEX]]    default: debug, all tests
 set -euo pipefail
 cd "$(dirname "$0")/.."
 PLATTERSCOPE_UPDATE_GOLDEN=1 ctest --preset "${1:-debug}" --parallel 2 --tests-regex "${2:-.}" || true
-git status --short -- 'tests/*/golden'
+git status --short -- 'tests/*/golden' docs/REPORT.md

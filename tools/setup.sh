@@ -35,6 +35,7 @@ test=(
     at-spi2-core            # tells screen readers of windows
     dbus                    # carries what they are told
     python3-pyatspi         # a screen reader's view, for a test
+    python3-jsonschema      # checks reports with the schema of the documents
 )
 browser=(
     chromium                # opens the local service's pages as their user does (tests/browser)
