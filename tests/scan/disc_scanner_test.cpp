@@ -1,276 +1,273 @@
+// What scans and refreshes ask the service, what they log, and what they give. tests/report has the titles of discs.
 #include "app/log.h"
 #include "scan/disc_path.h"
 #include "scan/disc_scanner.h"
-#include "tests/scan/stored_package.h"
 #include "tests/support/captured_log.h"
-#include "tests/support/fault_table.h"
+#include "tests/support/golden.h"
 #include "tests/support/local_service.h"
+#include "tests/support/sample_bluray.h"
 #include "tests/support/sample_dvd.h"
 #include "tests/support/scoped_environment.h"
 #include "tests/support/scripted_server.h"
 
+#include <QDebug>
+
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <memory>
-#include <string>
-#include <vector>
+#include <fstream>
+#include <functional>
+
+using namespace testsupport;
+using namespace Qt::StringLiterals;
 
 namespace {
 
-using testsupport::CapturedLog;
-using testsupport::DiscForm;
-using testsupport::ScopedEnvironment;
-using testsupport::ScriptedReply;
-using Lines = std::vector<std::string>;
+const std::string kDvd = "/api/tessera/dvd/";
+const std::string kBluray = "/api/tessera/bluray/";
 
-constexpr char kFindPath[] = "/api/tessera/dvd/find/";
-constexpr char kAddPath[] = "/api/tessera/dvd/add/";
-
-QString text(const std::string& utf8)
-{
-    return QString::fromStdString(utf8);
-}
-
-class DiscScannerTest : public testing::Test {
+class DiscScans : public testing::Test {
 protected:
-    DiscScannerTest() { m_scanner.setApiKey(QStringLiteral("the-key")); }
+    DiscScans() { m_scanner.setApiKey(u"  top-secret\t"_s); }
 
-    // Scans the sample disc; the lines it logged, the first ("scan started") and what a disc's reading logs
-    // taken off.
-    Lines scanSample(bool addIfMissing)
+    // Runs an operation. Gives what it asks, what it logs but for the readers' steps, and its result: of each title the
+    // length without repetitions, and the sizes of the packages of both kinds.
+    QString run(const std::function<DiscScanResult()>& operation)
     {
         const CapturedLog log;
-        m_result = m_scanner.scan(text(m_path), addIfMissing);
-        Lines lines = log.lines();
-        const Lines head = {"platterscope: info: scan started: " + m_path, "bdmeta: info: started parsing",
-                            "bdmeta: info: not a Blu-ray source; trying DVD parsing",
-                            "dvdmeta: info: started parsing", "dvdmeta: info: finished parsing: 2 titles"};
-        const auto headEnd = lines.begin() + static_cast<std::ptrdiff_t>(std::min(lines.size(), head.size()));
-        EXPECT_EQ(Lines(lines.begin(), headEnd), head);
-        lines.erase(lines.begin(), headEnd);
-        return lines;
+        m_result = operation();
+        QString text;
+        const std::vector<RecordedRequest> requests = m_server.requests();
+        for (; m_seenRequests < requests.size(); ++m_seenRequests) {
+            const RecordedRequest& request = requests[m_seenRequests];
+            text += QString::fromStdString(request.method + ' ' + request.target + '\n');
+            EXPECT_EQ(request.header("apiKey"), "top-secret");
+        }
+        for (const std::string& line : log.lines()) {
+            if (line.find("meta: info: ") == line.npos) { text += QString::fromStdString(line) + u'\n'; }
+        }
+        QList<quint64> lengths;
+        for (const DvdTitleInfo& title : m_result.dvdTitles) {
+            lengths.append(title.distinctDurationMs);
+        }
+        for (const BlurayTitleInfo& title : m_result.blurayTitles) {
+            lengths.append(title.distinctDurationMs);
+        }
+        QDebug(&text).nospace() << "= ok " << m_result.ok << " kind " << static_cast<int>(m_result.discType)
+                                << ' ' << lengths << " packages " << m_result.dvdPackage.size() << ' '
+                                << m_result.blurayPackage.size() << " found " << m_result.inDatabase
+                                << " disc " << m_result.discId << ' ' << m_result.newDiscUrl << " with "
+                                << m_result.configurations.size() << ' ' << m_result.errorMessage << ' '
+                                << m_result.readerErrors << '\n';
+        EXPECT_FALSE(text.contains(u"secret"_s)) << text.toStdString();
+        return text.replace(QString::fromStdString(m_server.url()), u"SERVICE"_s);
     }
 
-    [[nodiscard]] std::string finishedLine() const
+    QString scan(const std::string& path, bool addIfMissing = false)
     {
-        return "platterscope: info: scan finished: DVD, 2 titles, package SHA-256 " +
-               m_result.dvdPackageSha256.toHex().toStdString();
+        const QString given = QString::fromStdString(path);
+        return run([&] { return m_scanner.scan(given, addIfMissing); }).replace(given, u"DISC"_s);
     }
 
-    testsupport::ScriptedServer m_server;
+    static void expectGolden(const QString& text, const std::string& name)
+    {
+        EXPECT_EQ(goldenDifference(text.toStdString(), "scan/golden/" + name), "");
+    }
+
+    ScriptedServer m_server;
     ScopedEnvironment m_address{"PLATTERSCOPE_SERVICE_URL", m_server.url()};
-    testsupport::TemporaryFolder m_folder;
-    std::string m_path = testsupport::sampleDvd().write(DiscForm::Directory, m_folder);
+    TemporaryFolder m_folder;
     DiscScanner m_scanner;
     DiscScanResult m_result;
+    std::size_t m_seenRequests = 0;
 };
 
-TEST_F(DiscScannerTest, WithoutAKeyReadsNothingAndAsksNobody)
+TEST_F(DiscScans, AreAnsweredByTheService)
 {
-    for (const char* key : {"", "  ", "REPLACE_WITH_YOUR_API_KEY"}) {
-        m_scanner.setApiKey(QString::fromUtf8(key));
-        const CapturedLog log;
-        const DiscScanResult result = m_scanner.scan(QStringLiteral("/no/such/path"), true);
-        EXPECT_EQ(log.lines(), (Lines{"platterscope: info: scan started: /no/such/path",
-                                      "platterscope: error: Tessera API key is not configured."}));
-        EXPECT_EQ(result.ok, 0);
-        EXPECT_EQ(result.discType, DiscType::None);
-        EXPECT_EQ(result.errorMessage, QStringLiteral("Tessera API key is not configured."));
-    }
-    EXPECT_TRUE(m_server.requests().empty());
-}
-
-TEST_F(DiscScannerTest, APathThatIsNoDiscNamesBothReadersReasons)
-{
-    const CapturedLog log;
-    const DiscScanResult result = m_scanner.scan(QStringLiteral("/no/such/path"), false);
-    EXPECT_EQ(
-        log.lines(),
-        (Lines{"platterscope: info: scan started: /no/such/path", "bdmeta: info: started parsing",
-               "bdmeta: info: not a Blu-ray source; trying DVD parsing", "dvdmeta: info: started parsing",
-               "bdmeta: error: cannot stat '/no/such/path': No such file or directory",
-               "dvdmeta: error: cannot stat '/no/such/path': No such file or directory",
-               "platterscope: error: Path is not a valid Blu-ray or DVD."}));
-    EXPECT_EQ(result.errorMessage, QStringLiteral("Path is not a valid Blu-ray or DVD."));
-    EXPECT_EQ(result.readerErrors,
-              QStringList(2, QStringLiteral("cannot stat '/no/such/path': No such file or directory")));
-    EXPECT_EQ(result.discType, DiscType::None);
-    EXPECT_TRUE(m_server.requests().empty());
-}
-
-TEST_F(DiscScannerTest, AKnownDiscComesBackWithItsIdAndConfigurations)
-{
-    m_server.play({.body = R"({"Disc ID": 17, "Configurations": [{"UID": 3, "Disc ID": 17}]})"});
-    const Lines lines = scanSample(true);
-    EXPECT_EQ(lines, (Lines{"tessera: info: DVD lookup started",
-                            "tessera: info: DVD lookup finished: disc found", finishedLine()}));
-    EXPECT_EQ(m_result.ok, 1);
-    EXPECT_EQ(m_result.discType, DiscType::Dvd);
-    EXPECT_TRUE(m_result.inDatabase);
-    EXPECT_EQ(m_result.discId, 17);
-    EXPECT_EQ(m_result.newDiscUrl, text(m_server.url()) + QStringLiteral("/tessera/dvd/new/?uid=17"));
-    EXPECT_EQ(m_result.configurations.size(), 1);
-    EXPECT_EQ(m_server.requests().size(), 1U) << "a known disc is not added, also where adding was asked for";
-}
-
-TEST_F(DiscScannerTest, IdZeroIsKnownButHasNoPage)
-{
-    m_server.play({.body = R"({"Disc ID": 0})"});
-    scanSample(false);
-    EXPECT_TRUE(m_result.inDatabase);
-    EXPECT_TRUE(m_result.newDiscUrl.isEmpty());
-    EXPECT_EQ(m_result.ok, 1);
-}
-
-TEST_F(DiscScannerTest, AnUnknownDiscIsAddedOnlyWhenAskedFor)
-{
-    m_server.playFor(kFindPath, {.body = "{}"});
-    m_server.playFor(kAddPath, {.body = "23"});
-    const Lines lookupLines = scanSample(false);
-    EXPECT_EQ(lookupLines, (Lines{"tessera: info: DVD lookup started",
-                                  "tessera: info: DVD lookup finished: disc not found", finishedLine()}));
-    EXPECT_EQ(m_result.ok, 1);
-    EXPECT_FALSE(m_result.inDatabase);
-    EXPECT_EQ(m_result.discId, 0);
-    EXPECT_TRUE(m_result.newDiscUrl.isEmpty());
-
-    EXPECT_EQ(
-        scanSample(true),
-        (Lines{"tessera: info: DVD lookup started", "tessera: info: DVD lookup finished: disc not found",
-               "tessera: info: DVD add started", "tessera: info: DVD add finished", finishedLine()}));
-    EXPECT_EQ(m_result.ok, 1);
-    EXPECT_TRUE(m_result.inDatabase);
-    EXPECT_EQ(m_result.discId, 23);
-    EXPECT_EQ(m_result.newDiscUrl, text(m_server.url()) + QStringLiteral("/tessera/dvd/new/?uid=23"));
-}
-
-TEST_F(DiscScannerTest, AFailedFindKeepsTheDisc)
-{
-    struct Case {
-        ScriptedReply reply;
-        std::string message;
+    const struct {
+        const char* name;
+        ScriptedReply find;
+        ScriptedReply add = {};
+        bool addIfMissing = true;
+    } rows[] = {
+        {"found", {.body = R"({"Disc ID": 17, "Configurations": [{"UID": 3}, {"UID": 4}]})"}},
+        {"found as number 0", {.body = R"({"Disc ID": 0})"}},
+        {"not found", {.body = "{}"}, {}, false},
+        {"added", {.body = R"({"Disc ID": null})"}, {.body = "23"}},
+        {"find refused", {.status = 403, .body = "Revoked.\r\n<b>Ask</b>\n\ta\rb\u202E"}},
+        {"find cut off", {.rawBytes = ""}},
+        {"find without sense", {.body = "<html>"}},
+        {"add refused", {.body = "{}"}, {.status = 409, .body = "busy"}},
+        {"add without sense", {.body = "{}"}, {.body = "23\n"}},
     };
-    for (const Case& failing : {
-             Case{{.status = 403, .body = "Key revoked.\n<b>Ask</b>"}, "Key revoked.\n<b>Ask</b>"},
-             Case{{.status = 500}, "Tessera returned HTTP 500."},
-             Case{{.status = 204}, "Tessera returned HTTP 204."},
-             Case{{.body = "<html>not me</html>"}, "Tessera returned an invalid find response."},
-             Case{{.body = R"({"Disc ID": 1.5})"}, "Tessera returned an invalid find response."},
-             Case{{.rawBytes = ""}, "Network error: Server returned nothing (no headers, no data)"},
-         }) {
-        m_server.play(failing.reply);
-        const Lines lines = scanSample(true);
-        std::string logged;
-        for (const std::string& line : lines) {
-            logged += line + '\n';
+    // The files of the Blu-ray come beside those of the DVD: a disc of both kinds is a Blu-ray.
+    for (const bool isDvd : {true, false}) {
+        const DiscTree disc = isDvd ? sampleDvd() : sampleBluray();
+        const std::string path = disc.write(DiscForm::Directory, m_folder);
+        QString text;
+        for (const auto& row : rows) {
+            m_server.playFor((isDvd ? kDvd : kBluray) + "find/", row.find);
+            m_server.playFor((isDvd ? kDvd : kBluray) + "add/", row.add);
+            text += QLatin1String(row.name) + u":\n"_s + scan(path, row.addIfMissing);
         }
-        const QString indented = text(failing.message).replace(QLatin1Char('\n'), QStringLiteral("\n  "));
-        EXPECT_EQ(text(logged),
-                  QStringLiteral("tessera: info: DVD lookup started\ntessera: error: %1\n").arg(indented));
-        EXPECT_EQ(m_result.ok, 0);
-        EXPECT_EQ(m_result.discType, DiscType::Dvd);
-        EXPECT_EQ(m_result.errorMessage, text(failing.message));
-        EXPECT_EQ(m_result.dvdTitles.size(), 2);
-        EXPECT_FALSE(m_result.dvdPackage.isEmpty());
+        expectGolden(text, isDvd ? "dvd.txt" : "bluray.txt");
     }
-    testsupport::recordFault("Scan: the service fails to find or to add the disc",
-                             "an error, and the titles of the disc are shown", 6);
 }
 
-TEST_F(DiscScannerTest, AFailedAddKeepsTheDisc)
+TEST_F(DiscScans, RefuseWhatCannotBeReadOrPackaged)
 {
-    struct Case {
-        ScriptedReply reply;
-        std::string message;
+    const DiscTree bluray = sampleBluray();
+    DiscTree noPlaylists = DiscTree(bluray).add("BDMV/PLAYLIST/note.txt", {});
+    for (const char* name : {"00000", "00800", "00801"}) {
+        noPlaylists.remove(std::string("BDMV/PLAYLIST/") + name + ".mpls");
+    }
+    VmgSpec noTitles;
+    noTitles.titles.clear();
+    VmgSpec farTitle;  // in a title set beyond the last that a disc can have
+    farTitle.titles = {{.vtsn = 100}};
+    const DiscTree noSets = DiscTree().add("VIDEO_TS/VTS_100_0.IFO", VtsSpec().build());
+    const struct {
+        const char* name;
+        DiscTree disc;
+    } rows[] = {
+        {"a DVD without titles", DiscTree().add("VIDEO_TS/VIDEO_TS.IFO", noTitles.build())},
+        {"a DVD without title sets", DiscTree(noSets).add("VIDEO_TS/VIDEO_TS.IFO", farTitle.build())},
+        {"a Blu-ray without playlists", noPlaylists},
+        {"a short playlist name", DiscTree(bluray).add("BDMV/PLAYLIST/1.mpls", MplsSpec().build())},
+        {"a broken playlist", DiscTree(bluray).add("BDMV/PLAYLIST/00800.mpls", {'M', 'P', 'L', 'S'})},
     };
-    for (const Case& failing : {
-             Case{{.body = "23\n"}, "Tessera returned an invalid disc identifier."},
-             Case{{.status = 409, .body = "busy"}, "busy"},
-             Case{{.status = 201}, "Tessera returned HTTP 201."},
-         }) {
-        m_server.play({.body = R"({"Disc ID": null})"});
-        m_server.play(failing.reply);
-        const Lines lines = scanSample(true);
-        EXPECT_EQ(lines.back(), "tessera: error: " + failing.message);
-        EXPECT_EQ(m_result.ok, 0);
-        EXPECT_FALSE(m_result.inDatabase);
-        EXPECT_EQ(m_result.errorMessage, text(failing.message));
-        EXPECT_EQ(m_result.dvdTitles.size(), 2);
+    QString text;
+    for (const auto& row : rows) {
+        const std::string path = row.disc.write(DiscForm::Directory, m_folder);
+        text += QLatin1String(row.name) + u":\n"_s + scan(path);
+        std::filesystem::remove_all(path);
     }
-    testsupport::recordFault("Scan: the service fails to find or to add the disc",
-                             "an error, and the titles of the disc are shown", 3);
-}
+    text += u"no file:\n"_s + scan(m_folder / "disc");
 
-TEST_F(DiscScannerTest, ARefusedServiceAddressIsTheErrorOfTheLookup)
-{
-    const ScopedEnvironment address("PLATTERSCOPE_SERVICE_URL", "http://192.0.2.1");
-    const Lines lines = scanSample(false);
-    EXPECT_EQ(m_result.ok, 0);
-    EXPECT_FALSE(m_result.errorMessage.isEmpty());
-    EXPECT_EQ(m_result.dvdTitles.size(), 2);
-    EXPECT_EQ(lines.back(), "tessera: error: " + m_result.errorMessage.toStdString());
-}
+    const std::string image = bluray.write(DiscForm::Iso, m_folder);
+    std::filesystem::resize_file(image, (1U << 31U) + 4096U);
+    std::fstream file(image, std::ios::in | std::ios::out | std::ios::binary);
+    std::string head(1U << 20U, '\0');
+    file.read(head.data(), 1U << 20U);
+    const std::size_t record =
+        head.find("00800.mpls") - 33;  // the file's place stands in it in both byte orders
+    file.seekp(static_cast<std::streamoff>(record) + 2).write("\0\0\x10\0\0\x10\0\0", 8).flush();
+    text += u"a playlist behind 2 GiB of an image:\n"_s + scan(image);
 
-TEST_F(DiscScannerTest, EveryOperationSetsTheThreadsSwitchAndRestoresIt)
-{
-    m_server.playFor(kFindPath, {.body = "{}"});
-    m_scanner.setLoggingEnabled(false);
-    const CapturedLog log;
-    EXPECT_EQ(m_scanner.scan(text(m_path), false).ok, 1);
-    EXPECT_EQ(m_scanner.scan(QStringLiteral("/no/such/path"), false).ok, 0);
-    EXPECT_FALSE(m_scanner.authenticate().ok);
-    EXPECT_TRUE(log.lines().empty());
-    EXPECT_TRUE(logging::isEnabled());
-
-    const logging::ScopedSwitch off(false);
-    m_scanner.setLoggingEnabled(true);
-    EXPECT_EQ(m_scanner.scan(text(m_path), false).ok, 1);
-    EXPECT_FALSE(log.lines().empty());
-    EXPECT_FALSE(logging::isEnabled());
-}
-
-TEST_F(DiscScannerTest, TheKeyIsTrimmedAndNeverLogged)
-{
-    m_scanner.setApiKey(QStringLiteral("  top secret\t"));
-    m_server.play({.status = 401});
-    const CapturedLog log;
-    const DiscScanResult result = m_scanner.scan(text(m_path), true);
-    EXPECT_EQ(m_server.requests().at(0).header("apiKey"), "top secret");
-    for (const std::string& line : log.lines()) {
-        EXPECT_EQ(line.find("secret"), std::string::npos) << line;
+    const std::string good = sampleDvd().write(DiscForm::Directory, m_folder);
+    {
+        const ScopedEnvironment address("PLATTERSCOPE_SERVICE_URL", "http://192.0.2.1");
+        text += u"a refused address:\n"_s + scan(good);
     }
-    EXPECT_FALSE(result.errorMessage.contains(QLatin1StringView("secret")));
+    for (const char* key : {" \t", "REPLACE_WITH_YOUR_API_KEY"}) {
+        m_scanner.setApiKey(QString::fromUtf8(key));
+        text += u"no key:\n"_s + scan(good);
+    }
+    expectGolden(text, "refused.txt");
 }
 
-TEST_F(DiscScannerTest, EveryFormOfADiscIsOneDiscToTheService)
+TEST_F(DiscScans, EveryFormIsOneDiscToTheService)
 {
-    m_server.playFor(kFindPath, {.body = "{}"});
-    scanSample(false);
-    const QByteArray fromDirectory = m_result.dvdPackage;
-    m_path = testsupport::sampleDvd().write(DiscForm::Iso, m_folder);
-    scanSample(false);
-    EXPECT_EQ(m_result.dvdPackage, fromDirectory);
+    const auto expectOne = [this](const DiscTree& disc, const std::string& service, const auto& forms) {
+        m_server.playFor(service + "find/", {.body = "{}"});
+        QString first;
+        for (const DiscForm form : forms) {
+            const QString text = scan(disc.write(form, m_folder));
+            EXPECT_EQ(m_result.ok, 1);
+            if (first.isEmpty()) { first = text; }
+            EXPECT_EQ(text, first);  // with the package's SHA-256
+        }
+    };
+    expectOne(sampleDvd(), kDvd, kAllDiscForms);
+    expectOne(sampleBluray(), kBluray, kAllBlurayForms);
 }
 
-TEST_F(DiscScannerTest, ARealServiceKeepsTheVeryPackageAndFindsTheDiscAgain)
+TEST_F(DiscScans, AreKeptByARealService)
 {
-    const std::string database = m_folder / "service.db";
-    const testsupport::LocalService service(TESSERA_LOCAL_EXECUTABLE, database, {"the-key=ada"});
+    const LocalService service(TESSERA_LOCAL_EXECUTABLE, m_folder / "service.db", {"top-secret=ada"});
     ASSERT_TRUE(service.isReady()) << service.log();
     const ScopedEnvironment address("PLATTERSCOPE_SERVICE_URL", service.baseUrl());
+    for (const DiscTree& disc : {sampleDvd(), sampleBluray()}) {
+        const std::string path = disc.write(DiscForm::Iso, m_folder);
+        for (const auto& [add, isKnown] : {std::pair(false, false), {true, true}, {false, true}}) {
+            scan(path, add);
+            EXPECT_EQ(m_result.ok, 1) << m_result.errorMessage.toStdString();
+            EXPECT_EQ(m_result.inDatabase, isKnown);
+        }
+    }
+    EXPECT_EQ(m_result.blurayDiscName, u"TEST_DISC"_s);
+    EXPECT_EQ(m_result.blurayDiscLabel, u"TEST_DISC"_s);
+}
 
-    scanSample(false);
-    EXPECT_EQ(m_result.ok, 1);
-    EXPECT_FALSE(m_result.inDatabase);
-    scanSample(true);
-    EXPECT_TRUE(m_result.inDatabase);
-    const qint64 addedId = m_result.discId;
-    EXPECT_NE(addedId, 0);
-    EXPECT_EQ(storedPackage(database), m_result.dvdPackage);
-    scanSample(false);
-    EXPECT_TRUE(m_result.inDatabase);
-    EXPECT_EQ(m_result.discId, addedId);
+TEST_F(DiscScans, AreRefreshedInTheirConfigurationsAlone)
+{
+    std::string tooMany = "[{}";
+    for (qsizetype i = 0; i < service::kMaximumConfigurations; ++i) {
+        tooMany += ",{}";
+    }
+    struct Row {
+        const char* name;
+        ScriptedReply reply = {.body = "[]"};
+        DiscType kind = DiscType::Dvd;
+        qint64 discId = 9'007'199'254'740'993;
+        bool isKnown = true;
+        qint32 ok = 1;
+        const char* message = "";
+        const char* key = "top-secret";
+    };
+    const Row rows[] = {
+        {"two", {.body = R"([{"UID": 5, "Disc ID": "17"}, {"UID": 6}])"}},
+        {"refused", {.status = 404, .body = "No such\ndisc."}},
+        {"without sense", {.body = "{}"}},
+        {"too many", {.body = tooMany + ']'}},
+        {.name = "a Blu-ray", .kind = DiscType::Bluray},
+        {.name = "no kind", .kind = DiscType::None},
+        {.name = "number 0", .discId = 0},
+        {.name = "not in the database", .isKnown = false},
+        {.name = "after a note", .message = "a note"},
+        {.name = "after an error", .ok = 0, .message = "an error"},
+        {.name = "no key", .key = " "},
+    };
+    QString text;
+    for (const Row& row : rows) {
+        m_server.playFor(kDvd + "configurations/get/", row.reply);
+        m_server.playFor(kBluray + "configurations/get/", row.reply);
+        m_scanner.setApiKey(QString::fromUtf8(row.key));
+        DiscScanResult known;
+        known.ok = row.ok;
+        known.discType = row.kind;
+        known.discId = row.discId;
+        known.inDatabase = row.isKnown;
+        known.configurations.resize(1);
+        known.errorMessage = QString::fromUtf8(row.message);
+        known.newDiscUrl = u"https://example.org/new"_s;
+        known.dvdPackage = "package";
+        known.dvdTitles.resize(2);
+        text += QLatin1String(row.name) + u":\n"_s;
+        text += run([&] { return m_scanner.refreshConfigurations(known); });
+    }
+    expectGolden(text, "refresh.txt");
+}
+
+TEST_F(DiscScans, FollowTheScannersSwitchAndRestoreTheThreads)
+{
+    m_server.playFor(kDvd + "find/", {.body = "{}"});
+    const QString path = QString::fromStdString(sampleDvd().write(DiscForm::Directory, m_folder));
+    const std::function<bool()> operations[] = {
+        [&] { return m_scanner.scan(path, false).ok == 1; },
+        [&] { return m_scanner.scan(u"/no/such/path"_s, false).ok == 0; },
+        [&] { return !m_scanner.authenticate().ok; },
+        [&] { return m_scanner.refreshConfigurations({}).ok == 0; },
+    };
+    for (const bool isOn : {false, true}) {
+        const logging::ScopedSwitch other(!isOn);
+        m_scanner.setLoggingEnabled(isOn);
+        for (const auto& operation : operations) {
+            const CapturedLog log;
+            EXPECT_TRUE(operation());
+            EXPECT_EQ(log.lines().empty(), !isOn);
+            EXPECT_EQ(logging::isEnabled(), !isOn);
+        }
+    }
 }
 
 TEST(DiscPath, OnlyARootKeepsASeparatorAtItsEnd)
@@ -291,10 +288,9 @@ TEST(DiscPath, OnlyARootKeepsASeparatorAtItsEnd)
         {'\\', "//a/b/c/", "//a/b/c"},
         {'\\', "\\", "\\"},
     };
-    for (const auto& row : rows) {
-        const QChar native = QLatin1Char(row.native);
-        EXPECT_EQ(scan::withoutTrailingSeparators(QLatin1StringView(row.given), native).toStdString(),
-                  row.path);
+    for (const auto& [native, given, path] : rows) {
+        const QString text = scan::withoutTrailingSeparators(QLatin1StringView(given), QLatin1Char(native));
+        EXPECT_EQ(text.toStdString(), path);
     }
 }
 

@@ -1,11 +1,9 @@
-// Every operation of a scan with memory that ends at the first allocation, at the second, and so on until it ends
-// nowhere: each must come back with an error or with all it was asked for, and never throw.
+// Every operation of a scan with memory that ends at the first allocation, at the second, and so on, once or for good:
+// each gives an error or all that it was asked for, and never throws.
 #include "bdmeta/bluray_disc.h"
 #include "dvdmeta/dvd_disc.h"
 #include "scan/disc_scanner.h"
-#include "tests/scan/failing_allocation.h"
 #include "tests/support/captured_log.h"
-#include "tests/support/fault_table.h"
 #include "tests/support/sample_bluray.h"
 #include "tests/support/sample_dvd.h"
 #include "tests/support/scoped_environment.h"
@@ -13,164 +11,147 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
+#include <cstdlib>
 #include <functional>
-#include <string>
+#include <new>
+
+using namespace testsupport;
 
 namespace {
 
-using testsupport::DiscForm;
+// Of this thread alone: the test's server has all the memory that it wants.
+thread_local long allowedAllocations = -1;  // below 0: any number
+thread_local bool endsForGood = false;      // else only one allocation fails
+thread_local bool hasEnded = false;
+thread_local int failures = 0;
 
-// Lets memory end at every allocation of `operation` in turn and calls `judge` after each, which is to be told
-// whether it did. Gives how often it ended.
-std::size_t exhaust(const std::function<void()>& operation, const std::function<void(bool)>& judge)
+void* allocate(std::size_t size)
 {
-    std::size_t cases = 0;
-    for (const bool isForGood : {false, true}) {
-        for (long allocations = 0;; ++allocations, ++cases) {
-            const bool isOut = testsupport::runsOut(allocations, isForGood, operation);
-            judge(isOut);
-            if (!isOut) { break; }
-            if (testing::Test::HasFailure()) {
-                ADD_FAILURE() << "memory ended after " << allocations
-                              << " allocations, for good: " << isForGood;
-                return cases;
-            }
-        }
+    if (allowedAllocations == 0) {
+        hasEnded = true;
+        ++failures;
+        if (!endsForGood) { allowedAllocations = -1; }
+        return nullptr;
     }
-    return cases;
+    if (allowedAllocations > 0) { --allowedAllocations; }
+    return std::malloc(size > 0 ? size : 1);
 }
-
-class Exhaustion : public testing::Test {
-protected:
-    Exhaustion()
-    {
-        m_scanner.setApiKey(QStringLiteral("the-key"));
-        for (const char* const kind : {"dvd", "bluray"}) {
-            const std::string base = std::string("/api/tessera/") + kind;
-            m_server.playFor(base + "/find/", {.body = "{}"});
-            m_server.playFor(base + "/add/", {.body = "23"});
-            m_server.playFor(
-                base + "/configurations/get/",
-                {.body = R"([{"UID": 5, "Data": "{\"paths\": [\"a\"], \"titles\": [{\"id\": 1}]}"}])"});
-        }
-        m_server.playFor("/api/tessera/user/", {.body = R"({"UID": 17, "Username": "ada"})"});
-    }
-
-    // Scans a disc, which must end in all that `whole` holds or in an error.
-    std::size_t exhaustScan(const std::string& path)
-    {
-        const testsupport::CapturedLog log;
-        const QString disc = QString::fromStdString(path);
-        const DiscScanResult whole = m_scanner.scan(disc, true);
-        EXPECT_EQ(whole.ok, 1) << whole.errorMessage.toStdString();
-        DiscScanResult result;
-        return exhaust([&] { result = m_scanner.scan(disc, true); },
-                       [&](bool isOut) {
-                           EXPECT_TRUE(isOut || result.ok == 1);
-                           EXPECT_EQ(result.errorMessage.isEmpty(), result.ok == 1);
-                           if (result.discType == DiscType::None) {
-                               EXPECT_TRUE(result.dvdTitles.isEmpty() && result.blurayTitles.isEmpty());
-                               EXPECT_TRUE(result.dvdPackage.isEmpty() && result.blurayPackage.isEmpty());
-                               return;
-                           }
-                           EXPECT_EQ(result.discType, whole.discType);
-                           EXPECT_EQ(result.dvdTitles.size(), whole.dvdTitles.size());
-                           EXPECT_EQ(result.blurayTitles.size(), whole.blurayTitles.size());
-                           EXPECT_EQ(result.dvdPackage, whole.dvdPackage);
-                           EXPECT_EQ(result.blurayPackage, whole.blurayPackage);
-                       });
-    }
-
-    testsupport::ScriptedServer m_server;
-    testsupport::ScopedEnvironment m_address{"PLATTERSCOPE_SERVICE_URL", m_server.url()};
-    testsupport::TemporaryFolder m_dvds;
-    testsupport::TemporaryFolder m_blurays;
-    DiscScanner m_scanner;
-};
 
 }  // namespace
 
-TEST_F(Exhaustion, OfAScanIsAnErrorOrAWholeResult)
+// The other forms of new and delete call these, unless a sanitizer has pairs of its own.
+
+void* operator new(std::size_t size)
 {
-    std::size_t cases = 0;
-    for (const DiscForm form : {DiscForm::Directory, DiscForm::Iso}) {
-        cases += exhaustScan(testsupport::sampleDvd().write(form, m_dvds));
+    void* const memory = allocate(size);
+    if (memory == nullptr) { throw std::bad_alloc(); }
+    return memory;
+}
+
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
+{
+    return allocate(size);
+}
+
+void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t /*size*/) noexcept
+{
+    std::free(memory);
+}
+
+namespace {
+
+// What an operation gave: how much (0: nothing), and whether it failed.
+struct Outcome {
+    std::size_t amount = 0;
+    bool isError = false;
+};
+
+// Lets memory end at each allocation of `operation` in turn.
+void exhaust(const char* name, const std::function<Outcome()>& operation)
+{
+    SCOPED_TRACE(name);
+    const CapturedLog log;
+    const Outcome whole = operation();
+    EXPECT_TRUE(whole.amount > 0 && !whole.isError);
+    for (const bool isForGood : {false, true}) {
+        hasEnded = true;
+        for (long allocations = 0; hasEnded && !testing::Test::HasFailure(); ++allocations) {
+            Outcome now;
+            hasEnded = false;
+            endsForGood = isForGood;
+            allowedAllocations = allocations;
+            EXPECT_NO_THROW(now = operation());
+            allowedAllocations = -1;
+            EXPECT_TRUE(now.amount == whole.amount || (now.amount == 0 && now.isError));
+            EXPECT_TRUE(hasEnded || !now.isError);
+            EXPECT_FALSE(testing::Test::HasFailure())
+                << allocations << " allocations, for good: " << isForGood;
+        }
     }
-    for (const DiscForm form : {DiscForm::Directory, DiscForm::Udf}) {
-        cases += exhaustScan(testsupport::sampleBluray().write(form, m_blurays));
+}
+
+TEST(Exhaustion, OfAnyOperationIsAnErrorOrAWholeResult)
+{
+    ScriptedServer server;
+    const ScopedEnvironment address("PLATTERSCOPE_SERVICE_URL", server.url());
+    for (const std::string kind : {"/api/tessera/dvd/", "/api/tessera/bluray/"}) {
+        server.playFor(kind + "find/", {.body = "{}"});
+        server.playFor(kind + "add/", {.body = "23"});
     }
-    EXPECT_GT(cases, 1000U);
-    testsupport::recordFault(
-        "Memory: it ends at the first allocation, the second, and so on, once or for good",
-        "a scan ends in an error or in a whole result", 8);
+    server.playFor("/api/tessera/dvd/configurations/get/",
+                   {.body = R"([{"UID": 5, "Data": "{\"paths\": [\"a\"], \"titles\": [{\"id\": 1}]}"}])"});
+    server.playFor("/api/tessera/user/", {.body = R"({"UID": 17, "Username": "ada"})"});
+    const TemporaryFolder dvds;
+    const TemporaryFolder blurays;
+    const std::string dvdPath = sampleDvd().write(DiscForm::Directory, dvds);
+    const std::string blurayPath = sampleBluray().write(DiscForm::Directory, blurays);
+
+    exhaust("the DVD reader", [&] {
+        dvdmeta::DvdDisc disc;
+        const int status = dvdmeta::readDvdDisc(dvdPath.c_str(), &disc, nullptr, 0);
+        return Outcome{disc.titles.size(), status != 0};
+    });
+    exhaust("the Blu-ray reader", [&] {
+        bdmeta::BlurayDisc disc;
+        const int status = bdmeta::readBlurayDisc(blurayPath.c_str(), &disc, nullptr, 0);
+        return Outcome{disc.playlists.size(), status != 0};
+    });
+
+    DiscScanner scanner;
+    scanner.setApiKey(QStringLiteral("the-key"));
+    const auto outcome = [](const DiscScanResult& result) {
+        EXPECT_EQ(result.errorMessage.isEmpty(), result.ok == 1);
+        const qsizetype amount = result.dvdTitles.size() + result.blurayTitles.size() +
+                                 result.dvdPackage.size() + result.blurayPackage.size();
+        EXPECT_EQ(amount > 0, result.discType != DiscType::None);
+        return Outcome{static_cast<std::size_t>(amount), result.ok == 0};
+    };
+    for (const std::string& path : {dvdPath, sampleDvd().write(DiscForm::Iso, dvds), blurayPath,
+                                    sampleBluray().write(DiscForm::Udf, blurays)}) {
+        const QString disc = QString::fromStdString(path);
+        exhaust(path.c_str(), [&] { return outcome(scanner.scan(disc, true)); });
+    }
+    DiscScanResult known;
+    known.discType = DiscType::Dvd;
+    known.discId = 17;
+    known.inDatabase = true;
+    known.dvdTitles.resize(2);
+    exhaust("a refresh", [&] {
+        const DiscScanResult result = scanner.refreshConfigurations(known);
+        EXPECT_EQ(result.configurations.size(), result.ok);
+        return outcome(result);
+    });
+    exhaust("an authentication", [&] {
+        const service::AuthenticationOutcome user = scanner.authenticate();
+        EXPECT_EQ(user.errorText.isEmpty(), user.ok);
+        return Outcome{static_cast<std::size_t>(user.user.uid), !user.ok};
+    });
+    EXPECT_GT(failures, 1000);
 }
 
-TEST_F(Exhaustion, OfTheReadersLeavesNothingHalfRead)
-{
-    const std::string dvdPath = testsupport::sampleDvd().write(DiscForm::Directory, m_dvds);
-    const std::string blurayPath = testsupport::sampleBluray().write(DiscForm::Directory, m_blurays);
-    std::array<char, 256> error = {};
-    int status = 0;
-
-    dvdmeta::DvdDisc dvd;
-    std::size_t cases = exhaust(
-        [&] {
-            dvd = {};
-            error = {};
-            status = dvdmeta::readDvdDisc(dvdPath.c_str(), &dvd, error.data(), error.size());
-        },
-        [&](bool isOut) {
-            EXPECT_TRUE(isOut || status == 0);
-            EXPECT_TRUE(status != 0 || error[0] == '\0');
-            EXPECT_EQ(dvd.titles.size(), status == 0 ? 2U : 0U);
-        });
-
-    bdmeta::BlurayDisc bluray;
-    cases += exhaust(
-        [&] {
-            bluray = {};
-            error = {};
-            status = bdmeta::readBlurayDisc(blurayPath.c_str(), &bluray, error.data(), error.size());
-        },
-        [&](bool isOut) {
-            EXPECT_TRUE(isOut || status == 0);
-            EXPECT_TRUE(status != 0 || error[0] == '\0');
-            EXPECT_EQ(bluray.playlists.size(), status == 0 ? 3U : 0U);
-        });
-    EXPECT_GT(cases, 500U);
-    testsupport::recordFault(
-        "Memory: it ends at the first allocation, the second, and so on, once or for good",
-        "a reader fails, or has read the whole disc", 4);
-}
-
-TEST_F(Exhaustion, OfAnAuthenticationOrARefreshIsAnErrorOrAWholeResult)
-{
-    const testsupport::CapturedLog log;
-    service::AuthenticationOutcome user;
-    std::size_t cases = exhaust([&] { user = m_scanner.authenticate(); },
-                                [&](bool isOut) {
-                                    EXPECT_TRUE(isOut || user.ok);
-                                    EXPECT_EQ(user.errorText.isEmpty(), user.ok);
-                                    EXPECT_EQ(user.user.uid, user.ok ? 17 : 0);
-                                });
-
-    DiscScanResult previous;
-    previous.ok = 1;
-    previous.discType = DiscType::Dvd;
-    previous.discId = 17;
-    previous.inDatabase = true;
-    previous.dvdTitles.resize(2);
-    DiscScanResult result;
-    cases += exhaust([&] { result = m_scanner.refreshConfigurations(previous); },
-                     [&](bool isOut) {
-                         EXPECT_TRUE(isOut || result.ok == 1);
-                         EXPECT_EQ(result.errorMessage.isEmpty(), result.ok == 1);
-                         EXPECT_EQ(result.configurations.size(), result.ok);
-                         EXPECT_EQ(result.dvdTitles.size(), 2);
-                     });
-    EXPECT_GT(cases, 10U);
-    testsupport::recordFault(
-        "Memory: it ends at the first allocation, the second, and so on, once or for good",
-        "a request ends in an error or in a whole result", 4);
-}
+}  // namespace
