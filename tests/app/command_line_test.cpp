@@ -4,76 +4,53 @@
 
 namespace {
 
-using Mode = CommandLine::Mode;
-
-CommandLine parse(const QStringList& arguments)
+// What the line asks for: the mode, and then the disc and its place among the arguments, or the problem.
+std::string described(const CommandLine& line)
 {
-    return parseCommandLine(arguments);
+    constexpr const char* kModes[] = {"window", "text", "json", "help", "version", "wrong"};
+    const std::string mode = kModes[static_cast<int>(line.mode)];
+    if (!line.problem.isEmpty()) { return mode + ": " + line.problem.toStdString(); }
+    if (line.discIndex < 0) { return mode + line.disc.toStdString(); }
+    return mode + " '" + line.disc.toStdString() + "' " + std::to_string(line.discIndex);
 }
 
-TEST(CommandLine, OneArgumentIsTheDiscToOpen)
+TEST(CommandLine, AsksForAWindowAReportOrAText)
 {
-    EXPECT_EQ(parse({}).mode, Mode::Window);
-    EXPECT_TRUE(parse({}).disc.isEmpty());
-    EXPECT_EQ(parse({QStringLiteral("/discs/a b")}).disc, QStringLiteral("/discs/a b"));
-    EXPECT_EQ(parse({QStringLiteral("--"), QStringLiteral("--help")}).disc, QStringLiteral("--help"));
-    EXPECT_EQ(parse({QStringLiteral("-")}).disc, QStringLiteral("-"));
-    EXPECT_EQ(parse({QStringLiteral("a"), QStringLiteral("b")}).mode, Mode::Wrong);
-}
-
-TEST(CommandLine, TheToolkitsOptionsPassWithTheirValues)
-{
-    const CommandLine line =
-        parse({QStringLiteral("-platform"), QStringLiteral("offscreen"), QStringLiteral("--style=fusion"),
-               QStringLiteral("-reverse"), QStringLiteral("disc.iso")});
-    EXPECT_EQ(line.mode, Mode::Window);
-    EXPECT_EQ(line.disc, QStringLiteral("disc.iso"));
-    EXPECT_EQ(parse({QStringLiteral("-platform")}).mode, Mode::Wrong) << "its value is missing";
-    EXPECT_EQ(parse({QStringLiteral("-platformx")}).mode, Mode::Wrong);
-    EXPECT_EQ(parse({QStringLiteral("--no-such-option")}).mode, Mode::Wrong);
-}
-
-TEST(CommandLine, HelpAndVersionWinOverWhatFollows)
-{
-    EXPECT_EQ(parse({QStringLiteral("--help"), QStringLiteral("--bad")}).mode, Mode::Help);
-    EXPECT_EQ(parse({QStringLiteral("disc"), QStringLiteral("--version")}).mode, Mode::Version);
-}
-
-TEST(CommandLine, AReportHasAFormatAndOneDiscInAnyOrder)
-{
-    const QString report = QStringLiteral("--report");
-    const QString disc = QStringLiteral("disc");
-    const CommandLine behind = parse({report, QStringLiteral("text"), disc});
-    EXPECT_EQ(behind.mode, Mode::TextReport);
-    EXPECT_EQ(behind.disc, disc);
-    EXPECT_EQ(behind.discIndex, 2);
-    const CommandLine before = parse({disc, QStringLiteral("--report=json")});
-    EXPECT_EQ(before.mode, Mode::JsonReport);
-    EXPECT_EQ(before.discIndex, 0);
-    EXPECT_EQ(parse({report, QStringLiteral("json"), QStringLiteral("--"), report}).discIndex, 3);
-    EXPECT_EQ(parse({disc}).discIndex, 0);
-    EXPECT_EQ(parse({}).discIndex, -1);
-}
-
-TEST(CommandLine, AReportThatLacksSomethingIsWrong)
-{
-    const auto problem = [](const QString& arguments) {
-        const CommandLine line = parse(arguments.split(QLatin1Char(' ')));
-        EXPECT_EQ(line.mode, Mode::Wrong) << arguments.toStdString();
-        return line.problem;
+    constexpr char kNoFormat[] = "wrong: Option '--report' needs a format: text or json.";
+    constexpr char kTwoReports[] = "wrong: Option '--report' can be given only once.";
+    const struct {
+        const char* arguments;  // with a comma between two
+        const char* expected;
+    } rows[] = {
+        {"/discs/a b", "window '/discs/a b' 0"},
+        {"--,--help", "window '--help' 1"},
+        {"-", "window '-' 0"},
+        {"a,b", "wrong: Only one disc can be opened; 'b' is one too many."},
+        {"-platform,offscreen,--style=fusion,-reverse,--sync,disc.iso", "window 'disc.iso' 5"},
+        {"-platform", "wrong: Option '-platform' needs a value."},
+        {"--title,x", "window"},
+        {"-platformx", "wrong: Unknown option '-platformx'."},
+        {"-h,--bad", "help"},
+        {"disc,--help", "help"},
+        {"-v", "version"},
+        {"disc,--version", "version"},
+        {"--report,text,disc", "text 'disc' 2"},
+        {"disc,--report=json", "json 'disc' 0"},
+        {"--report,json,--,--report", "json '--report' 3"},
+        {"--report,text", "wrong: A report needs a disc."},
+        {"--report", kNoFormat},
+        {"disc,--report", kNoFormat},
+        {"--report=,disc", kNoFormat},
+        {"--report,xml,disc", "wrong: Unknown report format 'xml'; there are text and json."},
+        {"--report=text,disc,--report,json", kTwoReports},
+        {"--report=json,disc,--report,json", kTwoReports},
+        {"-report,text,disc", "wrong: Unknown option '-report'."},
     };
-    EXPECT_EQ(problem(QStringLiteral("--report text")), QStringLiteral("A report needs a disc."));
-    for (const char* noFormat : {"--report", "disc --report", "--report= disc"}) {
-        EXPECT_EQ(problem(QString::fromLatin1(noFormat)),
-                  QStringLiteral("Option '--report' needs a format: text or json."));
+    for (const auto& row : rows) {
+        const QStringList arguments = QString::fromUtf8(row.arguments).split(QLatin1Char(','));
+        EXPECT_EQ(described(parseCommandLine(arguments)), row.expected) << row.arguments;
     }
-    EXPECT_EQ(problem(QStringLiteral("--report xml disc")),
-              QStringLiteral("Unknown report format 'xml'; there are text and json."));
-    EXPECT_EQ(problem(QStringLiteral("--report=text a b")),
-              QStringLiteral("Only one disc can be opened; 'b' is one too many."));
-    EXPECT_EQ(problem(QStringLiteral("--report=text disc --report json")),
-              QStringLiteral("Option '--report' can be given only once."));
-    EXPECT_EQ(problem(QStringLiteral("-report text disc")), QStringLiteral("Unknown option '-report'."));
+    EXPECT_EQ(described(parseCommandLine({})), "window");
 }
 
 }  // namespace

@@ -87,7 +87,9 @@ std::string withShortStreams(const QByteArray& json)
 TEST(Reports, OfOddDiscs)
 {
     const TemporaryFolder folder;
-    const QString path = u"/\u009B\u007F\n\r\u061C\u202E\u2066\u200B\U000E0001\u00E9"_s;
+    const QString path =
+        u"/~\u007F\u0080\u009B\u00A0\u00E9\b\t\n\r\u061C\u2028\u202E\u2066\u200B\U000E0001\U0001F002"_s +
+        QChar(u'\0') + QChar(0xD83C) + u'b' + QChar(0xDC02);
     for (const std::string kind : {"bluray", "dvd"}) {
         const std::string image = kind == "dvd" ? writeImage(oddDvd(), folder, "FIL\xC9 2")
                                                 : writeImage(oddBluray(), folder, "A\x1b]0;\a\nB\xC9");
