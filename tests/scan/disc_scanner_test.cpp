@@ -120,6 +120,17 @@ TEST_F(DiscScans, RefuseWhatCannotBeReadOrPackaged)
     for (const char* name : {"00000", "00800", "00801"}) {
         noPlaylists.remove(std::string("BDMV/PLAYLIST/") + name + ".mpls");
     }
+    MplsSpec crowded;
+    crowded.playItems.assign(20, PlayItemSpec());
+    for (std::uint16_t pid = 0; pid < 5000; ++pid) {
+        crowded.playItems[pid / 250U].stn.primaryAudio.push_back(
+            {.pid = pid, .attributes = audioAttributes("")});
+    }
+    const Bytes crowd = crowded.build();
+    DiscTree tooMuch = bluray;
+    for (int name = 10'000; name < 10'050; ++name) {
+        tooMuch.add("BDMV/PLAYLIST/" + std::to_string(name) + ".mpls", crowd);
+    }
     VmgSpec noTitles;
     noTitles.titles.clear();
     VmgSpec farTitle;  // in a title set beyond the last that a disc can have
@@ -132,6 +143,7 @@ TEST_F(DiscScans, RefuseWhatCannotBeReadOrPackaged)
         {"a DVD without titles", DiscTree().add("VIDEO_TS/VIDEO_TS.IFO", noTitles.build())},
         {"a DVD without title sets", DiscTree(noSets).add("VIDEO_TS/VIDEO_TS.IFO", farTitle.build())},
         {"a Blu-ray without playlists", noPlaylists},
+        {"too many streams", tooMuch},
         {"a short playlist name", DiscTree(bluray).add("BDMV/PLAYLIST/1.mpls", MplsSpec().build())},
         {"a broken playlist", DiscTree(bluray).add("BDMV/PLAYLIST/00800.mpls", {'M', 'P', 'L', 'S'})},
     };
