@@ -1,59 +1,46 @@
 #include "bdmeta/bluray_disc.h"
-#include "tests/support/clpi_spec.h"
-#include "tests/support/disc_tree.h"
-#include "tests/support/mpls_spec.h"
+#include "tests/support/sample_bluray.h"
 
 #include <gtest/gtest.h>
 
 #include <iterator>
 
-using testsupport::appendBe;
 using testsupport::Bytes;
 using testsupport::DiscForm;
 using testsupport::DiscTree;
+using testsupport::patched;
 namespace fs = std::filesystem;
 
 namespace {
 
 const Bytes kMpls = testsupport::MplsSpec().build();
-const Bytes kClpi = testsupport::ClpiSpec{.numberOfSourcePackets = 42}.build();
-
-Bytes indexFile(std::size_t sizeBytes = 70, std::uint32_t address = 40)
-{
-    Bytes index(70);
-    testsupport::putText(index, 0, "INDX0300");
-    testsupport::putBe(index, 8, address, 4);
-    testsupport::putBe(index, 68, 0x1234, 2);
-    index.resize(sizeBytes);
-    return index;
-}
-
-Bytes idFile(std::size_t sizeBytes = 60)
-{
-    Bytes id(40);
-    testsupport::putText(id, 0, "BDID");
-    appendBe(id, {{0x0123ABCD, 4}, {0x0F1E2D3C4B5A6978, 8}, {0x8796A5B4C3D2E1F0, 8}});
-    id.resize(sizeBytes);
-    return id;
-}
+const Bytes kClpi = testsupport::ClpiSpec().build();
 
 DiscTree smallDisc()
 {
-    return DiscTree()
-        .add("BDMV/index.bdmv", indexFile())
-        .add("BDMV/PLAYLIST/00010.mpls", kMpls)
-        .add("BDMV/PLAYLIST/00002.MPLS", kMpls)
-        .add("BDMV/CLIPINF/00003.clpi", kClpi)
-        .add("BDMV/CLIPINF/00001.clpi", kClpi)
-        .add("BDMV/STREAM/00001.m2ts", Bytes(6144))
-        .add("CERTIFICATE/id.bdmv", idFile());
+    DiscTree disc = testsupport::sampleBluray().add("BDMV/PLAYLIST/00002.MPLS", kMpls);
+    for (const char* clip : {"00001", "00002"}) {
+        disc.add(std::string("BDMV/STREAM/") + clip + ".m2ts", Bytes(6144));
+    }
+    return disc.remove("BDMV/STREAM/00003.m2ts");
 }
 
-const std::string kIndex = "0300 4660 ";
-const std::string kId = "0123ABCD 0F1E2D3C4B5A69788796A5B4C3D2E1F0 ";
-const std::string kFiles = "00002 00010 00001=6144 00003=0 ";
+// A file of the small disc, cut or filled up with zeros.
+Bytes fileOf(const std::string& path, std::size_t sizeBytes)
+{
+    const DiscTree disc = smallDisc();
+    Bytes bytes = std::ranges::find(disc.files(), path, &testsupport::TreeFile::path)->bytes;
+    bytes.resize(sizeBytes);
+    return bytes;
+}
 
-// What reading gives: index, identity, playlists, clips with the sizes of their stream files; or the message.
+const std::string kIndex = "0200 2 ";
+const std::string kId = "0000ABCD 000102030405060708090A0B0C0D0E0F ";
+const std::string kFiles =
+    "00000:162 00002:144 00800:394 00801:394& 00001:196=6144 00002:196=6144 00003:160=0 ";
+
+// What reading gives: index, identity, playlists and clips with their sizes, "&" behind a playlist that shares the
+// stream table of the one before, sizes of stream files; or the message.
 std::string textOf(const std::string& path)
 {
     bdmeta::BlurayDisc disc;
@@ -62,18 +49,18 @@ std::string textOf(const std::string& path)
     std::array<char, 256> message = {'?'};
     const int code = bdmeta::readBlurayDisc(path.c_str(), &disc, message.data(), message.size());
     EXPECT_EQ(code, *message.data() == '\0' ? 0 : -1);
-    std::string text =
-        disc.indexVersion[0] == 0 ? "" : std::string(disc.indexVersion.begin(), disc.indexVersion.end());
-    if (!text.empty()) { text += ' ' + std::to_string(disc.titleCount) + ' '; }
+    std::string text(disc.indexVersion.begin(), disc.indexVersion.end());
+    text = text[0] == '\0' ? "" : text + ' ' + std::to_string(disc.titleCount) + ' ';
     if (!disc.discId.empty()) { text += disc.organizationId + ' ' + disc.discId + ' '; }
+    bdmeta::StreamTable former;
     for (const bdmeta::BlurayPlaylist& playlist : disc.playlists) {
-        text += std::string(playlist.name.view()) + (playlist.rawData == kMpls ? " " : "? ");
-        // A disc of decoys repeats one stream table in all its playlists.
-        EXPECT_EQ(playlist.playItems.at(0).streams, disc.playlists[0].playItems.at(0).streams);
+        const bdmeta::StreamTable& table = playlist.playItems.at(0).streams;
+        text += std::string(playlist.name.view()) + ':' + std::to_string(playlist.rawData.size()) +
+                (table == former ? "& " : " ");
+        former = table;
     }
     for (const bdmeta::BlurayClip& clip : disc.clips) {
-        text += std::string(clip.name.view()) +
-                (clip.rawData == kClpi && clip.sourcePacketCount == 42 ? "=" : "?") +
+        text += std::string(clip.name.view()) + ':' + std::to_string(clip.rawData.size()) + '=' +
                 std::to_string(clip.streamFileSize) + ' ';
     }
     return text + disc.volumeId + message.data();
@@ -94,26 +81,27 @@ TEST(BlurayDisc, InEveryForm)
         {smallDisc().remove("BDMV/index.bdmv"), kId + kFiles},
         {smallDisc().remove("CERTIFICATE/id.bdmv"), kIndex + kFiles},
         {with("BDMV/index.bdmv", Bytes(100)), kId + kFiles},
-        {with("BDMV/index.bdmv", indexFile(69)), "0300 0 " + kId + kFiles},
-        {with("BDMV/index.bdmv", indexFile(70, UINT32_MAX)), "0300 0 " + kId + kFiles},
-        {with("BDMV/index.bdmv", indexFile(16)), "0300 0 " + kId + kFiles},
-        {with("BDMV/index.bdmv", indexFile(15)), kId + kFiles},
+        {with("BDMV/index.bdmv", fileOf("BDMV/index.bdmv", 69)), "0200 0 " + kId + kFiles},
+        {with("BDMV/index.bdmv", patched(fileOf("BDMV/index.bdmv", 70), {{8, 4, UINT32_MAX}})),
+         "0200 0 " + kId + kFiles},
+        {with("BDMV/index.bdmv", fileOf("BDMV/index.bdmv", 16)), "0200 0 " + kId + kFiles},
+        {with("BDMV/index.bdmv", fileOf("BDMV/index.bdmv", 15)), kId + kFiles},
         {with("CERTIFICATE/id.bdmv", Bytes(60)), kIndex + kFiles},
-        {with("CERTIFICATE/id.bdmv", idFile(59)), kIndex + kFiles},
+        {with("CERTIFICATE/id.bdmv", fileOf("CERTIFICATE/id.bdmv", 59)), kIndex + kFiles},
         {DiscTree().add("BDMV/CLIPINF/00001.clpi", kClpi), noDirectory},
         {playlistAlone, noDirectory},
-        {DiscTree(playlistAlone).add("BDMV/CLIPINF/readme.txt", {}), "00001 "},
+        {DiscTree(playlistAlone).add("BDMV/CLIPINF/readme.txt", {}), "00001:144 "},
         {with("BDMV/PLAYLIST/00003.mpls", {}), badPlaylist + "00003.mpls'"},
         {with("BDMV/CLIPINF/00003.clpi", Bytes(100)), badClip + "00003.clpi'"},
         // Playlists come first, in the order of their names.
-        {with("BDMV/CLIPINF/1.clpi", {}).add("BDMV/PLAYLIST/4.mpls", {}).add("BDMV/PLAYLIST/3.mpls", {}),
+        {with("BDMV/CLIPINF/0.clpi", {}).add("BDMV/PLAYLIST/4.mpls", {}).add("BDMV/PLAYLIST/3.mpls", {}),
          badPlaylist + "3.mpls'"},
         // A name is cut in the record; one too long for a path also there.
         {DiscTree(playlistAlone)
              .add("BDMV/CLIPINF/0000777.clpi", kClpi)
              .add("BDMV/STREAM/0000777.m2ts", Bytes(77))
              .add("BDMV/STREAM/00007.m2ts", Bytes(7)),
-         "00001 00007=77 "},
+         "00001:144 00007:108=77 "},
         {with("BDMV/PLAYLIST/" + longName + ".mpls", kMpls), badPlaylist + longName.substr(21) + "'"},
         {with("BDMV/CLIPINF/" + longName + ".clpi", kClpi), badClip + longName.substr(20) + "'"},
     };
@@ -145,7 +133,8 @@ TEST(BlurayDisc, NamesWithNulsAndSeparators)
             std::fstream(path).seekp(static_cast<std::streamoff>(bytes.find(name) + at)).put(byte);
         };
         patch("00003.mplsX", '\0', 10);
-        EXPECT_EQ(textOf(path).substr(0, 74), kIndex + kId + "00002 00003 00010 A_B ");
+        EXPECT_NE(textOf(path).find(" 00002:144 00003:144& 00800:394 00801:394& A_B:144 "),
+                  std::string::npos);
         patch("A_B.mpls", '/', 1);
         EXPECT_EQ(textOf(path), "cannot parse playlist 'BDMV/PLAYLIST/A/B.mpls'");
     }
@@ -157,7 +146,7 @@ TEST(BlurayDisc, FilesThatCannotBeRead)
     EXPECT_EQ(textOf(folder / "none"), "cannot stat '" + folder / "none" + "': No such file or directory");
     EXPECT_EQ(textOf(folder.path()), "'" + folder.path().string() + "' has no BDMV directory");
     // A sparse file claims any size at no cost. No file is to blame, and none counts as missing.
-    for (const char* file : {"/BDMV/index.bdmv", "/BDMV/PLAYLIST/00010.mpls", "/BDMV/CLIPINF/00003.clpi"}) {
+    for (const char* file : {"/BDMV/index.bdmv", "/BDMV/PLAYLIST/00800.mpls", "/BDMV/CLIPINF/00003.clpi"}) {
         const testsupport::TemporaryFolder other;
         const std::string large = smallDisc().write(DiscForm::Directory, other);
         fs::resize_file(large + file, 512ULL << 20U);  // and the other files

@@ -13,6 +13,7 @@ using testsupport::Bytes;
 using testsupport::ClpiSpec;
 using testsupport::goldenDifference;
 using testsupport::MplsSpec;
+using testsupport::patched;
 using testsupport::StnStreamSpec;
 using testsupport::StnTableSpec;
 
@@ -30,13 +31,6 @@ void expectGolden(const std::string& golden, const Files& files, Parse parse, Te
         text += name + ": " + (record ? textOf(*record) : "malformed") + '\n';
     }
     EXPECT_EQ(goldenDifference(text, "bdmeta/golden/" + golden), "");
-}
-
-// The bytes with another number in them.
-Bytes with(Bytes bytes, std::size_t offset, std::uint64_t value, std::size_t width)
-{
-    testsupport::putBe(bytes, offset, value, width);
-    return bytes;
 }
 
 Bytes resized(Bytes bytes, std::size_t size)
@@ -124,7 +118,7 @@ StnTableSpec fullTable()
 // A table of one primary video stream.
 Bytes tableOf(const Bytes& entry, const Bytes& attributes = {27})
 {
-    Bytes table = with(with(Bytes(16), 0, 14, 2), 4, 1, 1);
+    Bytes table = patched(Bytes(16), {{0, 2, 14}, {4, 1, 1}});
     for (const Bytes& counted : {entry, attributes}) {
         table.push_back(static_cast<std::uint8_t>(counted.size()));
         append(table, counted);
@@ -142,14 +136,14 @@ TEST(Streams, OfATable)
     }
     const Files tables = {{"every group", full},
                           {"255 of every group", most.build()},
-                          {"entries beyond the declared length", with(full, 0, 14, 2)},
+                          {"entries beyond the declared length", patched(full, {{0, 2, 14}})},
                           {"the last byte missing", resized(full, full.size() - 1)},
                           {"no entries", empty},
-                          {"length less than the header's", with(empty, 0, 13, 2)},
-                          {"length 0", with(empty, 0, 0, 2)},
+                          {"length less than the header's", patched(empty, {{0, 2, 13}})},
+                          {"length 0", patched(empty, {{0, 2, 0}})},
                           {"header cut", resized(empty, 15)},
-                          {"length to the end", with(resized(empty, 20), 0, 18, 2)},
-                          {"length beyond the end", with(resized(empty, 20), 0, 19, 2)},
+                          {"length to the end", patched(resized(empty, 20), {{0, 2, 18}})},
+                          {"length beyond the end", patched(resized(empty, 20), {{0, 2, 19}})},
                           {"type 1", tableOf({1, 0x1A, 0x0B})},
                           {"type 1 cut", tableOf({1, 0x1A})},
                           {"type 2", tableOf({2, 9, 9, 0x1A, 0x0B})},
@@ -174,7 +168,7 @@ TEST(Streams, OfATable)
 
 TEST(Streams, EqualTablesAreShared)
 {
-    Bytes bytes = with(fullTable().build(), 0, 14, 2);
+    Bytes bytes = patched(fullTable().build(), {{0, 2, 14}});
     discio::ReadBudget budget;
     bdmeta::StreamTables tables(budget);
     const auto first = tables.read(bytes);
@@ -190,7 +184,7 @@ TEST(Streams, EqualTablesAreShared)
         ASSERT_EQ(other ? describe(*other) : "none", alone ? describe(alone->streams) : "none") << i;
     }
     // The declared length is held against the end of each file.
-    const Bytes longer = resized(with(tableOf({1, 2, 3}), 0, 60, 2), 62);
+    const Bytes longer = resized(patched(tableOf({1, 2, 3}), {{0, 2, 60}}), 62);
     EXPECT_TRUE(tables.read(longer));
     EXPECT_FALSE(tables.read(resized(longer, 61)));
 }
@@ -254,18 +248,19 @@ Bytes ofTimes(std::uint32_t inTime, std::uint32_t outTime)
 Bytes withInserted(Bytes playlist, std::size_t offset, const Bytes& content)
 {
     playlist.insert(playlist.begin() + static_cast<std::ptrdiff_t>(offset), content.begin(), content.end());
-    return with(playlist, 12, be32(playlist, 12) + content.size(), 4);
+    return patched(playlist, {{12, 4, be32(playlist, 12) + content.size()}});
 }
 
 // With a number of angles, but no angle beyond the item's own.
 Bytes ofOneAngle(std::uint8_t number, std::uint16_t itemLength)
 {
-    return with(with(withInserted(kPlain, kTable, {number, 0}), kItem, itemLength, 2), kItem + 12, 0x11, 1);
+    return patched(withInserted(kPlain, kTable, {number, 0}),
+                   {{kItem, 2, itemLength}, {kItem + 12, 1, 0x11}});
 }
 
 Bytes withAppInfo(std::size_t length, std::uint8_t flags)
 {
-    return with(with(with(kPlain, 40, length, 4), 45, 3, 1), 56, flags, 1);
+    return patched(kPlain, {{40, 4, length}, {45, 1, 3}, {56, 1, flags}});
 }
 
 TEST(Playlists, WholeAndLying)
@@ -275,35 +270,37 @@ TEST(Playlists, WholeAndLying)
     const Bytes two = MplsSpec{.playItems = {{}, {.clipName = "00008"}}}.build();
     const Bytes angles = MplsSpec{.playItems = {{.furtherAngles = {{}, {}}}}}.build();
     const std::vector<testsupport::AngleSpec> most(254, {.clipName = "00002"});
-    const Bytes smallest = with(with(with(Bytes(58), 0, 0x4D504C53, 4), 8, 48, 4), 12, 52, 4);
+    const Bytes smallest = patched(Bytes(58), {{0, 4, 0x4D504C53}, {8, 4, 48}, {12, 4, 52}});
     const Files playlists = {
         {"rich", richPlaylist().build()},
         {"plain", kPlain},
-        {"magic in other letters", with(kPlain, 3, 's', 1)},
-        {"a list of less than its header", with(kPlain, 8, size - 9, 4)},
-        {"a list far out", with(kPlain, 8, UINT32_MAX, 4)},
-        {"marks of less than their header", with(kPlain, 12, size - 5, 4)},
-        {"marks far out", with(kPlain, 12, UINT32_MAX, 4)},
-        {"empty lists at the very end", with(with(resized(kPlain, size + 10), 8, size, 4), 12, size + 4, 4)},
+        {"magic in other letters", patched(kPlain, {{3, 1, 's'}})},
+        {"a list of less than its header", patched(kPlain, {{8, 4, size - 9}})},
+        {"a list far out", patched(kPlain, {{8, 4, UINT32_MAX}})},
+        {"marks of less than their header", patched(kPlain, {{12, 4, size - 5}})},
+        {"marks far out", patched(kPlain, {{12, 4, UINT32_MAX}})},
+        {"empty lists at the very end",
+         patched(resized(kPlain, size + 10), {{8, 4, size}, {12, 4, size + 4}})},
         {"58 bytes", smallest},
-        {"57 bytes", resized(with(with(smallest, 8, 47, 4), 12, 51, 4), 57)},
-        {"more items", with(kPlain, kItem - 4, 2, 2)},
-        {"fewer items", with(two, kItem - 4, 1, 2)},
-        {"more marks", with(kPlain, marks + 4, 2, 2)},
-        {"fewer marks", with(kPlain, marks + 4, 0, 2)},
-        {"item of less than its fields", with(kPlain, kItem, 31, 2)},
-        {"item of its fields", with(kPlain, kItem, 32, 2)},
-        {"item to the end", with(kPlain, kItem, size - kItem - 2, 2)},
-        {"item beyond the end", with(kPlain, kItem, size - kItem - 1, 2)},
-        {"second item in the first's table", with(two, kItem, 32, 2)},
-        {"second item as the first's stream", with(two, kTable + 4, 1, 1)},
-        {"second item behind a gap", with(withInserted(two, kTable + 16, Bytes(12, 0xEE)), kItem, 60, 2)},
-        {"table reaching into the marks", with(with(kPlain, kTable, 14, 2), 12, kTable + 16, 4)},
+        {"57 bytes", resized(patched(smallest, {{8, 4, 47}, {12, 4, 51}}), 57)},
+        {"more items", patched(kPlain, {{kItem - 4, 2, 2}})},
+        {"fewer items", patched(two, {{kItem - 4, 2, 1}})},
+        {"more marks", patched(kPlain, {{marks + 4, 2, 2}})},
+        {"fewer marks", patched(kPlain, {{marks + 4, 2, 0}})},
+        {"item of less than its fields", patched(kPlain, {{kItem, 2, 31}})},
+        {"item of its fields", patched(kPlain, {{kItem, 2, 32}})},
+        {"item to the end", patched(kPlain, {{kItem, 2, size - kItem - 2}})},
+        {"item beyond the end", patched(kPlain, {{kItem, 2, size - kItem - 1}})},
+        {"second item in the first's table", patched(two, {{kItem, 2, 32}})},
+        {"second item as the first's stream", patched(two, {{kTable + 4, 1, 1}})},
+        {"second item behind a gap",
+         patched(withInserted(two, kTable + 16, Bytes(12, 0xEE)), {{kItem, 2, 60}})},
+        {"table reaching into the marks", patched(kPlain, {{kTable, 2, 14}, {12, 4, kTable + 16}})},
         {"angle number 0", ofOneAngle(0, 34)},
         {"angle number 1", ofOneAngle(1, 34)},
         {"angle number cut", ofOneAngle(1, 33)},
-        {"angles to the item's end", with(angles, kItem, 34 + 20, 2)},
-        {"angles cut", with(angles, kItem, 34 + 19, 2)},
+        {"angles to the item's end", patched(angles, {{kItem, 2, 34 + 20}})},
+        {"angles cut", patched(angles, {{kItem, 2, 34 + 19}})},
         {"AppInfo of 16 bytes", withAppInfo(16, 0xFF)},
         {"AppInfo of 17 bytes", withAppInfo(17, 0xA0)},
         {"AppInfo to the end", withAppInfo(size - 44, 0x40)},
@@ -350,31 +347,31 @@ TEST(Clips, WholeAndLying)
     const std::size_t second = programs + 6 + 8 + 3 + 4 + 3 + 5;  // program
     const std::size_t toEnd = rich.size() - 4;
     const Bytes empty = ClpiSpec{.atcSequences = {}, .programs = {}}.build();
-    const Bytes smallest = with(with(with(Bytes(60), 0, 0x48444D56, 4), 12, 54, 4), 54, 2, 4);
+    const Bytes smallest = patched(Bytes(60), {{0, 4, 0x48444D56}, {12, 4, 54}, {54, 4, 2}});
     const Files clips = {
         {"rich", rich},
-        {"another magic", with(rich, 3, 'v', 1)},
+        {"another magic", patched(rich, {{3, 1, 'v'}})},
         {"60 bytes", smallest},
-        {"59 bytes", resized(with(with(smallest, 12, 53, 4), 53, 2, 4), 59)},
+        {"59 bytes", resized(patched(smallest, {{12, 4, 53}, {53, 4, 2}}), 59)},
         {"no programs", empty},
-        {"not even a number of programs", with(empty, be32(empty, 12), 1, 4)},
-        {"ProgramInfo nowhere", with(rich, 12, 0, 4)},
-        {"ProgramInfo of less than its header", with(rich, 12, rich.size() - 5, 4)},
-        {"ProgramInfo cut", with(rich, programs, length - 1, 4)},
-        {"ProgramInfo to the end", with(rich, programs, toEnd - programs, 4)},
-        {"ProgramInfo beyond the end", with(rich, programs, toEnd - programs + 1, 4)},
-        {"more programs", with(rich, programs + 5, 3, 1)},
-        {"more streams", with(rich, second + 6, 2, 1)},
-        {"stream without attributes", with(rich, second + 10, 0, 1)},
-        {"stream cut", with(rich, second + 10, 6, 1)},
-        {"SequenceInfo nowhere", with(rich, 8, 0, 4)},
-        {"SequenceInfo far out", with(rich, 8, UINT32_MAX, 4)},
-        {"SequenceInfo to the end", with(rich, sequences, toEnd - sequences, 4)},
-        {"SequenceInfo beyond the end", with(rich, sequences, toEnd - sequences + 1, 4)},
-        {"SequenceInfo cut in the first STC sequence", with(rich, sequences, 21, 4)},
-        {"SequenceInfo cut behind it", with(rich, sequences, 22, 4)},
-        {"SequenceInfo cut in the second", with(rich, sequences, 41, 4)},
-        {"SequenceInfo cut behind the second", with(rich, sequences, 42, 4)},
+        {"not even a number of programs", patched(empty, {{be32(empty, 12), 4, 1}})},
+        {"ProgramInfo nowhere", patched(rich, {{12, 4, 0}})},
+        {"ProgramInfo of less than its header", patched(rich, {{12, 4, rich.size() - 5}})},
+        {"ProgramInfo cut", patched(rich, {{programs, 4, length - 1}})},
+        {"ProgramInfo to the end", patched(rich, {{programs, 4, toEnd - programs}})},
+        {"ProgramInfo beyond the end", patched(rich, {{programs, 4, toEnd - programs + 1}})},
+        {"more programs", patched(rich, {{programs + 5, 1, 3}})},
+        {"more streams", patched(rich, {{second + 6, 1, 2}})},
+        {"stream without attributes", patched(rich, {{second + 10, 1, 0}})},
+        {"stream cut", patched(rich, {{second + 10, 1, 6}})},
+        {"SequenceInfo nowhere", patched(rich, {{8, 4, 0}})},
+        {"SequenceInfo far out", patched(rich, {{8, 4, UINT32_MAX}})},
+        {"SequenceInfo to the end", patched(rich, {{sequences, 4, toEnd - sequences}})},
+        {"SequenceInfo beyond the end", patched(rich, {{sequences, 4, toEnd - sequences + 1}})},
+        {"SequenceInfo cut in the first STC sequence", patched(rich, {{sequences, 4, 21}})},
+        {"SequenceInfo cut behind it", patched(rich, {{sequences, 4, 22}})},
+        {"SequenceInfo cut in the second", patched(rich, {{sequences, 4, 41}})},
+        {"SequenceInfo cut behind the second", patched(rich, {{sequences, 4, 42}})},
         {"longest presentation", ofPresentation(0, UINT32_MAX)},
         {"presentation that ends before it starts", ofPresentation(1, 0)},
     };

@@ -32,22 +32,20 @@ std::vector<Lie> blurayLies()
     const Bytes mpls = MplsSpec().build();
     const Bytes clpi = ClpiSpec().build();
     const std::size_t programs = clpi[14] * std::size_t{256} + clpi[15];
-    const auto with = [](Bytes bytes, std::size_t offset, std::uint64_t value, std::size_t width) {
-        testsupport::putBe(bytes, offset, value, width);
-        return bytes;
-    };
     return {
         {"BDMV/index.bdmv", faults::kWithoutIndex, index},
-        {kPlaylist, kBadPlaylist, with(mpls, testsupport::kPlayListStart + 6, UINT16_MAX, 2)},
-        {kPlaylist, kBadPlaylist, with(mpls, mpls[15] + 4U, UINT16_MAX, 2)},
-        {kPlaylist, kBadPlaylist, with(mpls, 8, UINT32_MAX, 4)},
-        {kPlaylist, kBadPlaylist, with(mpls, 12, UINT32_MAX, 4)},
-        {kPlaylist, kBadPlaylist, with(mpls, testsupport::kFirstPlayItem, UINT16_MAX, 2)},
-        {kPlaylist, kBadPlaylist, with(mpls, testsupport::kFirstPlayItem + 34 + 4, 255, 1)},
-        {kClip, kBadClip, with(clpi, programs + 5, 255, 1)},
-        {kClip, kBadClip, with(clpi, 12, UINT32_MAX, 4)},
-        {kClip, kBadClip, with(clpi, programs, UINT32_MAX, 4)},
-        {kClip, kBadClip, with(clpi, programs + 6 + 6, 255, 1)},
+        {kPlaylist, kBadPlaylist,
+         testsupport::patched(mpls, {{testsupport::kPlayListStart + 6, 2, UINT16_MAX}})},
+        {kPlaylist, kBadPlaylist, testsupport::patched(mpls, {{mpls[15] + 4U, 2, UINT16_MAX}})},
+        {kPlaylist, kBadPlaylist, testsupport::patched(mpls, {{8, 4, UINT32_MAX}})},
+        {kPlaylist, kBadPlaylist, testsupport::patched(mpls, {{12, 4, UINT32_MAX}})},
+        {kPlaylist, kBadPlaylist, testsupport::patched(mpls, {{testsupport::kFirstPlayItem, 2, UINT16_MAX}})},
+        {kPlaylist, kBadPlaylist,
+         testsupport::patched(mpls, {{testsupport::kFirstPlayItem + 34 + 4, 1, 255}})},
+        {kClip, kBadClip, testsupport::patched(clpi, {{programs + 5, 1, 255}})},
+        {kClip, kBadClip, testsupport::patched(clpi, {{12, 4, UINT32_MAX}})},
+        {kClip, kBadClip, testsupport::patched(clpi, {{programs, 4, UINT32_MAX}})},
+        {kClip, kBadClip, testsupport::patched(clpi, {{programs + 6 + 6, 1, 255}})},
     };
 }
 

@@ -336,9 +336,8 @@ private:
         for (std::uint32_t i = 0; i < sequence.size(); ++i) {
             putSector(kSequenceSector + i, sequence[i]);
         }
-        Bytes anchor = udfDescriptor(2, 512);
-        putLe(anchor, 16, kSequenceLength * kSector, 4);
-        putLe(anchor, 20, kSequenceSector, 4);
+        const Bytes anchor =
+            udfDescriptor(2, 512, {{16, 4, kSequenceLength * kSector}, {20, 4, kSequenceSector}});
         putSector(kUdfAnchor / kSector, anchor);
         putSector(kUdfPartitionSector + m_next, anchor);
     }

@@ -40,21 +40,28 @@ struct TreeFile {
 // Choices that a form leaves.
 struct ImageSpec {
     std::string volumeId = "TEST_DISC";  // ISO-9660
-    // The first sector of a file's data, or of a directory's, by path. UDF 2.50 and hybrids: of files only. All else is
-    // placed in order.
+    // The first sector of a file's data, by path; in ISO-9660 alone and UDF 1.02 also of a directory's. All else is placed
+    // in order.
     std::map<std::string, std::uint32_t> sectors = {};
-    std::uint16_t fileEntryTag = 261;  // UDF 1.02: 261 or 266. UDF 2.50 has 266
-    std::uint8_t descriptorKind = 0;  // UDF 1.02: of all file entries. UDF 2.50: of directories; files have 1
-    std::uint32_t blocksPerExtent =
-        1U << 18U;                       // UDF 1.02: cuts all data. UDF 2.50: cuts files and metadata file
-    std::uint16_t partitionsBefore = 0;  // UDF 1.02: others, in sector 9999; so this one's reference
+
+    // UDF 1.02: the tag of file entries, 261 or 266 (which UDF 2.50 always has), and how many other partitions have lower
+    // references.
+    std::uint16_t fileEntryTag = 261;
+    std::uint16_t partitionsBefore = 0;
+    // Of allocation descriptors: 0 short, 1 long, 3 embedded data. UDF 2.50: of directories; files have long ones.
+    std::uint8_t descriptorKind = 0;
+    // The data are cut into extents of so many blocks; in UDF 2.50 those of files and of the metadata file.
+    std::uint32_t blocksPerExtent = 1U << 18U;
     std::uint16_t partitionNumber = 0;
-    bool hasMetadataCopy = true;      // UDF 2.50: else the mirror leads to the metadata file's own blocks
-    bool isMetadataMapFirst = false;  // UDF 2.50: the metadata partition has reference 0 and the real one 1
-    std::uint32_t unrecordedBlocks = 0;  // UDF 2.50: in the metadata, behind the file set
+
+    // UDF 2.50
+    bool hasMetadataCopy = true;         // else the mirror leads to the metadata file's own blocks
+    bool isMetadataMapFirst = false;     // the metadata partition has reference 0 and the real one 1
+    std::uint32_t unrecordedBlocks = 0;  // in the metadata, behind the file set
 };
 
-// Offsets in the image of what a test may want to patch. 0: not in this form, or embedded in the file entry.
+// Offsets in the image of what a test may want to patch; 0 for what the form does not have, or has embedded. A file that
+// claims 4 GiB: image.putLe(image.placeOf("BDMV/index.bdmv").record + 10, UINT32_MAX, 4).
 struct Place {
     std::uint64_t record = 0;  // ISO-9660: the directory record
     std::uint64_t entry = 0;   // UDF: the file entry

@@ -5,6 +5,7 @@
 #include "tests/support/bytes.h"
 
 #include <string>
+#include <vector>
 
 namespace testsupport {
 
@@ -57,9 +58,8 @@ struct UdfFileIdentifierSpec {
 };
 [[nodiscard]] Bytes udfFileIdentifier(const UdfFileIdentifierSpec& spec);
 
-// A descriptor of `size` bytes with the fields of its tag that readers of damaged discs need: identifier at 0, CRC
-// length at 10.
-[[nodiscard]] Bytes udfDescriptor(std::uint16_t tag, std::size_t size);
+// A descriptor of `size` bytes: tag identifier at 0, CRC length at 10, and little-endian fields.
+[[nodiscard]] Bytes udfDescriptor(std::uint16_t tag, std::size_t size, const std::vector<Patch>& fields = {});
 
 // A partition descriptor: 22 number, 188 first sector.
 [[nodiscard]] Bytes udfPartition(std::uint16_t number, std::uint32_t startSector,
