@@ -4,8 +4,7 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -39,13 +38,15 @@ public:
     {
         std::fflush(stderr);
         std::rewind(m_file);
-        std::vector<std::string> lines;
-        char* line = nullptr;
-        std::size_t capacity = 0;
-        while (::getline(&line, &capacity, m_file) > 0) {
-            lines.emplace_back(line, std::strcspn(line, "\n"));
+        std::string text;
+        for (int character = std::fgetc(m_file); character != EOF; character = std::fgetc(m_file)) {
+            text += static_cast<char>(character);
         }
-        std::free(line);
+        std::vector<std::string> lines;
+        std::istringstream in(text);
+        for (std::string line; std::getline(in, line);) {
+            lines.push_back(line);
+        }
         return lines;
     }
 
