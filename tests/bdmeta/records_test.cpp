@@ -372,6 +372,7 @@ TEST(Clips, WholeAndLying)
         {"SequenceInfo cut behind it", patched(rich, {{sequences, 4, 22}})},
         {"SequenceInfo cut in the second", patched(rich, {{sequences, 4, 41}})},
         {"SequenceInfo cut behind the second", patched(rich, {{sequences, 4, 42}})},
+        {"fewer ATC sequences", patched(rich, {{sequences + 5, 1, 1}})},
         {"longest presentation", ofPresentation(0, UINT32_MAX)},
         {"presentation that ends before it starts", ofPresentation(1, 0)},
     };
