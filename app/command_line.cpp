@@ -1,6 +1,6 @@
 #include "app/command_line.h"
 
-#include "app/identity.h"
+#include "base/identity.h"
 
 #include <QCoreApplication>
 #include <QFile>

@@ -1,10 +1,10 @@
 // The executable: reads the command line, and prints a report or gives the application its identity and runs the
 // window.
 #include "app/command_line.h"
-#include "app/identity.h"
-#include "app/log.h"
-#include "app/terminal_text.h"
 #include "app/translation.h"
+#include "base/identity.h"
+#include "base/log.h"
+#include "base/terminal_text.h"
 #include "report/print_report.h"
 #include "report/standard_output.h"
 #include "ui/main_window.h"

@@ -5,7 +5,7 @@
 # (cmake/Package.cmake). The target "installed" builds all that is installed, and no test.
 
 include(GNUInstallDirs)
-set(application_id example.platterscope.Platterscope)  # app/identity.h gives it to the desktop
+set(application_id example.platterscope.Platterscope)  # base/identity.h gives it to the desktop
 # The program looks for these by their names below the folder above its own, whatever the data folder is called.
 set(documents_dir share/doc/platterscope)
 set(translations_dir share/platterscope/translations)

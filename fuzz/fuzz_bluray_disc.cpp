@@ -1,5 +1,5 @@
 // A whole Blu-ray disc, from its files to titles, package and digest.
-#include "app/log.h"
+#include "base/log.h"
 #include "fuzz/scratch_disc.h"
 #include "scan/bluray_flow.h"
 

@@ -1,6 +1,6 @@
 #include "report/json_report.h"
 
-#include "app/terminal_text.h"
+#include "base/terminal_text.h"
 #include "report/disc_text.h"
 
 #include <QJsonArray>

@@ -1,6 +1,6 @@
 #include "report/print_report.h"
 
-#include "app/log.h"
+#include "base/log.h"
 #include "report/json_report.h"
 #include "report/standard_output.h"
 #include "report/text_report.h"

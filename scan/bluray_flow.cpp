@@ -1,6 +1,6 @@
 #include "scan/bluray_flow.h"
 
-#include "app/log.h"
+#include "base/log.h"
 #include "bdmeta/distinct_play_time.h"
 #include "package/bluray_package.h"
 #include "scan/error_result.h"

@@ -1,6 +1,6 @@
 #include "scan/configuration_refresh.h"
 
-#include "app/log.h"
+#include "base/log.h"
 #include "service/api_key_store.h"
 #include "service/configuration_request.h"
 

@@ -1,6 +1,6 @@
 #include "scan/disc_lookup.h"
 
-#include "app/log.h"
+#include "base/log.h"
 #include "package/encoding.h"
 #include "service/disc_requests.h"
 

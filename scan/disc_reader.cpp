@@ -1,6 +1,6 @@
 #include "scan/disc_reader.h"
 
-#include "app/log.h"
+#include "base/log.h"
 #include "scan/bluray_flow.h"
 #include "scan/dvd_flow.h"
 #include "scan/error_result.h"

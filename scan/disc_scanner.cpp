@@ -1,6 +1,6 @@
 #include "scan/disc_scanner.h"
 
-#include "app/log.h"
+#include "base/log.h"
 #include "scan/configuration_refresh.h"
 #include "scan/disc_lookup.h"
 #include "scan/disc_reader.h"

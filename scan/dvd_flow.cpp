@@ -1,6 +1,6 @@
 #include "scan/dvd_flow.h"
 
-#include "app/log.h"
+#include "base/log.h"
 #include "dvdmeta/distinct_play_time.h"
 #include "package/dvd_package.h"
 #include "scan/error_result.h"

@@ -1,6 +1,6 @@
 #include "scan/error_result.h"
 
-#include "app/log.h"
+#include "base/log.h"
 
 namespace scan {
 

@@ -1,6 +1,6 @@
 #include "service/authentication.h"
 
-#include "app/log.h"
+#include "base/log.h"
 #include "service/api_key_store.h"
 #include "service/http_client.h"
 #include "service/json_value.h"

@@ -1,6 +1,6 @@
 #include "service/http_client.h"
 
-#include "app/identity.h"
+#include "base/identity.h"
 #include "service/service_address.h"
 
 #include <curl/curl.h>

@@ -10,7 +10,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-folders=(app bdmeta dvdmeta monitor package report scan service text ui)
+folders=(app base bdmeta dvdmeta monitor package report scan service text ui)
 headers=$(qtpaths6 --query QT_INSTALL_HEADERS)
 compile=(
     x86_64-w64-mingw32-g++-posix -std=c++20 -fsyntax-only -w

@@ -10,7 +10,7 @@ lupdate=/usr/lib/qt6/bin/lupdate
 [[ -x $lupdate ]] || { echo "translations: there is no $lupdate; see tools/setup.sh" >&2; exit 1; }
 
 # The rooms whose texts a user can see.
-rooms=(app monitor report scan service text ui)
+rooms=(app base monitor package report scan service text ui)
 
 # update FOLDER: the files of that folder; without line numbers, which would change with every commit.
 update() {

@@ -1111,6 +1111,58 @@ Neue Version: %2</translation>
         <source>The device is not mounted. Mount it with this command: udisksctl mount -b %1</source>
         <translation>Das Gerät ist nicht eingehängt. Hängen Sie es mit diesem Befehl ein: udisksctl mount -b %1</translation>
     </message>
+    <message>
+        <source>Blu-ray package input is incomplete.</source>
+        <translation>Die Eingabe für das Blu-ray-Paket ist unvollständig.</translation>
+    </message>
+    <message>
+        <source>A Blu-ray clip information file could not be retained for packaging.</source>
+        <translation>Eine Clip-Informationsdatei der Blu-ray konnte für das Paket nicht behalten werden.</translation>
+    </message>
+    <message>
+        <source>A Blu-ray playlist could not be retained for packaging.</source>
+        <translation>Eine Wiedergabeliste der Blu-ray konnte für das Paket nicht behalten werden.</translation>
+    </message>
+    <message>
+        <source>Blu-ray title data does not match its playlist manifest.</source>
+        <translation>Die Titeldaten der Blu-ray passen nicht zum Verzeichnis ihrer Wiedergabelisten.</translation>
+    </message>
+    <message>
+        <source>Blu-ray package requires five-character BDMV identifiers.</source>
+        <translation>Das Blu-ray-Paket verlangt BDMV-Kennungen aus fünf Zeichen.</translation>
+    </message>
+    <message>
+        <source>DVD package input is incomplete.</source>
+        <translation>Die Eingabe für das DVD-Paket ist unvollständig.</translation>
+    </message>
+    <message>
+        <source>DVD package requires VIDEO_TS.IFO as its first raw file.</source>
+        <translation>Das DVD-Paket verlangt VIDEO_TS.IFO als erste Rohdatei.</translation>
+    </message>
+    <message>
+        <source>DVD package contains an invalid raw IFO file.</source>
+        <translation>Das DVD-Paket enthält eine ungültige IFO-Rohdatei.</translation>
+    </message>
+    <message>
+        <source>DVD package contains an IFO with an unexpected signature.</source>
+        <translation>Das DVD-Paket enthält eine IFO-Datei mit unerwarteter Signatur.</translation>
+    </message>
+    <message>
+        <source>DVD package contains no VTS metadata.</source>
+        <translation>Das DVD-Paket enthält keine VTS-Metadaten.</translation>
+    </message>
+    <message>
+        <source>DVD package contains invalid VTS stream metadata.</source>
+        <translation>Das DVD-Paket enthält ungültige VTS-Streamdaten.</translation>
+    </message>
+    <message>
+        <source>DVD package contains no title metadata.</source>
+        <translation>Das DVD-Paket enthält keine Titeldaten.</translation>
+    </message>
+    <message>
+        <source>DVD title metadata is not in canonical order.</source>
+        <translation>Die Titeldaten der DVD stehen nicht in der vorgeschriebenen Reihenfolge.</translation>
+    </message>
 </context>
 <context>
     <name>MonitorPage</name>

@@ -2,9 +2,9 @@
 // runs every long operation behind the busy dialog.
 #pragma once
 
-#include "app/busy_task.h"
 #include "scan/disc_scan_result.h"
 #include "scan/disc_scanner.h"
+#include "ui/busy_task.h"
 
 #include <QMainWindow>
 #include <QSet>

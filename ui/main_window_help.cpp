@@ -1,5 +1,5 @@
 // The window's help: what this program is, and the documents that come with it.
-#include "app/identity.h"
+#include "base/identity.h"
 #include "ui/document.h"
 #include "ui/main_window.h"
 #include "ui/message_box.h"

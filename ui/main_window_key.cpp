@@ -1,5 +1,5 @@
 // The window's dealings with the API key: what happens at start, the key dialog, checking and storing.
-#include "app/identity.h"
+#include "base/identity.h"
 #include "service/api_key_store.h"
 #include "service/authentication.h"
 #include "service/service_address.h"

@@ -1,6 +1,6 @@
-#include "app/busy_task.h"
 #include "tests/support/captured_log.h"
 #include "tests/support/no_threads.h"
+#include "ui/busy_task.h"
 
 #include <QApplication>
 #include <QCloseEvent>

@@ -1,4 +1,4 @@
-#include "app/log.h"
+#include "base/log.h"
 #include "tests/support/captured_log.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 // The executable as a process without a display, a platform plugin and a home. The golden files are transcripts of a
 // shell: "$ " before a command, "! " before each line of its standard error, and its exit status in brackets unless 0.
-#include "app/identity.h"
+#include "base/identity.h"
 #include "tests/support/golden.h"
 #include "tests/support/sample_bluray.h"
 #include "tests/support/sample_dvd.h"

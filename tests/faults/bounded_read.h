@@ -1,7 +1,7 @@
 // Reading a disc under watch: in time, and with no more memory than what is really there accounts for.
 #pragma once
 
-#include "app/log.h"
+#include "base/log.h"
 #include "scan/bluray_flow.h"
 #include "scan/dvd_flow.h"
 #include "tests/faults/disc_reading.h"

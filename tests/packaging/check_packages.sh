@@ -10,7 +10,7 @@ set -euo pipefail
 [[ $# -eq 1 && -d $1 ]] || { sed -n '2,7p' "$0" >&2; exit 2; }
 directory=$(realpath "$1")
 cd "$(dirname "$0")/../.."
-application_id=$(sed -n 's/.*kDesktopFileName\[\] = "\(.*\)";/\1/p' app/identity.h)
+application_id=$(sed -n 's/.*kDesktopFileName\[\] = "\(.*\)";/\1/p' base/identity.h)
 version=$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt)
 unpacked=$(mktemp -d)
 trap 'rm -r "$unpacked"' EXIT

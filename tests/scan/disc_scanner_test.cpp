@@ -1,5 +1,5 @@
 // What scans and refreshes ask the service, what they log, and what they give. tests/report has the titles of discs.
-#include "app/log.h"
+#include "base/log.h"
 #include "scan/disc_path.h"
 #include "scan/disc_scanner.h"
 #include "tests/support/captured_log.h"

@@ -8,20 +8,19 @@
 set -euo pipefail
 cd "${1:-$(dirname "$0")/../..}"
 
-# A room and the rooms it may include besides itself. A folder is a room, except app/, which holds five.
+# A room and the rooms it may include besides itself. A folder is a room, except app/, which holds three.
 declare -A allowed=(
-    [app/main]="ui report app/command_line app/translation app/log"
-    [app/command_line]="app/log"
-    [app/busy_task]="app/log"
+    [app/main]="ui report app/command_line app/translation base"
+    [app/command_line]="base"
     [app/translation]=""
-    [app/log]=""
-    [ui]="text scan monitor service app/busy_task app/log"
-    [report]="text scan app/log"
+    [ui]="text scan monitor service base"
+    [report]="text scan base"
     [text]="scan"
     [monitor]=""
     [etw_helper]="monitor"
-    [scan]="service package bdmeta dvdmeta discio app/log"
-    [service]="app/log"
+    [scan]="service package bdmeta dvdmeta discio base"
+    [service]="base"
+    [base]=""
     [package]="bdmeta dvdmeta discio"
     [bdmeta]="discio"
     [dvdmeta]="discio"
@@ -37,7 +36,6 @@ native_file='_(posix|linux|windows)\.cpp$'
 # The room of a source file or of an included path.
 room_of() {
     case $1 in
-        app/identity.h | app/terminal_text.*) echo app/log ;;
         app/*) echo "${1%.*}" ;;
         *) echo "${1%%/*}" ;;
     esac

@@ -1,6 +1,6 @@
 #include "tests/ui/modal_driver.h"
 
-#include "app/busy_task.h"
+#include "ui/busy_task.h"
 
 #include <QAbstractButton>
 #include <QApplication>

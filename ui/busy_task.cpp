@@ -1,6 +1,6 @@
-#include "app/busy_task.h"
+#include "ui/busy_task.h"
 
-#include "app/log.h"
+#include "base/log.h"
 
 #include <QCloseEvent>
 #include <QEventLoop>

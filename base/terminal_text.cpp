@@ -1,4 +1,4 @@
-#include "app/terminal_text.h"
+#include "base/terminal_text.h"
 
 #include <QChar>
 

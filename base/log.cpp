@@ -1,6 +1,6 @@
-#include "app/log.h"
+#include "base/log.h"
 
-#include "app/terminal_text.h"
+#include "base/terminal_text.h"
 
 #include <cstdio>
 #include <exception>
