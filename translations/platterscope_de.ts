@@ -1121,11 +1121,11 @@ Neue Version: %2</translation>
     </message>
     <message>
         <source>A Blu-ray playlist could not be retained for packaging.</source>
-        <translation>Eine Wiedergabeliste der Blu-ray konnte für das Paket nicht behalten werden.</translation>
+        <translation>Eine Playlist der Blu-ray konnte für das Paket nicht behalten werden.</translation>
     </message>
     <message>
         <source>Blu-ray title data does not match its playlist manifest.</source>
-        <translation>Die Titeldaten der Blu-ray passen nicht zum Verzeichnis ihrer Wiedergabelisten.</translation>
+        <translation>Die Titeldaten der Blu-ray passen nicht zum Verzeichnis ihrer Playlists.</translation>
     </message>
     <message>
         <source>Blu-ray package requires five-character BDMV identifiers.</source>
