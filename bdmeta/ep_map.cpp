@@ -1,6 +1,8 @@
 #include "bdmeta/ep_map.h"
 
 #include <algorithm>
+#include <iterator>
+#include <utility>
 
 namespace bdmeta {
 
@@ -11,9 +13,8 @@ namespace {
 
 constexpr std::size_t kSequenceInfoAddressOffset = 8;
 constexpr std::size_t kCpiAddressOffset = 16;
-constexpr std::size_t kFineEntrySize = 4;
 
-// A header, and behind it a transport packet of 188 bytes.
+// A header of 4 bytes and a transport packet of 188 bytes.
 constexpr std::uint64_t kSourcePacketSize = 192;
 
 std::uint32_t be32At(ByteReader file, std::size_t offset)
@@ -34,32 +35,18 @@ EpTableHeader parseTableHeader(ByteReader& reader)
     return header;
 }
 
-// The choice among a table's entries, by looking at each of them.
-std::optional<std::uint32_t> walkFor(const EpTable& table, std::uint32_t time, bool isStart,
-                                     std::uint32_t lowestPacket)
-{
-    std::optional<EpEntry> best;
-    table.walk([&best, time, isStart, lowestPacket](const EpEntry& entry) {
-        const bool isCandidate = entry.packet >= lowestPacket && (entry.time > time) != isStart;
-        const bool isBetter = !best || (isStart ? entry.time > best->time : entry.time < best->time);
-        if (isCandidate && isBetter) { best = entry; }
-    });
-    if (!best) { return std::nullopt; }
-    return best->packet;
-}
-
 }  // namespace
 
 EpMap::EpMap(const BlurayClip& clip, ReadBudget& budget)
     : m_clip(&clip)
     , m_budget(&budget)
 {
-    parseStcStarts();
-    if (!m_stcStarts.empty()) { parseStreams(); }
+    parseStcSequences();
+    if (!m_sequences.empty()) { parseTables(); }
 }
 
-// Deliberate: the section's length is not looked at here; the file's end is the bound.
-void EpMap::parseStcStarts()
+// Deliberate: the section's length is ignored; the file's end is the bound.
+void EpMap::parseStcSequences()
 {
     ByteReader reader(m_clip->rawData);
     const std::uint32_t address = be32At(reader, kSequenceInfoAddressOffset);
@@ -76,15 +63,15 @@ void EpMap::parseStcStarts()
             const std::uint32_t packet = reader.be32();
             if (!reader.ok()) { return; }
             reader.skip(8);
-            const auto place = std::ranges::lower_bound(m_stcStarts, id, {}, &StcStart::stcId);
-            const bool isKnown = place != m_stcStarts.end() && place->stcId == id;
+            const auto place = std::ranges::lower_bound(m_sequences, id, {}, &StcSequence::stcId);
+            const bool isKnown = place != m_sequences.end() && place->stcId == id;
             if (id > UINT8_MAX || isKnown) { continue; }  // the first sequence of an id counts
-            m_stcStarts.insert(place, {static_cast<std::uint8_t>(id), packet});
+            m_sequences.insert(place, {static_cast<std::uint8_t>(id), packet, std::nullopt});
         }
     }
 }
 
-void EpMap::parseStreams()
+void EpMap::parseTables()
 {
     ByteReader reader(m_clip->rawData);
     const std::uint32_t address = be32At(reader, kCpiAddressOffset);
@@ -97,48 +84,56 @@ void EpMap::parseStreams()
     reader.skip(1);
     const unsigned streamCount = reader.u8();
 
-    std::vector<EpTableHeader> met;
-    std::uint64_t indexableEntries = m_clip->rawData.size() / kFineEntrySize;
+    std::vector<EpTableHeader> seenHeaders;
     m_isCutShort = !reader.ok();
     for (unsigned i = 0; i < streamCount && !m_isCutShort; ++i) {
         const EpTableHeader header = parseTableHeader(reader);
-        // A stream without coarse entries has no entry points, so the place of its tables does not matter. The same
-        // tables again answer nothing that they did not answer before.
-        const bool isEmpty = header.coarseCount == 0;
-        if (reader.ok() && (isEmpty || std::ranges::find(met, header) != met.end())) { continue; }
-        met.push_back(header);
-        if (!m_budget->spend(ReadBudget::Bound::LookUps, header.coarseCount)) { return; }
+        // An EP stream without coarse entries has no entry points, so the place of its tables does not matter. Tables
+        // that an earlier EP stream has too cannot change an answer.
+        const bool isNeedless =
+            header.coarseCount == 0 || std::ranges::find(seenHeaders, header) != seenHeaders.end();
+        if (reader.ok() && isNeedless) { continue; }
+        seenHeaders.push_back(header);
+        if (!spend(header.coarseCount)) { return; }
         const EpTable table(map, header);
         m_isCutShort = !reader.ok() || !table.isWhole();
-        if (!m_isCutShort && table.entryCount() > 0) { addStream(table, indexableEntries); }
+        if (!m_isCutShort) { m_tables.push_back(table); }
     }
 }
 
-void EpMap::addStream(const EpTable& table, std::uint64_t& indexableEntries)
+// Returns false if the budget is spent.
+bool EpMap::buildIndexes(StcSequence& sequence)
 {
-    Stream& stream = m_streams.emplace_back(Stream{table, std::nullopt});
-    if (table.entryCount() > indexableEntries) { return; }
-    indexableEntries -= table.entryCount();
-    std::vector<EpEntry> entries;
-    entries.reserve(table.entryCount());
-    table.walk([&entries](const EpEntry& entry) { entries.push_back(entry); });
-    stream.index.emplace(std::move(entries));
+    std::vector<EpIndex>& indexes = sequence.indexes.emplace();
+    for (const EpTable& table : m_tables) {
+        if (!spend(table.coarseCount() + table.entryCount())) { return false; }
+        EpIndex index;
+        index.reserve(static_cast<std::size_t>(table.entryCount()));
+        table.walk([&index, &sequence](const EpEntry& entry) {
+            if (entry.packet >= sequence.firstPacket) { index.push_back(entry); }
+        });
+        if (!std::ranges::is_sorted(index, {}, &EpEntry::time)) {
+            std::ranges::stable_sort(index, {}, &EpEntry::time);
+        }
+        if (!index.empty()) { indexes.push_back(std::move(index)); }
+    }
+    return true;
 }
 
 bool findEntryPacket(EpMap& map, std::uint32_t time, bool isStart, std::uint8_t stcId, std::uint32_t& packet)
 {
-    const auto stc = std::ranges::lower_bound(map.m_stcStarts, stcId, {}, &EpMap::StcStart::stcId);
-    if (stc == map.m_stcStarts.end() || stc->stcId != stcId) { return false; }
-    for (const EpMap::Stream& stream : map.m_streams) {
-        const std::uint64_t cost = stream.index ? kIndexLookupCost : stream.table.walkLength();
-        if (!map.m_budget->spend(ReadBudget::Bound::LookUps, cost)) { return false; }
-        const auto found = !stream.index ? walkFor(stream.table, time, isStart, stc->packet)
-                           : isStart     ? stream.index->latestUpTo(time, stc->packet)
-                                         : stream.index->earliestAfter(time, stc->packet);
-        if (found) {
-            packet = *found;
-            return true;
+    const auto sequence = std::ranges::lower_bound(map.m_sequences, stcId, {}, &EpMap::StcSequence::stcId);
+    if (sequence == map.m_sequences.end() || sequence->stcId != stcId) { return false; }
+    if (!sequence->indexes && !map.buildIndexes(*sequence)) { return false; }
+    for (const EpMap::EpIndex& index : *sequence->indexes) {
+        if (!map.spend(1)) { return false; }
+        auto found = std::ranges::upper_bound(index, time, {}, &EpEntry::time);
+        if (found == (isStart ? index.begin() : index.end())) { continue; }
+        if (isStart) {  // the first of those with the latest time
+            found = std::ranges::lower_bound(index, std::prev(found)->time, {}, &EpEntry::time);
         }
+        packet = found->packet;
+        return true;
     }
     if (map.m_isCutShort || isStart) { return false; }
     packet = map.clip().sourcePacketCount;

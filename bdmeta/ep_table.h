@@ -43,11 +43,10 @@ public:
     // Whether all coarse entries and all fine entries that they own lie inside the file.
     [[nodiscard]] bool isWhole() const { return m_isWhole; }
 
-    // How many entries a walk meets; those of a fine entry with several owners count for each.
+    // The number of coarse entries, and of the entry points that a walk visits. A fine entry counts once for each
+    // coarse entry that owns it.
+    [[nodiscard]] std::uint64_t coarseCount() const { return m_coarse.size() / kCoarseSize; }
     [[nodiscard]] std::uint64_t entryCount() const { return m_entryCount; }
-
-    // How many entries of both kinds a walk passes.
-    [[nodiscard]] std::uint64_t walkLength() const { return m_coarse.size() / kCoarseSize + m_entryCount; }
 
     // Calls `visit` for every entry, in stored order. The table must be whole.
     template <typename Visitor>

@@ -16,7 +16,7 @@ public:
         FileSystemBytes,  // of what leads to them in an image: directories, allocation descriptors, volume descriptors
         Pieces,           // extents of the files of an image, beyond the first of each
         Streams,    // of the clips, and of the playlists' stream tables, a shared table counted once
-        LookUps,    // entries that the searches for entry points pass
+        LookUps,    // steps of the searches for entry points (bdmeta::kEpStepCost)
         TitleRows,  // titles and their distinct streams, each a row for the views
     };
 

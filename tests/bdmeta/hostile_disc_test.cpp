@@ -25,11 +25,11 @@ ClpiSpec zigzag(std::uint32_t coarseCount, std::uint32_t fineCount)
     return spec;
 }
 
-TEST(HostileDisc, WalksAreCountedAndNotIndexed)
+TEST(HostileDisc, EntriesCountForEachOfTheirOwners)
 {
     const bdmeta::BlurayClip clip = clipOf(zigzag(100, 300));
     ReadBudget budget;
-    budget.lower(ReadBudget::Bound::LookUps, 100 + 2 * (100 + 50 * 300) + 1, "steps");
+    budget.lower(ReadBudget::Bound::LookUps, (100 + 100 + 50 * 300 + 2) * bdmeta::kEpStepCost, "steps");
     bdmeta::EpMap map(clip, budget);
     std::uint32_t packet = 0;
     for (const bool isPaidFor : {true, true, false}) {
@@ -63,7 +63,8 @@ TEST(HostileDisc, StreamsOverTheSameTablesCostNothing)
         testsupport::putBe(clip.rawData, headers + 12 * i + 8, 2 + 255 * 12, 4);
     }
     ReadBudget budget;
-    budget.lower(ReadBudget::Bound::LookUps, 2 + bdmeta::kIndexLookupCost, "steps");  // one index, asked once
+    budget.lower(ReadBudget::Bound::LookUps, (2 + 2 + 1000 + 1) * bdmeta::kEpStepCost,
+                 "steps");  // of one table
     bdmeta::EpMap map(clip, budget);
     std::uint32_t packet = 0;
     EXPECT_TRUE(findEntryPacket(map, UINT32_MAX, false, 0, packet));
