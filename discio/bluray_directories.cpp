@@ -33,7 +33,7 @@ DiscDirectory readIsoDirectory(const BlurayDiscSource& source, const IsoExtent& 
     DiscDirectory directory;
     const std::uint64_t offset = std::uint64_t{extent.block} * source.blockSize;
     if (offset >= kImageOffsetLimit) { return directory; }
-    IsoDirectoryWalk walk(source.image.stream.get(), source.blockSize, extent, *source.budget);
+    IsoDirectoryWalk walk(*source.image.stream, source.blockSize, extent, *source.budget);
     while (auto record = walk.next()) {
         directory.add(
             {std::move(record->name), record->isDirectory, record->extent.block, record->extent.sizeBytes},

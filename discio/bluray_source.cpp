@@ -108,7 +108,7 @@ bool readFromTree(const BlurayDiscSource& source, std::string_view relativePath,
         return false;
     }
     bytes.resize(static_cast<std::size_t>(opened.sizeBytes));
-    return readExactly(opened.stream.get(), 0, bytes);
+    return readExactly(*opened.stream, 0, bytes);
 }
 
 bool readFromImage(const BlurayDiscSource& source, std::string_view relativePath,

@@ -7,7 +7,7 @@ namespace discio {
 std::size_t readImage(const DiscImage& image, std::uint64_t offset, std::span<std::uint8_t> out)
 {
     if (offset >= kImageOffsetLimit) { return 0; }
-    return readUpTo(image.stream.get(), offset, out);
+    return readUpTo(*image.stream, offset, out);
 }
 
 bool isReadable(const DiscImage& image, const ImageExtent& extent)

@@ -44,20 +44,20 @@ int openImage(const std::string& path, DvdDiscSource& source, const ErrorText& e
         return error.fail("cannot open '%s': %s", path.c_str(), systemErrorText(opened.errorNumber));
     }
     source.budget->holdToImage(opened.sizeBytes);
-    const std::optional<IsoVolume> volume = readPrimaryVolumeDescriptor(opened.stream.get());
+    const std::optional<IsoVolume> volume = readPrimaryVolumeDescriptor(*opened.stream);
     if (!volume) { return error.fail("'%s' is not a supported ISO-9660 image", path.c_str()); }
     if (volume->blockSize != kDvdBlockSize || volume->rootRecordLength < kIsoRecordMinimum) {
         return error.fail("'%s' has an unsupported ISO block size", path.c_str());
     }
     const auto videoTs =
-        findDirectoryRecord(opened.stream.get(), volume->blockSize, volume->root, kVideoTs, *source.budget);
+        findDirectoryRecord(*opened.stream, volume->blockSize, volume->root, kVideoTs, *source.budget);
     if (const char* const bound = source.budget->reached()) { return error.fail("%s", bound); }
     if (!videoTs || !videoTs->isDirectory) { return error.fail("ISO image has no VIDEO_TS directory"); }
 
     source.image = opened.stream;
     source.blockSize = volume->blockSize;
     source.videoTsExtent = videoTs->extent;
-    IsoDirectoryWalk walk(source.image.get(), source.blockSize, source.videoTsExtent, *source.budget);
+    IsoDirectoryWalk walk(*source.image, source.blockSize, source.videoTsExtent, *source.budget);
     while (auto record = walk.next()) {
         source.videoTs.add(
             {std::move(record->name), record->isDirectory, record->extent.block, record->extent.sizeBytes});
@@ -88,7 +88,7 @@ int openInDirectory(const DvdDiscSource& source, const std::string& name, DiscFi
         }
         return error.fail("cannot open '%s': %s", path.c_str(), systemErrorText(opened.errorNumber));
     }
-    const std::optional<std::uint64_t> sizeBytes = streamSize(opened.stream.get());
+    const std::optional<std::uint64_t> sizeBytes = streamSize(*opened.stream);
     if (!sizeBytes) { return error.fail("cannot determine size of '%s'", path.c_str()); }
     ref = {opened.stream, 0, *sizeBytes};
     return 0;
@@ -147,7 +147,7 @@ DiscFileBytes readDiscFile(const DiscFileRef& ref, ReadBudget& budget)
 {
     DiscFileBytes file;
     file.sizeBytes = ref.sizeBytes;
-    const std::uint64_t streamEnd = streamSize(ref.stream.get()).value_or(0);
+    const std::uint64_t streamEnd = streamSize(*ref.stream).value_or(0);
     const std::uint64_t available = streamEnd > ref.offset ? streamEnd - ref.offset : 0;
     const std::uint64_t wanted = std::min(ref.sizeBytes, available);
     if (!budget.spend(ReadBudget::Bound::NavigationBytes, wanted)) { return file; }
@@ -156,7 +156,7 @@ DiscFileBytes readDiscFile(const DiscFileRef& ref, ReadBudget& budget)
     } catch (const std::exception&) {  // too large for memory: a file that cannot be read
         return file;
     }
-    file.bytes.resize(readUpTo(ref.stream.get(), ref.offset, file.bytes));
+    file.bytes.resize(readUpTo(*ref.stream, ref.offset, file.bytes));
     return file;
 }
 

@@ -1,3 +1,4 @@
+#include "base/native/descriptor_posix.h"
 #include "discio/file_stream.h"
 
 #include <fcntl.h>
@@ -6,8 +7,13 @@
 
 #include <cerrno>
 #include <limits>
+#include <utility>
 
 namespace discio {
+
+struct NativeFile {
+    native::Descriptor descriptor;
+};
 
 namespace {
 
@@ -17,11 +23,6 @@ PathKind kindOf(const struct stat& status)
 {
     if (S_ISDIR(status.st_mode)) { return PathKind::Directory; }
     return S_ISREG(status.st_mode) ? PathKind::RegularFile : PathKind::Other;
-}
-
-void closeStream(std::FILE* stream)
-{
-    std::fclose(stream);  // only read from: nothing can be lost
 }
 
 }  // namespace
@@ -35,49 +36,37 @@ PathStatus queryPath(const std::string& path)
 
 OpenedFile openRegularFile(const std::string& path)
 {
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
-    if (descriptor < 0) { return {nullptr, errno, errno == ENXIO, 0}; }
-
+    native::Descriptor descriptor(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+    if (!descriptor.isOpen()) { return {nullptr, errno, errno == ENXIO, 0}; }
     struct stat status = {};
-    std::FILE* stream = nullptr;
-    int errorNumber = 0;
-    bool isSpecial = false;
-    if (::fstat(descriptor, &status) != 0) {
-        errorNumber = errno;
-    } else if (S_ISDIR(status.st_mode)) {
-        errorNumber = EISDIR;
-    } else if (!S_ISREG(status.st_mode)) {
-        errorNumber = EINVAL;
-        isSpecial = true;
-    } else {
-        stream = ::fdopen(descriptor, "rb");
-        if (stream == nullptr) { errorNumber = errno; }
+    if (::fstat(descriptor.number(), &status) != 0) { return {nullptr, errno, false, 0}; }
+    switch (kindOf(status)) {
+    case PathKind::RegularFile:
+        break;
+    case PathKind::Directory:
+        return {nullptr, EISDIR, false, 0};
+    default:
+        return {nullptr, EINVAL, true, 0};
     }
-    if (stream == nullptr) {
-        ::close(descriptor);
-        return {nullptr, errorNumber, isSpecial, 0};
-    }
-    return {FileStream(stream, closeStream), 0, false, static_cast<std::uint64_t>(status.st_size)};
+    return {std::make_shared<NativeFile>(NativeFile{std::move(descriptor)}), 0, false,
+            static_cast<std::uint64_t>(status.st_size)};
 }
 
-std::optional<std::uint64_t> streamSize(std::FILE* stream)
+std::optional<std::uint64_t> streamSize(const NativeFile& file)
 {
-    if (::fseeko(stream, 0, SEEK_END) != 0) { return std::nullopt; }
-    const off_t end = ::ftello(stream);
+    const off_t end = ::lseek(file.descriptor.number(), 0, SEEK_END);
     if (end < 0) { return std::nullopt; }
     return static_cast<std::uint64_t>(end);
 }
 
-// Deliberate: past the stream and its buffer. What is read stands anywhere in a file, so a buffer would read
-// bytes that nobody asks for; this is one call to the system for each of ours.
-std::size_t readUpTo(std::FILE* stream, std::uint64_t offset, std::span<std::uint8_t> out)
+std::size_t readUpTo(const NativeFile& file, std::uint64_t offset, std::span<std::uint8_t> out)
 {
     constexpr auto kLastOffset = static_cast<std::uint64_t>(std::numeric_limits<off_t>::max());
-    const int descriptor = ::fileno(stream);
     std::size_t count = 0;
     while (count < out.size() && offset <= kLastOffset - count) {
         const auto rest = out.subspan(count);
-        const ssize_t got = ::pread(descriptor, rest.data(), rest.size(), static_cast<off_t>(offset + count));
+        const ssize_t got =
+            ::pread(file.descriptor.number(), rest.data(), rest.size(), static_cast<off_t>(offset + count));
         if (got < 0 && errno == EINTR) { continue; }
         if (got <= 0) { break; }
         count += static_cast<std::size_t>(got);

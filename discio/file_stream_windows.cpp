@@ -1,5 +1,5 @@
-// The runtime library's functions and the file functions of the "A" kind take paths in the system's code page, as
-// the callers have them.
+// Paths are in the system's code page, as the runtime library's functions and the API's "A" functions take them. Files
+// are opened by the runtime library, because its errno values are part of the messages.
 #include "discio/file_stream.h"
 
 #include <windows.h>
@@ -10,8 +10,21 @@
 #include <algorithm>
 #include <cerrno>
 #include <limits>
+#include <utility>
 
 namespace discio {
+
+struct NativeFile {
+    NativeFile() = default;
+    ~NativeFile()
+    {
+        if (descriptor >= 0) { ::_close(descriptor); }
+    }
+    NativeFile(const NativeFile&) = delete;
+    NativeFile& operator=(const NativeFile&) = delete;
+
+    int descriptor = -1;
+};
 
 namespace {
 
@@ -32,7 +45,7 @@ bool isSeparator(char c)
     return c == '/' || c == '\\';
 }
 
-// Behind a directory's name the older runtime library takes no separator, but for a root's ("C:/").
+// The older runtime library takes no separator after a directory's name, except a root's ("C:/").
 std::string withoutTrailingSeparators(std::string path)
 {
     while (path.size() > 1 && isSeparator(path.back()) && path[path.size() - 2] != ':') {
@@ -45,11 +58,6 @@ HANDLE handleOf(int descriptor)
 {
     // The runtime library keeps handles as numbers: NOLINTNEXTLINE(performance-no-int-to-ptr)
     return reinterpret_cast<HANDLE>(::_get_osfhandle(descriptor));
-}
-
-void closeStream(std::FILE* stream)
-{
-    std::fclose(stream);  // only read from: nothing can be lost
 }
 
 }  // namespace
@@ -66,7 +74,7 @@ PathStatus queryPath(const std::string& path)
 
 OpenedFile openRegularFile(const std::string& path)
 {
-    // First the name alone: opening a directory gives "permission denied", opening a pipe connects to it.
+    // The path is queried first: opening a directory gives "permission denied", opening a pipe connects to it.
     const PathStatus found = queryPath(path);
     switch (found.kind) {
     case PathKind::Missing:
@@ -78,44 +86,30 @@ OpenedFile openRegularFile(const std::string& path)
     case PathKind::RegularFile:
         break;
     }
-    const int descriptor = ::_open(path.c_str(), _O_RDONLY | _O_BINARY | _O_NOINHERIT);
-    if (descriptor < 0) { return {nullptr, errno, false, 0}; }
-
+    auto file = std::make_shared<NativeFile>();
+    file->descriptor = ::_open(path.c_str(), _O_RDONLY | _O_BINARY | _O_NOINHERIT);
+    if (file->descriptor < 0) { return {nullptr, errno, false, 0}; }
+    // The status of "NUL" is that of a regular file.
+    if (::GetFileType(handleOf(file->descriptor)) != FILE_TYPE_DISK) {
+        return {nullptr, EINVAL, true, 0};
+    }
     struct _stat64 status = {};
-    std::FILE* stream = nullptr;
-    int errorNumber = 0;
-    bool isSpecial = false;
-    if (::GetFileType(handleOf(descriptor)) != FILE_TYPE_DISK) {  // as "NUL", whose status is a file's
-        errorNumber = EINVAL;
-        isSpecial = true;
-    } else if (::_fstat64(descriptor, &status) != 0) {
-        errorNumber = errno;
-    } else {
-        stream = ::_fdopen(descriptor, "rb");
-        if (stream == nullptr) { errorNumber = errno; }
-    }
-    if (stream == nullptr) {
-        ::_close(descriptor);
-        return {nullptr, errorNumber, isSpecial, 0};
-    }
-    return {FileStream(stream, closeStream), 0, false, static_cast<std::uint64_t>(status.st_size)};
+    if (::_fstat64(file->descriptor, &status) != 0) { return {nullptr, errno, false, 0}; }
+    return {std::move(file), 0, false, static_cast<std::uint64_t>(status.st_size)};
 }
 
-std::optional<std::uint64_t> streamSize(std::FILE* stream)
+std::optional<std::uint64_t> streamSize(const NativeFile& file)
 {
-    if (::_fseeki64(stream, 0, SEEK_END) != 0) { return std::nullopt; }
-    const std::int64_t end = ::_ftelli64(stream);
+    const std::int64_t end = ::_lseeki64(file.descriptor, 0, SEEK_END);
     if (end < 0) { return std::nullopt; }
     return static_cast<std::uint64_t>(end);
 }
 
-// Deliberate: past the stream and its buffer. What is read stands anywhere in a file, so a buffer would read
-// bytes that nobody asks for; this is one call to the system for each of ours.
-std::size_t readUpTo(std::FILE* stream, std::uint64_t offset, std::span<std::uint8_t> out)
+std::size_t readUpTo(const NativeFile& file, std::uint64_t offset, std::span<std::uint8_t> out)
 {
     constexpr auto kLastOffset = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
     constexpr std::size_t kMaximumBytesAtOnce = std::size_t{1} << 30U;
-    const HANDLE file = handleOf(::_fileno(stream));
+    const HANDLE handle = handleOf(file.descriptor);
     std::size_t count = 0;
     while (count < out.size() && offset <= kLastOffset - count) {
         const auto rest = out.subspan(count, std::min(out.size() - count, kMaximumBytesAtOnce));
@@ -124,7 +118,8 @@ std::size_t readUpTo(std::FILE* stream, std::uint64_t offset, std::span<std::uin
         at.Offset = static_cast<DWORD>(position & std::numeric_limits<DWORD>::max());
         at.OffsetHigh = static_cast<DWORD>(position >> 32U);
         DWORD got = 0;
-        if (::ReadFile(file, rest.data(), static_cast<DWORD>(rest.size()), &got, &at) == FALSE || got == 0) {
+        if (::ReadFile(handle, rest.data(), static_cast<DWORD>(rest.size()), &got, &at) == FALSE ||
+            got == 0) {
             break;
         }
         count += got;

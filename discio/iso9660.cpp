@@ -66,16 +66,16 @@ std::optional<IsoVolume> parsePrimaryVolumeDescriptor(std::span<const std::uint8
     return volume;
 }
 
-std::optional<IsoVolume> readPrimaryVolumeDescriptor(std::FILE* image)
+std::optional<IsoVolume> readPrimaryVolumeDescriptor(const NativeFile& image)
 {
     std::array<std::uint8_t, kIsoSectorSize> sector = {};
     if (!readExactly(image, kIsoDescriptorOffset, sector)) { return std::nullopt; }
     return parsePrimaryVolumeDescriptor(sector);
 }
 
-IsoDirectoryWalk::IsoDirectoryWalk(std::FILE* image, std::uint32_t blockSize, const IsoExtent& directory,
-                                   ReadBudget& budget)
-    : m_image(image)
+IsoDirectoryWalk::IsoDirectoryWalk(const NativeFile& image, std::uint32_t blockSize,
+                                   const IsoExtent& directory, ReadBudget& budget)
+    : m_image(&image)
     , m_budget(&budget)
     , m_blockSize(blockSize)
     , m_position(std::uint64_t{directory.block} * blockSize)
@@ -113,14 +113,14 @@ std::span<const std::uint8_t> IsoDirectoryWalk::bytes(std::size_t count)
     if (m_position < m_windowStart || m_position > windowEnd || count > windowEnd - m_position) {
         m_window.resize(static_cast<std::size_t>(std::min<std::uint64_t>(kWindowSize, m_end - m_position)));
         m_windowStart = m_position;
-        m_windowLength = readUpTo(m_image, m_position, m_window);
+        m_windowLength = readUpTo(*m_image, m_position, m_window);
         const bool isAllowed = m_budget->spend(ReadBudget::Bound::FileSystemBytes, m_windowLength);
         if (!isAllowed || count > m_windowLength) { return {}; }
     }
     return std::span(m_window).subspan(static_cast<std::size_t>(m_position - m_windowStart), count);
 }
 
-std::optional<IsoDirectoryRecord> findDirectoryRecord(std::FILE* image, std::uint32_t blockSize,
+std::optional<IsoDirectoryRecord> findDirectoryRecord(const NativeFile& image, std::uint32_t blockSize,
                                                       const IsoExtent& directory, std::string_view name,
                                                       ReadBudget& budget)
 {

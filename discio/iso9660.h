@@ -12,11 +12,11 @@
 //    10  data length in bytes, little-endian               33  identifier, "NAME.EXT;1"
 #pragma once
 
+#include "discio/file_stream.h"
 #include "discio/read_budget.h"
 
 #include <array>
 #include <cstdint>
-#include <cstdio>
 #include <optional>
 #include <span>
 #include <string>
@@ -53,13 +53,13 @@ struct IsoVolume {
 [[nodiscard]] std::optional<IsoVolume> parsePrimaryVolumeDescriptor(std::span<const std::uint8_t> sector);
 
 // The same, read from the image; empty also when the sector cannot be read whole.
-[[nodiscard]] std::optional<IsoVolume> readPrimaryVolumeDescriptor(std::FILE* image);
+[[nodiscard]] std::optional<IsoVolume> readPrimaryVolumeDescriptor(const NativeFile& image);
 
 // Walks the records of a directory in their order, those of the directory itself and of its parent left out.
 class IsoDirectoryWalk {
 public:
     // `image` and `budget` must outlive the walk. A block size of 0 gives an empty walk.
-    IsoDirectoryWalk(std::FILE* image, std::uint32_t blockSize, const IsoExtent& directory,
+    IsoDirectoryWalk(const NativeFile& image, std::uint32_t blockSize, const IsoExtent& directory,
                      ReadBudget& budget);
 
     // The next record; empty at the directory's end, the image's end or the budget's, and for good before a
@@ -72,7 +72,7 @@ public:
 private:
     [[nodiscard]] std::span<const std::uint8_t> bytes(std::size_t count);
 
-    std::FILE* m_image;
+    const NativeFile* m_image;
     ReadBudget* m_budget;
     std::uint32_t m_blockSize;
     std::uint64_t m_position;
@@ -85,9 +85,8 @@ private:
 // The first record of `directory` whose identifier, without its version suffix, is `name` but for letter
 // case. Empty when there is none before the directory's end, the image's end or the budget's, or before a record
 // that makes no sense.
-[[nodiscard]] std::optional<IsoDirectoryRecord> findDirectoryRecord(std::FILE* image, std::uint32_t blockSize,
-                                                                    const IsoExtent& directory,
-                                                                    std::string_view name,
-                                                                    ReadBudget& budget);
+[[nodiscard]] std::optional<IsoDirectoryRecord>
+findDirectoryRecord(const NativeFile& image, std::uint32_t blockSize, const IsoExtent& directory,
+                    std::string_view name, ReadBudget& budget);
 
 }  // namespace discio

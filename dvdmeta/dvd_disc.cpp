@@ -179,7 +179,7 @@ private:
     void readVolumeId()
     {
         if (!m_source.isImage) { return; }
-        const auto volume = discio::readPrimaryVolumeDescriptor(m_source.image.get());
+        const auto volume = discio::readPrimaryVolumeDescriptor(*m_source.image);
         if (!volume) { return; }
         m_disc.volumeRaw = volume->volumeId;
         m_disc.volumeLabel = discio::fixedFieldText(m_disc.volumeRaw);

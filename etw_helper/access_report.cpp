@@ -1,6 +1,6 @@
 #include "etw_helper/access_report.h"
 
-#include "monitor/helper_endpoint_windows.h"
+#include "base/native/utf16_windows.h"
 
 #include <utility>
 
@@ -32,7 +32,7 @@ void AccessReport::openBegins(std::uint64_t request, std::uint64_t fileObject, s
     if (!path) { return; }
     // Opens whose end was missed must not pile up.
     if (m_begun.size() >= kMaximumFiles) { m_begun.clear(); }
-    m_begun[request] = {fileObject, monitor::utf8Text(*path)};
+    m_begun[request] = {fileObject, native::utf8Text(*path)};
 }
 
 void AccessReport::requestEnds(std::uint64_t request, std::uint32_t status)

@@ -1,7 +1,7 @@
 #include "etw_helper/helper_arguments.h"
 
+#include "base/native/utf16_windows.h"
 #include "etw_helper/process_id.h"
-#include "monitor/helper_endpoint_windows.h"
 
 #include <array>
 #include <string_view>
@@ -24,9 +24,9 @@ std::optional<HelperArguments> parseHelperArguments(std::span<const wchar_t* con
     }
     const std::uint32_t parent = processIdOf(values[3]);
     if (parent == 0) { return std::nullopt; }
-    return HelperArguments{.pipe = monitor::utf8Text(values[0]),
+    return HelperArguments{.pipe = native::utf8Text(values[0]),
                            .root = std::wstring(values[1]),
-                           .stopEvent = monitor::utf8Text(values[2]),
+                           .stopEvent = native::utf8Text(values[2]),
                            .parentProcessId = parent};
 }
 

@@ -1,8 +1,8 @@
 // The helper process, which has the rights to trace file accesses (README.md).
+#include "base/native/handle_windows.h"
 #include "etw_helper/file_trace.h"
 #include "etw_helper/helper_arguments.h"
 #include "monitor/helper_client.h"
-#include "monitor/helper_endpoint_windows.h"
 
 #include <cstdio>
 #include <span>
@@ -24,7 +24,7 @@ void enableDebugPrivilege()
 {
     HANDLE token = nullptr;
     if (::OpenProcessToken(::GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES, &token) == FALSE) { return; }
-    const monitor::Handle closer(token);
+    const native::Handle closer(token);
     TOKEN_PRIVILEGES privileges = {};
     privileges.PrivilegeCount = 1;
     privileges.Privileges[0].Attributes = SE_PRIVILEGE_ENABLED;

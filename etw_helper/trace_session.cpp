@@ -1,7 +1,7 @@
 #include "etw_helper/trace_session.h"
 
+#include "base/native/handle_windows.h"
 #include "etw_helper/process_id.h"
-#include "monitor/helper_endpoint_windows.h"
 
 #include <array>
 #include <cstddef>
@@ -63,7 +63,7 @@ void stopSession(const std::wstring& name)
 
 bool isRunning(std::uint32_t processId)
 {
-    const monitor::Handle process(::OpenProcess(SYNCHRONIZE, FALSE, processId));
+    const native::Handle process(::OpenProcess(SYNCHRONIZE, FALSE, processId));
     if (!process) { return ::GetLastError() != ERROR_INVALID_PARAMETER; }  // then no process has this id
     return ::WaitForSingleObject(process.get(), 0) == WAIT_TIMEOUT;
 }

@@ -1,6 +1,6 @@
 #include "etw_helper/watched_root.h"
 
-#include "monitor/helper_endpoint_windows.h"
+#include "base/native/handle_windows.h"
 
 namespace etw_helper {
 
@@ -36,7 +36,7 @@ std::optional<std::wstring> WatchedRoot::dosPath(std::wstring_view devicePath) c
 
 std::optional<std::wstring> deviceForm(const std::wstring& directory, DWORD& errorNumber)
 {
-    const monitor::Handle handle = monitor::handleOrNull(
+    const native::Handle handle = native::handleOrNull(
         ::CreateFileW(directory.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                       OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
     std::wstring path(kMaximumPathUnits, L'\0');
@@ -44,7 +44,7 @@ std::optional<std::wstring> deviceForm(const std::wstring& directory, DWORD& err
         handle ? ::GetFinalPathNameByHandleW(handle.get(), path.data(), kMaximumPathUnits, VOLUME_NAME_NT)
                : 0;
     if (size == 0 || size >= kMaximumPathUnits) {
-        errorNumber = monitor::lastError();
+        errorNumber = native::lastError();
         return std::nullopt;
     }
     path.resize(size);

@@ -1,7 +1,8 @@
+#include "base/native/descriptor_posix.h"
+#include "base/native/directory_posix.h"
 #include "monitor/directory_watch.h"
 #include "monitor/disc_file.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <limits.h>
 #include <poll.h>
@@ -37,10 +38,6 @@ WatchFailure failure(WatchFailure::Kind kind)
     return {.kind = kind, .errorNumber = 0, .text = {}};
 }
 
-struct DirectoryCloser {
-    void operator()(DIR* directory) const { ::closedir(directory); }
-};
-
 // The entries of a directory that need a watch. Links are skipped.
 struct Listing {
     std::vector<std::string> directories;  // also entries of unknown type
@@ -52,26 +49,16 @@ Listing listed(const std::string& path)
 {
     Listing listing;
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    const std::unique_ptr<DIR, DirectoryCloser> directory(descriptor < 0 ? nullptr : ::fdopendir(descriptor));
+    const native::Directory directory(descriptor < 0 ? nullptr : ::fdopendir(descriptor));
     if (!directory) {
         listing.errorNumber = errno;
         if (descriptor >= 0) { ::close(descriptor); }
         return listing;
     }
-    for (;;) {
-        errno = 0;
-        const dirent* const entry = ::readdir(directory.get());
-        if (entry == nullptr) { break; }
-        const std::string_view name = entry->d_name;
-        if (name == "." || name == "..") { continue; }
-        if (entry->d_type == DT_DIR || entry->d_type == DT_UNKNOWN) {
-            listing.directories.emplace_back(name);
-        }
-        if (entry->d_type != DT_DIR && discFileOf(name) != DiscFile::Other) {
-            listing.files.emplace_back(name);
-        }
-    }
-    listing.errorNumber = errno;
+    listing.errorNumber = native::forEachEntry(directory, [&listing](std::string_view name, int type) {
+        if (type == DT_DIR || type == DT_UNKNOWN) { listing.directories.emplace_back(name); }
+        if (type != DT_DIR && discFileOf(name) != DiscFile::Other) { listing.files.emplace_back(name); }
+    });
     return listing;
 }
 
@@ -106,19 +93,17 @@ std::string joined(const std::string& directory, std::string_view name)
 // After begin() only the watch's thread uses the tables.
 class DirectoryWatch::Native {
 public:
-    Native(int inotify, int wakeUp, WatchSink sink)
-        : m_inotify(inotify)
-        , m_wakeUp(wakeUp)
+    Native(native::Descriptor inotify, native::Descriptor wakeUp, WatchSink sink)
+        : m_inotify(std::move(inotify))
+        , m_wakeUp(std::move(wakeUp))
         , m_sink(std::move(sink))
     {}
 
     ~Native()
     {
         m_isStopping = true;
-        ::eventfd_write(m_wakeUp, 1);
+        ::eventfd_write(m_wakeUp.number(), 1);
         if (m_thread.joinable()) { m_thread.join(); }
-        ::close(m_inotify);
-        ::close(m_wakeUp);
     }
 
     Native(const Native&) = delete;
@@ -126,7 +111,7 @@ public:
 
     std::optional<WatchFailure> begin(const std::string& root)
     {
-        m_root = ::inotify_add_watch(m_inotify, root.c_str(), kMask);
+        m_root = ::inotify_add_watch(m_inotify.number(), root.c_str(), kMask);
         if (m_root < 0) { return failure(failureOf(errno).value_or(WatchFailure::Kind::CannotWatch)); }
         m_directories.emplace(m_root, root);
         m_thread = std::thread(&Native::run, this);
@@ -149,8 +134,8 @@ private:
     void fail(WatchFailure::Kind kind) { m_failure = m_failure ? m_failure : failure(kind); }
     [[nodiscard]] bool canContinue() const { return !m_failure && !m_isStopping; }
 
-    const int m_inotify;
-    const int m_wakeUp;  // an eventfd; writing to it ends the wait
+    const native::Descriptor m_inotify;
+    const native::Descriptor m_wakeUp;  // an eventfd; writing to it ends the wait
     const WatchSink m_sink;
     int m_root = -1;
     std::unordered_map<int, std::string> m_directories;  // by watch descriptor
@@ -170,7 +155,7 @@ void DirectoryWatch::Native::run()
         while (canContinue()) {
             watchTree();
             deliver();
-            std::array<pollfd, 2> polled{{{m_inotify, POLLIN, 0}, {m_wakeUp, POLLIN, 0}}};
+            std::array<pollfd, 2> polled{{{m_inotify.number(), POLLIN, 0}, {m_wakeUp.number(), POLLIN, 0}}};
             if (canContinue() && ::poll(polled.data(), polled.size(), -1) > 0) { readEvents(); }
         }
         deliver();
@@ -194,7 +179,7 @@ void DirectoryWatch::Native::watchTree()
 
 void DirectoryWatch::Native::watchDirectory(const std::string& path)
 {
-    const int watch = ::inotify_add_watch(m_inotify, path.c_str(), kMask);
+    const int watch = ::inotify_add_watch(m_inotify.number(), path.c_str(), kMask);
     if (watch < 0) {
         if (const auto kind = failureOf(errno)) { fail(*kind); }
         return;
@@ -220,7 +205,9 @@ void DirectoryWatch::Native::watchContents(const std::string& path)
 // event between two directory events, so no close is lost. handle() ignores those extra events.
 void DirectoryWatch::Native::watchFile(const std::string& path)
 {
-    if (::inotify_add_watch(m_inotify, path.c_str(), IN_OPEN | IN_CLOSE | IN_DONT_FOLLOW) >= 0) { return; }
+    if (::inotify_add_watch(m_inotify.number(), path.c_str(), IN_OPEN | IN_CLOSE | IN_DONT_FOLLOW) >= 0) {
+        return;
+    }
     if (const auto kind = failureOf(errno)) { fail(*kind); }
 }
 
@@ -230,7 +217,7 @@ void DirectoryWatch::Native::forgetTree(const std::string& path)
     const std::string below = path + '/';
     std::erase_if(m_directories, [&](const auto& directory) {
         const bool isBelow = directory.second == path || directory.second.starts_with(below);
-        if (isBelow) { ::inotify_rm_watch(m_inotify, directory.first); }
+        if (isBelow) { ::inotify_rm_watch(m_inotify.number(), directory.first); }
         return isBelow;
     });
     for (auto opens = m_opens.begin(); opens != m_opens.end();) {
@@ -250,7 +237,7 @@ void DirectoryWatch::Native::countAsClosed(std::unordered_map<std::string, int>:
 void DirectoryWatch::Native::readEvents()
 {
     alignas(inotify_event) std::array<char, kBufferBytes> buffer;
-    const ssize_t size = ::read(m_inotify, buffer.data(), buffer.size());  // does not block
+    const ssize_t size = ::read(m_inotify.number(), buffer.data(), buffer.size());  // does not block
     ssize_t position = 0;
     while (position < size) {
         inotify_event event{};
@@ -316,17 +303,14 @@ DirectoryWatch::~DirectoryWatch() = default;
 
 std::optional<WatchFailure> DirectoryWatch::start(const std::string& root, WatchSink sink)
 {
-    const int inotify = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-    if (inotify < 0) { return failure(failureOf(errno).value_or(WatchFailure::Kind::CannotWatch)); }
-    const int wakeUp = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    if (wakeUp < 0) {
-        ::close(inotify);
-        return failure(WatchFailure::Kind::CannotWatch);
-    }
+    native::Descriptor inotify(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+    if (!inotify.isOpen()) { return failure(failureOf(errno).value_or(WatchFailure::Kind::CannotWatch)); }
+    native::Descriptor wakeUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    if (!wakeUp.isOpen()) { return failure(WatchFailure::Kind::CannotWatch); }
     try {
-        auto native = std::make_unique<Native>(inotify, wakeUp, std::move(sink));
-        std::optional<WatchFailure> problem = native->begin(root);
-        if (!problem) { m_native = std::move(native); }
+        auto watch = std::make_unique<Native>(std::move(inotify), std::move(wakeUp), std::move(sink));
+        std::optional<WatchFailure> problem = watch->begin(root);
+        if (!problem) { m_native = std::move(watch); }
         return problem;
     } catch (const std::exception&) {  // no thread, or no memory
         return failure(WatchFailure::Kind::CannotWatch);

@@ -1,3 +1,4 @@
+#include "base/native/handle_windows.h"
 #include "monitor/helper_channel.h"
 #include "monitor/helper_endpoint_windows.h"
 #include "monitor/helper_message.h"
@@ -19,10 +20,6 @@ constexpr DWORD kCancelIntervalMs = 10;
 
 // Everybody may wait for the stop event, and nothing more: the helper may run as an administrator who is not the user.
 constexpr wchar_t kEverybodyMayWait[] = L"D:(A;;0x100000;;;WD)";
-
-struct LocalFreer {
-    void operator()(void* memory) const { ::LocalFree(memory); }
-};
 
 // Cancels pending I/O on the pipe when the process ends, from construction until finish().
 class PipeCanceller {
@@ -61,7 +58,7 @@ private:
         } while (::WaitForSingleObject(m_done.get(), kCancelIntervalMs) == WAIT_TIMEOUT);
     }
 
-    Handle m_done;
+    native::Handle m_done;
     bool m_hasProcessEnded = false;
     std::thread m_thread;
 };
@@ -71,9 +68,9 @@ public:
     std::uint32_t createPipe(const std::string& name) override
     {
         constexpr DWORD kMode = PIPE_TYPE_BYTE | PIPE_READMODE_BYTE | PIPE_WAIT | PIPE_REJECT_REMOTE_CLIENTS;
-        m_pipe = handleOrNull(::CreateNamedPipeW(pipePath(name).c_str(), PIPE_ACCESS_INBOUND, kMode, 1, 0,
-                                                 kPipeBufferBytes, 0, nullptr));
-        return m_pipe ? 0 : lastError();
+        m_pipe = native::handleOrNull(::CreateNamedPipeW(pipePath(name).c_str(), PIPE_ACCESS_INBOUND, kMode,
+                                                         1, 0, kPipeBufferBytes, 0, nullptr));
+        return m_pipe ? 0 : native::lastError();
     }
 
     std::uint32_t createStopEvent(const std::string& name) override
@@ -81,17 +78,17 @@ public:
         PSECURITY_DESCRIPTOR memory = nullptr;
         if (::ConvertStringSecurityDescriptorToSecurityDescriptorW(kEverybodyMayWait, SDDL_REVISION_1,
                                                                    &memory, nullptr) == FALSE) {
-            return lastError();
+            return native::lastError();
         }
-        const std::unique_ptr<void, LocalFreer> descriptor(memory);
+        const native::LocalMemory<void> descriptor(memory);
         SECURITY_ATTRIBUTES attributes = {sizeof attributes, descriptor.get(), FALSE};
-        m_stopEvent.reset(::CreateEventW(&attributes, TRUE, FALSE, wideText(name).c_str()));
-        return m_stopEvent ? 0 : lastError();
+        m_stopEvent.reset(::CreateEventW(&attributes, TRUE, FALSE, native::wideText(name).c_str()));
+        return m_stopEvent ? 0 : native::lastError();
     }
 
     [[nodiscard]] bool fileExists(const std::string& path) const override
     {
-        const DWORD attributes = ::GetFileAttributesW(wideText(path).c_str());
+        const DWORD attributes = ::GetFileAttributesW(native::wideText(path).c_str());
         return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
     }
 
@@ -99,9 +96,9 @@ public:
 
     std::uint32_t launch(const std::string& executable, const std::string& parameters) override
     {
-        std::wstring file = wideText(executable);
+        std::wstring file = native::wideText(executable);
         std::ranges::replace(file, L'/', L'\\');  // the shell does not take slashes as the file system does
-        const std::wstring arguments = wideText(parameters);
+        const std::wstring arguments = native::wideText(parameters);
         SHELLEXECUTEINFOW info = {};
         info.cbSize = sizeof info;
         info.fMask = SEE_MASK_NOCLOSEPROCESS;
@@ -109,7 +106,7 @@ public:
         info.lpFile = file.c_str();
         info.lpParameters = arguments.c_str();
         info.nShow = SW_HIDE;
-        if (::ShellExecuteExW(&info) == FALSE) { return lastError(); }
+        if (::ShellExecuteExW(&info) == FALSE) { return native::lastError(); }
         m_process.reset(info.hProcess);
         return 0;
     }
@@ -117,7 +114,8 @@ public:
     std::uint32_t waitForConnection() override
     try {
         PipeCanceller canceller(m_pipe.get(), m_process.get());
-        const std::uint32_t error = ::ConnectNamedPipe(m_pipe.get(), nullptr) != FALSE ? 0 : lastError();
+        const std::uint32_t error =
+            ::ConnectNamedPipe(m_pipe.get(), nullptr) != FALSE ? 0 : native::lastError();
         const bool hasProcessEnded = canceller.finish();
         // The helper connected before the call. After ERROR_NO_DATA it has closed its end too, but what it wrote can
         // still be read.
@@ -159,9 +157,9 @@ public:
     void closeStopEvent() override { m_stopEvent.reset(); }
 
 private:
-    Handle m_pipe;
-    Handle m_stopEvent;
-    Handle m_process;
+    native::Handle m_pipe;
+    native::Handle m_stopEvent;
+    native::Handle m_process;
 };
 
 }  // namespace

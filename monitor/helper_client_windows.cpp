@@ -1,3 +1,4 @@
+#include "base/native/handle_windows.h"
 #include "monitor/helper_client.h"
 #include "monitor/helper_endpoint_windows.h"
 
@@ -8,9 +9,9 @@
 namespace monitor {
 
 struct HelperClient::Native {
-    Handle pipe;
-    Handle stopEvent;
-    Handle parent;
+    native::Handle pipe;
+    native::Handle stopEvent;
+    native::Handle parent;
 };
 
 HelperClient::HelperClient()
@@ -24,14 +25,14 @@ std::uint32_t HelperClient::connect(const std::string& pipe, const std::string& 
 {
     if (parentProcessId > std::numeric_limits<DWORD>::max()) { return ERROR_INVALID_PARAMETER; }
     m_native->parent.reset(::OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(parentProcessId)));
-    if (!m_native->parent) { return lastError(); }
-    m_native->stopEvent.reset(::OpenEventW(SYNCHRONIZE, FALSE, wideText(stopEvent).c_str()));
-    if (!m_native->stopEvent) { return lastError(); }
+    if (!m_native->parent) { return native::lastError(); }
+    m_native->stopEvent.reset(::OpenEventW(SYNCHRONIZE, FALSE, native::wideText(stopEvent).c_str()));
+    if (!m_native->stopEvent) { return native::lastError(); }
     // Anonymous: the server of the pipe must not impersonate the helper, which has more rights.
     constexpr DWORD kFlags = SECURITY_SQOS_PRESENT | SECURITY_ANONYMOUS;
-    m_native->pipe = handleOrNull(
+    m_native->pipe = native::handleOrNull(
         ::CreateFileW(pipePath(pipe).c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, kFlags, nullptr));
-    return m_native->pipe ? 0 : lastError();
+    return m_native->pipe ? 0 : native::lastError();
 }
 
 bool HelperClient::write(std::string_view bytes)

@@ -8,7 +8,7 @@ OwnIds::OwnIds()
 {
     HANDLE token = nullptr;
     if (::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, &token) == FALSE) { return; }
-    const Handle closer(token);
+    const native::Handle closer(token);
     DWORD size = 0;
     m_isKnown = ::GetTokenInformation(token, TokenUser, m_user.data(), sizeof m_user, &size) != FALSE &&
                 ::GetTokenInformation(token, TokenOwner, m_owner.data(), sizeof m_owner, &size) != FALSE;

@@ -1,24 +1,16 @@
 // Who owns a file on Windows, and who may do what with it.
 #pragma once
 
+#include "base/native/handle_windows.h"
+
 #include <windows.h>
 
 #include <array>
-#include <memory>
 #include <string>
 
 namespace service {
 
-struct HandleCloser {
-    using pointer = HANDLE;
-    void operator()(HANDLE handle) const { ::CloseHandle(handle); }
-};
-using Handle = std::unique_ptr<HANDLE, HandleCloser>;
-
-struct LocalFreer {
-    void operator()(void* memory) const { ::LocalFree(memory); }
-};
-using AccessList = std::unique_ptr<ACL, LocalFreer>;
+using AccessList = native::LocalMemory<ACL>;
 
 inline constexpr ACCESS_MASK kAnyAccess = ~ACCESS_MASK{0};
 inline constexpr ACCESS_MASK kDirectoryWrite = FILE_ADD_FILE | FILE_ADD_SUBDIRECTORY | FILE_DELETE_CHILD |
@@ -59,7 +51,7 @@ private:
 
     PSID m_owner = nullptr;
     PACL m_list = nullptr;
-    std::unique_ptr<void, LocalFreer> m_descriptor;  // holds both
+    native::LocalMemory<void> m_descriptor;  // holds both
 };
 
 // A list of one entry: everything for the owner. Null on failure, with the error in `error`.

@@ -1,3 +1,4 @@
+#include "base/native/descriptor_posix.h"
 #include "service/owner_only_file.h"
 
 #include <fcntl.h>
@@ -17,25 +18,6 @@ constexpr mode_t kOwnerOnlyDirectory = 0700;
 constexpr mode_t kRights = 07777;
 constexpr mode_t kOthersAccess = 0077;
 constexpr mode_t kOthersWrite = 0022;
-
-class Descriptor {
-public:
-    explicit Descriptor(int number)
-        : m_number(number)
-    {}
-    ~Descriptor()
-    {
-        if (isOpen()) { ::close(m_number); }
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    [[nodiscard]] bool isOpen() const { return m_number >= 0; }
-    [[nodiscard]] int number() const { return m_number; }
-
-private:
-    int m_number;
-};
 
 OwnerOnlyResult failure(OwnerOnlyStep step, int number)
 {
@@ -73,7 +55,7 @@ OwnerOnlyResult narrow(const std::string& path)
     return {};
 }
 
-bool readAtMost(const Descriptor& file, std::size_t limit, std::string& content)
+bool readAtMost(const native::Descriptor& file, std::size_t limit, std::string& content)
 {
     char chunk[4096];
     for (;;) {
@@ -91,7 +73,7 @@ bool readAtMost(const Descriptor& file, std::size_t limit, std::string& content)
     }
 }
 
-bool writeAll(const Descriptor& file, const std::string& content)
+bool writeAll(const native::Descriptor& file, const std::string& content)
 {
     std::size_t written = 0;
     while (written < content.size()) {
@@ -121,7 +103,8 @@ OwnerOnlyResult readOwnerOnlyFile(const std::string& path, std::size_t limit, st
     const OwnerOnlyResult narrowed = narrow(path);
     if (!narrowed.ok()) { return narrowed; }
     // Should another file have taken the name since: opening a pipe must not wait for its writer.
-    const Descriptor file(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    const native::Descriptor file(
+        ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (!file.isOpen()) { return failure(OwnerOnlyStep::Read, errno); }
     struct stat status = {};
     if (::fstat(file.number(), &status) != 0) { return failure(OwnerOnlyStep::Owner, errno); }
@@ -136,7 +119,7 @@ OwnerOnlyResult readOwnerOnlyFile(const std::string& path, std::size_t limit, st
 OwnerOnlyResult replaceOwnerOnlyFile(const std::string& path, const std::string& content)
 {
     std::string temporary = path + ".XXXXXX";
-    const Descriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
+    const native::Descriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
     if (!file.isOpen()) { return failure(OwnerOnlyStep::Write, errno); }
     OwnerOnlyResult result;
     if (::fchmod(file.number(), kOwnerOnlyFile) != 0) {

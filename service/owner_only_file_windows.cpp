@@ -1,3 +1,4 @@
+#include "base/native/utf16_windows.h"
 #include "service/file_rights_windows.h"
 #include "service/owner_only_file.h"
 
@@ -6,7 +7,6 @@
 
 #include <algorithm>
 #include <array>
-#include <memory>
 #include <random>
 
 namespace service {
@@ -29,30 +29,28 @@ bool isAbsence(DWORD number)
 
 std::wstring widePath(const std::string& path)
 {
-    const int size = static_cast<int>(path.size());
-    std::wstring wide(path.size(), L'\0');  // never more characters than bytes
-    const int count = ::MultiByteToWideChar(CP_UTF8, 0, path.data(), size, wide.data(), size);
-    wide.resize(static_cast<std::size_t>(count));
+    std::wstring wide = native::wideText(path);
     std::ranges::replace(wide, L'/', L'\\');
     return wide;
 }
 
 // Null on failure; GetLastError() says why.
-Handle openHandle(const std::wstring& path, DWORD access, DWORD share, DWORD disposition, DWORD flags)
+native::Handle openHandle(const std::wstring& path, DWORD access, DWORD share, DWORD disposition, DWORD flags)
 {
-    const HANDLE handle = ::CreateFileW(path.c_str(), access, share, nullptr, disposition, flags, nullptr);
-    return Handle(handle == INVALID_HANDLE_VALUE ? nullptr : handle);
+    return native::handleOrNull(
+        ::CreateFileW(path.c_str(), access, share, nullptr, disposition, flags, nullptr));
 }
 
 // A link is opened itself, not what it leads to; so is a directory, to be told from a file.
-Handle openFile(const std::wstring& path, DWORD access, DWORD share, DWORD disposition = OPEN_EXISTING)
+native::Handle openFile(const std::wstring& path, DWORD access, DWORD share,
+                        DWORD disposition = OPEN_EXISTING)
 {
     return openHandle(path, access, share, disposition,
                       FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS);
 }
 
 // For questions about it alone.
-Handle openDirectory(const std::wstring& path)
+native::Handle openDirectory(const std::wstring& path)
 {
     return openHandle(path, kQuestions, kShareAll, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
 }
@@ -82,7 +80,7 @@ OwnerOnlyResult restrictToOwner(const std::wstring& path)
     PSECURITY_DESCRIPTOR memory = nullptr;
     const DWORD queried = ::GetNamedSecurityInfoW(path.c_str(), SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION,
                                                   &owner, nullptr, nullptr, nullptr, &memory);
-    const std::unique_ptr<void, LocalFreer> descriptor(memory);
+    const native::LocalMemory<void> descriptor(memory);
     if (isAbsence(queried)) { return failure(OwnerOnlyStep::Absent, queried); }
     if (queried != ERROR_SUCCESS || owner == nullptr) { return failure(OwnerOnlyStep::Owner, queried); }
     if (!OwnIds().contain(owner)) { return failure(OwnerOnlyStep::Restrict, ERROR_ACCESS_DENIED); }
@@ -129,10 +127,10 @@ bool writeAll(HANDLE file, const std::string& content)
 }
 
 // A new file beside `path`, which nobody else can open as long as it is open. Null on failure.
-Handle createBeside(const std::wstring& path, std::wstring& name)
+native::Handle createBeside(const std::wstring& path, std::wstring& name)
 {
     std::random_device random;
-    Handle file;
+    native::Handle file;
     for (int attempt = 0; attempt < kNameAttempts; ++attempt) {
         name = path + L'.' + std::to_wstring(random());
         file = openFile(name, GENERIC_WRITE | READ_CONTROL, 0, CREATE_NEW);
@@ -178,7 +176,7 @@ OwnerOnlyResult readOwnerOnlyFile(const std::string& path, std::size_t limit, st
     const std::wstring name = widePath(path);
     const OwnerOnlyResult narrowed = narrow(name);
     if (!narrowed.ok()) { return narrowed; }
-    const Handle file = openFile(name, GENERIC_READ, FILE_SHARE_READ);
+    const native::Handle file = openFile(name, GENERIC_READ, FILE_SHARE_READ);
     if (!file) { return failure(OwnerOnlyStep::Read, ::GetLastError()); }
     // Another file may have taken the name since, or the file system may keep no such list.
     if (!isOwnerOnlyFileOfUser(file.get())) { return failure(OwnerOnlyStep::Restrict, ERROR_ACCESS_DENIED); }
@@ -194,7 +192,7 @@ OwnerOnlyResult replaceOwnerOnlyFile(const std::string& path, const std::string&
 {
     const std::wstring name = widePath(path);
     std::wstring temporary;
-    Handle file = createBeside(name, temporary);
+    native::Handle file = createBeside(name, temporary);
     if (!file) { return failure(OwnerOnlyStep::Write, ::GetLastError()); }
     OwnerOnlyResult result = fill(file.get(), temporary, content);
     file.reset();
@@ -210,7 +208,7 @@ bool makeOwnerOnlyDirectory(const std::string& path)
 {
     const std::wstring name = widePath(path);
     if (createDirectory(name)) { return true; }
-    const Handle directory = openDirectory(name);
+    const native::Handle directory = openDirectory(name);
     if (!directory || (attributesOf(directory.get()) & FILE_ATTRIBUTE_DIRECTORY) == 0) { return false; }
     const FileRights rights(directory.get());
     if (!OwnIds().contain(rights.owner()) || !rights.giveOthers(kDirectoryWrite)) { return true; }
@@ -220,9 +218,9 @@ bool makeOwnerOnlyDirectory(const std::string& path)
 bool isOwnerOnly(const std::string& path)
 {
     const std::wstring name = widePath(path);
-    const Handle file = openFile(name, kQuestions, kShareAll);
+    const native::Handle file = openFile(name, kQuestions, kShareAll);
     if (!file) { return isAbsence(::GetLastError()); }
-    const Handle directory = openDirectory(name.substr(0, name.find_last_of(L'\\') + 1));
+    const native::Handle directory = openDirectory(name.substr(0, name.find_last_of(L'\\') + 1));
     if (!directory || !isOwnerOnlyFileOfUser(file.get())) { return false; }
     const FileRights rights(directory.get());
     const bool isTrusted =

@@ -41,7 +41,7 @@ protected:
         testsupport::writeFile(m_folder / "image", m_directory);
         const auto image = discio::openRegularFile(m_folder / "image");
         discio::ReadBudget budget;
-        return discio::findDirectoryRecord(image.stream.get(), blockSize, extent, name, budget);
+        return discio::findDirectoryRecord(*image.stream, blockSize, extent, name, budget);
     }
 
     testsupport::TemporaryFolder m_folder;
@@ -171,7 +171,7 @@ TEST_F(IsoSearch, EmptyBlocksArePassedOverUpToTheLimit)
     const auto opened = discio::openRegularFile(m_folder / "sparse");
     const auto find = [&](const char* name, discio::ReadBudget budget) {
         const discio::IsoExtent extent = {0, UINT32_MAX};
-        return findDirectoryRecord(opened.stream.get(), kSector, extent, name, budget).has_value() ||
+        return findDirectoryRecord(*opened.stream, kSector, extent, name, budget).has_value() ||
                budget.reached() == nullptr;
     };
     EXPECT_TRUE(find("LAST", {}));
@@ -184,7 +184,7 @@ TEST(IsoVolumeDescriptor, IsReadFromAWholeSectorOnly)
     testsupport::buildImage({{"A", Bytes(1)}}, testsupport::DiscForm::Iso).writeTo(folder / "image");
     const auto image = discio::openRegularFile(folder / "image");
     Bytes sector(kSector);
-    ASSERT_TRUE(discio::readExactly(image.stream.get(), discio::kIsoDescriptorOffset, sector));
+    ASSERT_TRUE(discio::readExactly(*image.stream, discio::kIsoDescriptorOffset, sector));
     const auto volume = discio::parsePrimaryVolumeDescriptor(sector);
     ASSERT_TRUE(volume);
     EXPECT_EQ(volume->blockSize, 2048U);

@@ -1,7 +1,7 @@
 // A helper process with the command line of the real one. It sends its --root, which selects what it does then.
+#include "base/native/utf16_windows.h"
 #include "etw_helper/helper_arguments.h"
 #include "monitor/helper_client.h"
-#include "monitor/helper_endpoint_windows.h"
 #include "monitor/helper_message.h"
 
 using monitor::encodeMessage;
@@ -12,7 +12,7 @@ int wmain(int argc, wchar_t** argv)
     const std::span<const wchar_t* const> all(argv, static_cast<std::size_t>(argc));
     const auto arguments = etw_helper::parseHelperArguments(all.subspan(1));
     if (!arguments) { return 2; }
-    const std::string root = monitor::utf8Text(arguments->root);
+    const std::string root = native::utf8Text(arguments->root);
     monitor::HelperClient client;
     if (root == "absent" ||
         client.connect(arguments->pipe, arguments->stopEvent, arguments->parentProcessId) != 0) {

@@ -13,7 +13,7 @@ namespace {
 
 using FileStream = native_test::FolderTest;
 
-std::string read(std::FILE* stream, std::uint64_t offset, std::size_t size)
+std::string read(const discio::NativeFile& stream, std::uint64_t offset, std::size_t size)
 {
     std::vector<std::uint8_t> bytes(size, '?');
     bytes.resize(readUpTo(stream, offset, bytes));
@@ -62,7 +62,7 @@ TEST_F(FileStream, BytesAreReadAtAnyOffset)
     const auto file = openRegularFile(text(m_folder / "file"));
     ASSERT_TRUE(file.stream);
     EXPECT_EQ(file.sizeBytes, kFar + 3);
-    EXPECT_EQ(discio::streamSize(file.stream.get()), kFar + 3);
+    EXPECT_EQ(discio::streamSize(*file.stream), kFar + 3);
     const struct {
         std::uint64_t offset;
         std::size_t size;
@@ -73,7 +73,7 @@ TEST_F(FileStream, BytesAreReadAtAnyOffset)
                 {INT64_MAX, 10, ""}, {std::uint64_t{INT64_MAX} + 1, 10, ""},
                 {UINT64_MAX, 10, ""}};
     for (const auto& row : rows) {
-        EXPECT_EQ(read(file.stream.get(), row.offset, row.size), row.bytes) << row.offset;
+        EXPECT_EQ(read(*file.stream, row.offset, row.size), row.bytes) << row.offset;
     }
 }
 

@@ -8,7 +8,8 @@
 set -euo pipefail
 cd "${1:-$(dirname "$0")/../..}"
 
-# A room and the rooms it may include besides itself. A folder is a room, except app/, which holds three.
+# A room and the rooms it may include besides itself. A folder is a room, except app/, which holds three, and base/,
+# which holds base/native.
 declare -A allowed=(
     [app/main]="ui report app/command_line app/translation base"
     [app/command_line]="base"
@@ -16,27 +17,29 @@ declare -A allowed=(
     [ui]="text scan monitor service base"
     [report]="text scan base"
     [text]="scan"
-    [monitor]=""
-    [etw_helper]="monitor"
+    [monitor]="base/native"
+    [etw_helper]="monitor base/native"
     [scan]="service package bdmeta dvdmeta discio base"
-    [service]="base"
+    [service]="base base/native"
     [base]=""
+    [base/native]=""
     [package]="bdmeta dvdmeta discio"
     [bdmeta]="discio"
     [dvdmeta]="discio"
-    [discio]=""
+    [discio]="base/native"
     [tools]=""
     [tests]="any"
     [bench]="any"
     [fuzz]="any"
 )
-without_qt=" discio bdmeta dvdmeta etw_helper "
+without_qt=" discio bdmeta dvdmeta etw_helper base/native "
 native_file='_(posix|linux|windows)\.cpp$'
 
 # The room of a source file or of an included path.
 room_of() {
     case $1 in
         app/*) echo "${1%.*}" ;;
+        base/native/*) echo base/native ;;
         *) echo "${1%%/*}" ;;
     esac
 }
