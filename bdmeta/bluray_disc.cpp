@@ -248,16 +248,12 @@ int readBlurayDisc(const char* path, BlurayDisc* disc, char* errorText, std::siz
     if (path == nullptr || disc == nullptr) { return error.fail("path and disc are required"); }
     releaseBlurayDisc(*disc);
     DiscRead read(*disc, error);
-    bool isRead = false;
     try {
-        isRead = read.run(path);
-    } catch (const std::bad_alloc&) {  // fails the step that it happened in
-    }
-    if (isRead) { return 0; }
-    releaseBlurayDisc(*disc);
-    try {
+        if (read.run(path)) { return 0; }
+        releaseBlurayDisc(*disc);
         if (read.isBehindImageLimit()) { disc->readWarnings = {discio::kBehindImageLimit}; }
-    } catch (const std::bad_alloc&) {  // the failure's own message has to do
+    } catch (const std::bad_alloc&) {  // fails the step in which it is thrown
+        releaseBlurayDisc(*disc);
     }
     return read.fail();
 }

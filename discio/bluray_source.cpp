@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <exception>
 #include <span>
 #include <utility>
 
@@ -192,11 +191,7 @@ int openBluraySource(const char* path, BlurayDiscSource& source, char* errorText
 {
     const ErrorText error(errorText, errorCapacity);
     source = {};
-    int result = -1;
-    try {
-        result = openPath(path, source, error);
-    } catch (const std::exception&) {  // out of memory
-    }
+    const int result = openPath(path, source, error);
     if (result != 0) { source = {}; }
     return result;
 }

@@ -2,7 +2,7 @@
 // is opened once per read of a disc and used by one thread. Paths are relative to the disc root (the
 // directory that holds BDMV) and use "/"; letter case does not matter in any form.
 //
-// Memory that runs out is thrown as std::bad_alloc by all but the opening: a file that was not read for want of it must
+// All functions throw std::bad_alloc if memory runs out: a file that was not read for want of memory must
 // not pass for one that the disc lacks, which would give the disc another signature.
 //
 // A directory of the disc is read once, however many of its files are asked for, and once read it is

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <exception>
+#include <new>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -153,7 +153,7 @@ DiscFileBytes readDiscFile(const DiscFileRef& ref, ReadBudget& budget)
     if (!budget.spend(ReadBudget::Bound::NavigationBytes, wanted)) { return file; }
     try {
         file.bytes.resize(static_cast<std::size_t>(wanted));
-    } catch (const std::exception&) {  // too large for memory: a file that cannot be read
+    } catch (const std::bad_alloc&) {  // the reader's message names the file
         return file;
     }
     file.bytes.resize(readUpTo(*ref.stream, ref.offset, file.bytes));

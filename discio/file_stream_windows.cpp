@@ -90,9 +90,7 @@ OpenedFile openRegularFile(const std::string& path)
     file->descriptor = ::_open(path.c_str(), _O_RDONLY | _O_BINARY | _O_NOINHERIT);
     if (file->descriptor < 0) { return {nullptr, errno, false, 0}; }
     // The status of "NUL" is that of a regular file.
-    if (::GetFileType(handleOf(file->descriptor)) != FILE_TYPE_DISK) {
-        return {nullptr, EINVAL, true, 0};
-    }
+    if (::GetFileType(handleOf(file->descriptor)) != FILE_TYPE_DISK) { return {nullptr, EINVAL, true, 0}; }
     struct _stat64 status = {};
     if (::_fstat64(file->descriptor, &status) != 0) { return {nullptr, errno, false, 0}; }
     return {std::move(file), 0, false, static_cast<std::uint64_t>(status.st_size)};

@@ -13,7 +13,6 @@ namespace {
 constexpr std::uint8_t kPrimaryDescriptorType = 1;
 constexpr std::string_view kStandardId = "CD001";
 constexpr std::uint8_t kDirectoryFlag = 0x02;
-constexpr std::size_t kIdentifierLimit = 255;
 constexpr std::size_t kWindowSize = 65536;
 
 IsoExtent parseExtent(ByteReader record)
@@ -37,9 +36,7 @@ std::string identifierText(std::span<const std::uint8_t> identifier)
 {
     const auto isEnd = [](std::uint8_t byte) { return byte == ';' || byte == 0; };
     const auto end = std::ranges::find_if(identifier, isEnd);
-    std::string text(identifier.begin(), end);
-    text.resize(std::min(text.size(), kIdentifierLimit));
-    return text;
+    return {identifier.begin(), end};
 }
 
 }  // namespace

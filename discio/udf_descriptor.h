@@ -13,6 +13,9 @@ namespace discio {
 
 inline constexpr std::size_t kUdfSectorSize = 2048;
 
+// The most partition descriptors, and the most partition maps, that are read of a volume.
+inline constexpr std::size_t kUdfPartitionLimit = 16;
+
 using UdfSector = std::array<std::uint8_t, kUdfSectorSize>;
 
 // A field of `width` bytes, at most 4; 0 where the bytes end before it.

@@ -13,7 +13,6 @@ namespace {
 
 constexpr std::size_t kMapCountOffset = 268;
 constexpr std::size_t kMapsOffset = 440;
-constexpr std::size_t kMapLimit = 16;
 constexpr std::size_t kMapHeaderSize = 2;
 
 constexpr std::uint8_t kPhysicalType = 1;
@@ -46,7 +45,7 @@ UdfPartitionMap parseMap(std::span<const std::uint8_t> map)
 
 std::vector<UdfPartitionMap> parseUdfPartitionMaps(std::span<const std::uint8_t> sector)
 {
-    const std::size_t count = std::min<std::size_t>(udfField(sector, kMapCountOffset, 4), kMapLimit);
+    const std::size_t count = std::min<std::size_t>(udfField(sector, kMapCountOffset, 4), kUdfPartitionLimit);
     std::vector<UdfPartitionMap> maps;
     ByteReader reader(sector);
     reader.seek(kMapsOffset);

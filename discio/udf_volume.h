@@ -26,8 +26,6 @@
 
 namespace discio {
 
-inline constexpr std::size_t kUdfPartitionLimit = 16;
-
 // A logical block of a partition: where an ICB or an extent is.
 struct UdfAddress {
     std::uint32_t block = 0;
