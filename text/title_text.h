@@ -34,12 +34,24 @@ namespace titletext {
 [[nodiscard]] QString toolTip(const AudioTrackInfo& stream, DiscType discType);
 [[nodiscard]] QString toolTip(const SubtitleTrackInfo& stream, DiscType discType);
 
-// Details, a line for each fact, each line ended by a line break. What the disc does not say is "Unknown".
+// A line for each fact, each line with a line break at its end. A fact that the disc does not contain is "Unknown".
 [[nodiscard]] QString details(const DvdTitleInfo& title);
 [[nodiscard]] QString details(const BlurayTitleInfo& title);
-[[nodiscard]] QString details(const VideoStreamInfo& stream);
-[[nodiscard]] QString details(const AudioTrackInfo& stream);
-[[nodiscard]] QString details(const SubtitleTrackInfo& stream);
+[[nodiscard]] QString facts(const VideoStreamInfo& stream);
+[[nodiscard]] QString facts(const AudioTrackInfo& stream);
+[[nodiscard]] QString facts(const SubtitleTrackInfo& stream);
+
+// "Video track", "Audio track" or "Subtitle track".
+[[nodiscard]] QString heading(const VideoStreamInfo& stream);
+[[nodiscard]] QString heading(const AudioTrackInfo& stream);
+[[nodiscard]] QString heading(const SubtitleTrackInfo& stream);
+
+// The details of a stream: its heading on a line of its own, then its facts.
+template <typename Stream>
+[[nodiscard]] QString details(const Stream& stream)
+{
+    return heading(stream) + QLatin1Char('\n') + facts(stream);
+}
 
 // The same of a title that a configuration names: two lines are worded otherwise there.
 [[nodiscard]] QString matchingDetails(const DvdTitleInfo& title);

@@ -1,7 +1,6 @@
 #include "ui/configuration_text.h"
 
 #include "text/title_text.h"
-#include "ui/message_box.h"
 #include "ui/plain_text.h"
 
 #include <QCoreApplication>
@@ -109,9 +108,8 @@ QString header(const DiscScanResult& disc)
 {
     const QString id = disc.discId == 0 ? Texts::tr("(none)") : QString::number(disc.discId);
     QString text = Texts::tr("Type: %1\nDisc ID: %2").arg(kindName(disc.discType), id);
-    if (disc.errorMessage.isEmpty()) { return text; }
-    const QString message =
-        plaintext::bounded(messagebox::translated(disc.errorMessage), kHeaderCharacters, kHeaderLines);
+    if (disc.error.isEmpty()) { return text; }
+    const QString message = plaintext::bounded(disc.error.translated(), kHeaderCharacters, kHeaderLines);
     return text + (disc.ok != 0 ? Texts::tr("\nNote: %1") : Texts::tr("\nError: %1")).arg(message);
 }
 

@@ -1,6 +1,7 @@
 #include "ui/main_window.h"
 
 #include "monitor/inotify_watcher.h"
+#include "scan/error_result.h"
 #include "ui/configurations_page.h"
 #include "ui/monitor_page.h"
 #include "ui/placeholder_page.h"
@@ -196,10 +197,10 @@ void MainWindow::endWork()
 
 void MainWindow::tellNotDone(DiscScanResult& result)
 {
-    result.errorMessage = QString::fromUtf8(kNotDone);
+    scan::setError(result, kNotDone);
 }
 
 void MainWindow::tellNotDone(service::AuthenticationOutcome& outcome)
 {
-    outcome.errorText = QString::fromUtf8(kNotDone);
+    outcome.error = kNotDone;
 }

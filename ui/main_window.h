@@ -2,6 +2,7 @@
 // runs every long operation behind the busy dialog.
 #pragma once
 
+#include "base/message.h"
 #include "scan/disc_scan_result.h"
 #include "scan/disc_scanner.h"
 #include "ui/busy_task.h"
@@ -124,7 +125,7 @@ private:
     DiscScanner* m_scanner;  // holds the key; each worker makes a scanner of its own
     QString m_discPath;
     QString m_discToOpenAtStart;
-    QString m_storedKeyProblem;  // why no stored key is in force
+    Message m_storedKeyProblem;  // why no stored key is in force
     DiscScanResult m_result;
     bool m_discLoaded = false;
     bool m_apiKeyAccepted = false;

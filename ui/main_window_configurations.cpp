@@ -15,7 +15,7 @@ void MainWindow::refreshConfigurations()
         showServiceMessage(result);
         return;
     }
-    const bool isNewMessage = result.errorMessage != m_result.errorMessage;
+    const bool isNewMessage = result.error.english() != m_result.error.english();
     m_result = result;
     m_configurationsPage->showDisc(result);
     applyEnableRule();

@@ -141,8 +141,8 @@ void MainWindow::populate(const QString& path, const DiscScanResult& result)
 
 void MainWindow::showServiceMessage(const DiscScanResult& result)
 {
-    if (m_closeRequested || result.errorMessage.isEmpty()) { return; }
-    const QString message = messagebox::translated(result.errorMessage);
+    if (m_closeRequested || result.error.isEmpty()) { return; }
+    const QString message = result.error.translated();
     if (result.ok == 0) {
         messagebox::critical(this, tr("Tessera Error"), message, readerDetails(result.readerErrors));
     } else {

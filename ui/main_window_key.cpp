@@ -38,7 +38,7 @@ void MainWindow::loadStoredKey()
     QString key;
     if (!service::loadApiKey(&key, &m_storedKeyProblem)) { return; }
     if (!service::isConfiguredKey(key)) {
-        m_storedKeyProblem = QString::fromUtf8(service::kApiKeyNotConfigured);
+        m_storedKeyProblem = service::kApiKeyNotConfigured;
         return;
     }
     // Only accepted keys are stored, so a stored one counts as accepted until the service says otherwise.
@@ -50,11 +50,11 @@ void MainWindow::startUp()
 {
     const service::ServiceAddress address = service::currentServiceAddress();
     if (!address.isUsable()) {
-        messagebox::warning(this, tr("Tessera Service Address"), messagebox::translated(address.problem));
+        messagebox::warning(this, tr("Tessera Service Address"), address.problem.translated());
     } else if (hasKey()) {
         authenticateAndSaveApiKey(m_scanner->apiKey());
     } else {
-        messagebox::warning(this, tr("API Key Security"), messagebox::translated(m_storedKeyProblem));
+        messagebox::warning(this, tr("API Key Security"), m_storedKeyProblem.translated());
         showApiKeyDialogSlot();
     }
     if (hasKey() && !m_closeRequested && !m_discToOpenAtStart.isEmpty()) { openDisc(m_discToOpenAtStart); }
@@ -85,9 +85,9 @@ bool MainWindow::authenticateAndSaveApiKey(const QString& key)
     const bool wasAccepted = m_apiKeyAccepted;
     setKey(newKey, false);
 
-    const QString fileProblem = service::apiKeyFileProblem();
+    const Message fileProblem = service::apiKeyFileProblem();
     if (!fileProblem.isEmpty()) {
-        messagebox::warning(this, tr("API Key Security"), messagebox::translated(fileProblem));
+        messagebox::warning(this, tr("API Key Security"), fileProblem.translated());
     }
     const auto outcome =
         runWithBusyDialog(tr("Connecting to Tessera"), tr("Authenticating with Tessera"), [newKey] {
@@ -97,14 +97,14 @@ bool MainWindow::authenticateAndSaveApiKey(const QString& key)
         });
     if (!outcome.ok) {
         setKey(formerKey, wasAccepted);
-        messagebox::critical(this, failureTitle, messagebox::translated(outcome.errorText));
+        messagebox::critical(this, failureTitle, outcome.error.translated());
         return false;
     }
     showUpdateNotice(outcome.user.latestVersion);
-    QString saveError;
+    Message saveError;
     if (!service::saveApiKey(newKey, &saveError)) {
         setKey(formerKey, wasAccepted);
-        messagebox::critical(this, tr("API Key Security"), messagebox::translated(saveError));
+        messagebox::critical(this, tr("API Key Security"), saveError.translated());
         return false;
     }
     setKey(newKey, true);
