@@ -101,7 +101,7 @@ void MainWindow::createPages()
     m_pages->setObjectName(QStringLiteral("pages"));
     m_placeholderPage = new PlaceholderPage(m_pages);
     m_titlesPage = new TitlesPage(m_pages);
-    m_configurationsPage = new ConfigurationsPage(m_pages);
+    m_configurationsPage = new ConfigurationsPage(m_result, m_pages);
     m_monitorPage = new MonitorPage(m_pages);
     m_pages->addWidget(m_placeholderPage);
     m_pages->addWidget(m_titlesPage);

@@ -17,7 +17,7 @@ void MainWindow::refreshConfigurations()
     }
     const bool isNewMessage = result.errorMessage != m_result.errorMessage;
     m_result = result;
-    m_configurationsPage->showDisc(result);
+    m_configurationsPage->showDisc();
     applyEnableRule();
     if (isNewMessage) { showServiceMessage(result); }
 }

@@ -132,7 +132,7 @@ void MainWindow::populate(const QString& path, const DiscScanResult& result)
         name.replace(QLatin1StringView("[*]"), QLatin1StringView("[*][*]"));
         setWindowTitle(tr("Platterscope - %1").arg(name));
     }
-    m_configurationsPage->showDisc(result);
+    m_configurationsPage->showDisc();
     showServiceMessage(result);
     m_titlesPage->showTitles(result);
     showPage(m_discLoaded ? Page::Titles : Page::Placeholder);

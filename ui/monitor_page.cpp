@@ -1,6 +1,6 @@
 #include "ui/monitor_page.h"
 
-#include "ui/disabled_button.h"
+#include "ui/push_button.h"
 #include "ui/row_view.h"
 
 #include <QFileInfo>
@@ -49,9 +49,9 @@ QTabWidget* addTabs(QHBoxLayout* columns, int stretch, const QString& heading,
 MonitorPage::MonitorPage(QWidget* parent)
     : QWidget(parent)
     , m_status(new QLabel)
-    , m_startButton(disabledButton(tr("Start"), QStringLiteral("startMonitoringButton")))
-    , m_stopButton(disabledButton(tr("Stop"), QStringLiteral("stopMonitoringButton")))
-    , m_clearButton(disabledButton(tr("Clear All"), QStringLiteral("clearMonitorButton")))
+    , m_startButton(pushButton(tr("Start"), QStringLiteral("startMonitoringButton")))
+    , m_stopButton(pushButton(tr("Stop"), QStringLiteral("stopMonitoringButton")))
+    , m_clearButton(pushButton(tr("Clear All"), QStringLiteral("clearMonitorButton")))
 {
     setObjectName(QStringLiteral("monitorPage"));
     auto* header = new QHBoxLayout;
