@@ -25,7 +25,8 @@ int fail(const QString& message)
     return kFailed;
 }
 
-// The disc's path in the system's bytes. They may be no valid text, so the path is cut rather than converted.
+// The disc's path in the file system's encoding. Cut out of `given` if possible, because a conversion would change
+// bytes that are not valid text.
 QByteArray localPathOf(const scan::DiscPath& disc, const QByteArray& given)
 {
     const QString decoded = QFile::decodeName(given);
@@ -43,7 +44,7 @@ int printReport(const QByteArray& given, Format format)
         const QByteArray localPath = localPathOf(found, given);
         const scan::ParsedDisc disc = scan::readDisc(localPath);
         const DiscScanResult result = scan::describeDisc(disc);
-        if (result.discType == DiscType::None) { return kFailed; }  // it is logged why
+        if (result.discType == DiscType::None) { return kFailed; }  // the reader has logged why
 
         const QString path = QString::fromLocal8Bit(localPath);
         const QByteArray report = format == Format::Json ? jsonReport(path, disc, result)

@@ -19,8 +19,8 @@ namespace {
 
 constexpr int kNameColumn = 0;
 
-// How many rows the list measures for the width of a column. To measure 1,000 rows of long texts, the toolkit's default,
-// took most of a second.
+// How many rows the list measures for the width of a column. To measure 1,000 rows of long texts, the toolkit's
+// default, took most of a second.
 constexpr int kMeasuredRows = 100;
 
 // A longer word in the header does not widen the window.

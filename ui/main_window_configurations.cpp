@@ -11,7 +11,7 @@ void MainWindow::refreshConfigurations()
         return;
     }
     const DiscScanResult result = reloadConfigurationsWithProgress(m_result);
-    if (result.ok == 0) {  // what there was stays as it was
+    if (result.ok == 0) {  // the current configurations stay
         showServiceMessage(result);
         return;
     }

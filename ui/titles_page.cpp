@@ -39,8 +39,8 @@ QString languageCode(const Track& track)
     return track.language;
 }
 
-// A title's row. In "Description" it sorts by the title's duration. Titles of equal duration, and all titles if the tree
-// is sorted by another column or not at all, keep the disc's order.
+// A title's row. In "Description" it sorts by the title's duration. Titles of equal duration, and all titles if the
+// tree is sorted by another column or not at all, keep the disc's order.
 template <typename Title>
 class TitleRow : public QTreeWidgetItem {
 public:
