@@ -106,7 +106,7 @@ start() {
 start_service() {
     local database=$state/tessera.db
     if [[ $headless == yes ]]; then
-        database=$state/headless.db    # always new, so that the service does not know the disc
+        database=$state/headless.db    # always new, so that the disc is new to the service
         rm -f "$database"*
     fi
     start "$state/service.log" "$bin/tessera_local" --keys-file "$state/keys" --database "$database" --port 0

@@ -31,7 +31,7 @@ step_format() {    # clang-format 14 would change no source
         | xargs -0 --no-run-if-empty -n 40 -P 2 clang-format-14 --dry-run -Werror
 }
 
-step_structure() {    # the rules for includes and platform macros
+step_structure() {    # the rules for includes, platform macros and manual memory management
     tests/structure/check_includes.sh
     tests/structure/check_platform.sh
 }
