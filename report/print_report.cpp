@@ -25,8 +25,8 @@ int fail(const QString& message)
     return kFailed;
 }
 
-// Returns the disc's path in the system's 8-bit encoding. `given` may not be valid text, so the path is cut from it
-// rather than converted.
+// The disc's path in the file system's encoding. Cut out of `given` if possible, because a conversion would change
+// bytes that are not valid text.
 QByteArray localPathOf(const scan::DiscPath& disc, const QByteArray& given)
 {
     const QString decoded = QFile::decodeName(given);

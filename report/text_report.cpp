@@ -22,7 +22,7 @@ QString printable(const QString& text)
     return QString::fromUtf8(terminaltext::line(text));
 }
 
-// A title whose texts from the disc are printable; the names of codecs and the like are the program's own.
+// The title with printable texts. The names of codecs, layouts and formats come from the program, not from the disc.
 template <typename Title>
 Title printableTitle(Title title)
 {

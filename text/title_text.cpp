@@ -11,7 +11,7 @@ namespace titletext {
 
 namespace {
 
-// What the readers call formats and the like. Names that are the same in every language are not among them.
+// The names of formats, codecs and layouts that the readers use, except those that are the same in every language.
 [[maybe_unused]] constexpr std::array kWords = {
     QT_TRANSLATE_NOOP("DiscWord", "Unknown"),          QT_TRANSLATE_NOOP("DiscWord", "MPEG-1 audio"),
     QT_TRANSLATE_NOOP("DiscWord", "MPEG-2 audio"),     QT_TRANSLATE_NOOP("DiscWord", "AC-3 Plus secondary"),
@@ -28,7 +28,7 @@ struct Texts {
     Q_DECLARE_TR_FUNCTIONS(TitleText)
 };
 
-// What a video stream is for, by the group that lists it.
+// The role of a video stream, from the number of the stream table's group that lists it.
 QString roleName(int category)
 {
     switch (category) {
@@ -73,7 +73,7 @@ QString duration(quint64 durationMs)
     const quint64 minutes = total / 60 - 60 * hours;
     const quint64 seconds = total % 60;
 
-    // The count is put in by hand: the toolkit's own handling of %n would choose plural forms.
+    // Not the toolkit's handling of %n, which would choose plural forms.
     const auto counted = [](QString text, quint64 count) {
         return text.replace(QLatin1StringView("%n"), QString::number(count));
     };
@@ -137,7 +137,7 @@ QString toolTip(const SubtitleTrackInfo& stream, DiscType discType)
 
 namespace {
 
-// What both views say of a title, but for the lines they word differently.
+// The lines of a title that details() and matchingDetails() share.
 
 QString facts(const DvdTitleInfo& title)
 {

@@ -20,7 +20,8 @@ struct Texts {
     Q_DECLARE_TR_FUNCTIONS(ConfigurationText)
 };
 
-// How much is shown of a text of the service. The header stands beside buttons; its text has been in a box before.
+// How much of a text from the service is shown. The header shares its row with buttons, so it shows little; a message
+// box has shown its text before.
 constexpr qsizetype kHeaderCharacters = 200;
 constexpr qsizetype kHeaderLines = 4;
 constexpr qsizetype kCellCharacters = 200;
@@ -28,7 +29,7 @@ constexpr qsizetype kPathCharacters = 2000;
 constexpr qsizetype kNoteCharacters = 10'000;
 constexpr qsizetype kNoteLines = 500;
 
-// By the number that stands for the type; 0 and what lies beyond have no name.
+// The index is the number of the type in the service's data. 0 and numbers beyond the table are "Unknown".
 constexpr std::array kTypeNames = {
     QT_TRANSLATE_NOOP("ConfigurationText", "Unknown"),
     QT_TRANSLATE_NOOP("ConfigurationText", "Movie"),

@@ -1,4 +1,4 @@
-// The window's dealings with the API key: what happens at start, the key dialog, checking and storing.
+// The API key: loading it at start, the key dialog, checking and storing.
 #include "base/identity.h"
 #include "service/api_key_store.h"
 #include "service/authentication.h"
@@ -13,8 +13,8 @@
 
 namespace {
 
-// Whether `candidate` is a version number higher than `current`. White space around it, one leading "v" and a suffix
-// behind the numbers are ignored, and so are zeros at the end.
+// Whether `candidate` is a higher version number than `current`. Ignores surrounding white space, one leading "v", a
+// suffix after the numbers, and trailing zeros.
 bool isNewerVersion(const QString& candidate, const QString& current)
 {
     QString numbers = candidate.trimmed();
@@ -23,7 +23,7 @@ bool isNewerVersion(const QString& candidate, const QString& current)
            QVersionNumber::fromString(current).normalized();
 }
 
-// Wide enough to show a key of 64 characters; the margins and the frame take the room of a few more.
+// Wide enough to show a key of 64 characters and, with the width of 6 more, the margins and the frame.
 QSize keyDialogSize(const QInputDialog& dialog)
 {
     constexpr int kShownCharacters = 64 + 6;
@@ -41,7 +41,7 @@ void MainWindow::loadStoredKey()
         m_storedKeyProblem = service::kApiKeyNotConfigured;
         return;
     }
-    // Only accepted keys are stored, so a stored one counts as accepted until the service says otherwise.
+    // Only accepted keys are stored, so a stored key counts as accepted until the service refuses it.
     m_scanner->setApiKey(key);
     m_apiKeyAccepted = true;
 }

@@ -1,4 +1,4 @@
-// Watching which files of the open Blu-ray disc a player opens.
+// Monitors which files of the open Blu-ray disc other programs open.
 #include "monitor/inotify_watcher.h"
 #include "ui/main_window.h"
 #include "ui/message_box.h"

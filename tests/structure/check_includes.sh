@@ -11,7 +11,7 @@ cd "${1:-$(dirname "$0")/../..}"
 # A room and the rooms it may include besides itself. A folder is a room, except app/, which holds three.
 declare -A allowed=(
     [app/main]="ui report app/command_line app/translation base"
-    [app/command_line]="base"
+    [app/command_line]=""
     [app/translation]=""
     [ui]="text scan monitor service base"
     [report]="text scan base"
