@@ -1,137 +1,56 @@
 #include "app/command_line.h"
 
-#include "base/identity.h"
-
 #include <QCoreApplication>
 #include <QFile>
 
 #include <algorithm>
 #include <array>
 
+using namespace Qt::StringLiterals;
+
 namespace {
+
+using Mode = CommandLine::Mode;
 
 struct Texts {
     Q_DECLARE_TR_FUNCTIONS(CommandLine)
 };
 
-// Options that the toolkit takes out of the arguments itself; those of the first table have a value.
+// The options that QApplication removes from the arguments. They are listed because a wrong option must be reported
+// without a display, and QApplication cannot be made without one.
 constexpr std::array kToolkitOptionsWithValue = {
     "platform", "platformpluginpath", "platformtheme", "plugin",  "qwindowgeometry", "geometry",
     "title",    "qwindowtitle",       "qwindowicon",   "icon",    "session",         "display",
     "style",    "stylesheet",         "fontengine",    "dialogs", "qmljsdebugger"};
 constexpr std::array kToolkitFlags = {"reverse", "widgetcount", "nograb", "dograb", "sync"};
 
-enum class ToolkitOption { None, Complete, ValueFollows };
-
-ToolkitOption toolkitOption(const QString& argument)
+// Whether `option`, which may begin with one or two dashes, is in `names`.
+template <std::size_t kCount>
+bool isOneOf(const std::array<const char*, kCount>& names, const QString& option)
 {
-    const QString name = argument.mid(argument.startsWith(QLatin1StringView("--")) ? 2 : 1);
-    const auto isNamed = [&name](const char* option) { return name == QLatin1StringView(option); };
-    const auto isAssigned = [&name](const char* option) {
-        return name.startsWith(QLatin1StringView(option) + QLatin1Char('='));
-    };
-    if (std::ranges::any_of(kToolkitFlags, isNamed)) { return ToolkitOption::Complete; }
-    if (std::ranges::any_of(kToolkitOptionsWithValue, isAssigned)) { return ToolkitOption::Complete; }
-    if (std::ranges::any_of(kToolkitOptionsWithValue, isNamed)) { return ToolkitOption::ValueFollows; }
-    return ToolkitOption::None;
+    const QString name = option.sliced(option.startsWith("--"_L1) ? 2 : 1);
+    return std::ranges::any_of(names, [&name](const char* each) { return name == QLatin1StringView(each); });
 }
 
-constexpr QLatin1StringView kReport("--report");
-constexpr QLatin1StringView kTextFormat("text");
-constexpr QLatin1StringView kJsonFormat("json");
+CommandLine wrong(const QString& problem)
+{
+    CommandLine line;
+    line.mode = Mode::Wrong;
+    line.problem = problem;
+    return line;
+}
 
-// Takes the arguments one after the other; the first that asks for help or version, or that is wrong, ends it.
-class Parser {
-public:
-    explicit Parser(const QStringList& arguments)
-        : m_arguments(arguments)
-    {}
-
-    CommandLine parse()
-    {
-        bool optionsEnded = false;
-        while (!m_isDone && m_next < m_arguments.size()) {
-            const QString& argument = m_arguments.at(m_next++);
-            if (optionsEnded || argument.size() < 2 || !argument.startsWith(QLatin1Char('-'))) {
-                takeDisc(argument);
-            } else if (argument == QLatin1StringView("--")) {
-                optionsEnded = true;
-            } else {
-                takeOption(argument);
-            }
-        }
-        if (isReport() && m_line.discIndex < 0) { endWrong(Texts::tr("A report needs a disc.")); }
-        return m_line;
+// Sets the report of `line`; returns the problem with it, or an empty text.
+QString setReport(CommandLine& line, const QString& format)
+{
+    if (line.mode != Mode::Window) { return Texts::tr("Option '--report' can be given only once."); }
+    if (format.isEmpty()) { return Texts::tr("Option '--report' needs a format: text or json."); }
+    if (format != "text"_L1 && format != "json"_L1) {
+        return Texts::tr("Unknown report format '%1'; there are text and json.").arg(format);
     }
-
-private:
-    using Mode = CommandLine::Mode;
-
-    [[nodiscard]] bool isReport() const
-    {
-        return m_line.mode == Mode::TextReport || m_line.mode == Mode::JsonReport;
-    }
-
-    void takeDisc(const QString& argument)
-    {
-        if (m_line.discIndex >= 0) {
-            endWrong(Texts::tr("Only one disc can be opened; '%1' is one too many.").arg(argument));
-            return;
-        }
-        m_line.disc = argument;
-        m_line.discIndex = m_next - 1;
-    }
-
-    void takeOption(const QString& argument)
-    {
-        if (argument == QLatin1StringView("--help") || argument == QLatin1StringView("-h")) {
-            end(Mode::Help);
-        } else if (argument == QLatin1StringView("--version") || argument == QLatin1StringView("-v")) {
-            end(Mode::Version);
-        } else if (argument == kReport) {
-            takeReport(m_next < m_arguments.size() ? m_arguments.at(m_next++) : QString());
-        } else if (argument.startsWith(kReport + QLatin1Char('='))) {
-            takeReport(argument.sliced(kReport.size() + 1));
-        } else if (const ToolkitOption option = toolkitOption(argument); option == ToolkitOption::None) {
-            endWrong(Texts::tr("Unknown option '%1'.").arg(argument));
-        } else if (option == ToolkitOption::ValueFollows && m_next++ == m_arguments.size()) {
-            endWrong(Texts::tr("Option '%1' needs a value.").arg(argument));
-        }
-    }
-
-    void takeReport(const QString& format)
-    {
-        if (isReport()) {
-            endWrong(Texts::tr("Option '--report' can be given only once."));
-        } else if (format == kTextFormat) {
-            m_line.mode = Mode::TextReport;
-        } else if (format == kJsonFormat) {
-            m_line.mode = Mode::JsonReport;
-        } else if (format.isEmpty()) {
-            endWrong(Texts::tr("Option '--report' needs a format: text or json."));
-        } else {
-            endWrong(Texts::tr("Unknown report format '%1'; there are text and json.").arg(format));
-        }
-    }
-
-    void end(Mode mode)
-    {
-        m_line = CommandLine();
-        m_line.mode = mode;
-        m_isDone = true;
-    }
-
-    void endWrong(const QString& problem)
-    {
-        end(Mode::Wrong);
-        m_line.problem = problem;
-    }
-
-    const QStringList& m_arguments;
-    qsizetype m_next = 0;
-    CommandLine m_line;
-    bool m_isDone = false;
-};
+    line.mode = format == "text"_L1 ? Mode::TextReport : Mode::JsonReport;
+    return {};
+}
 
 }  // namespace
 
@@ -146,7 +65,42 @@ QStringList decodedArguments(int argc, char** argv)
 
 CommandLine parseCommandLine(const QStringList& arguments)
 {
-    return Parser(arguments).parse();
+    CommandLine line;
+    bool hasOptionsEnded = false;
+    for (qsizetype i = 0; i < arguments.size(); ++i) {
+        const QString& argument = arguments.at(i);
+        if (hasOptionsEnded || argument.size() < 2 || !argument.startsWith(u'-')) {
+            if (line.discIndex >= 0) {
+                return wrong(Texts::tr("Only one disc can be opened; '%1' is one too many.").arg(argument));
+            }
+            line.disc = argument;
+            line.discIndex = i;
+            continue;
+        }
+        const QString option = argument.section(u'=', 0, 0);
+        const bool hasValue = option.size() < argument.size();
+        if (argument == "--"_L1) {
+            hasOptionsEnded = true;
+        } else if (argument == "--help"_L1 || argument == "-h"_L1) {
+            return {Mode::Help};
+        } else if (argument == "--version"_L1 || argument == "-v"_L1) {
+            return {Mode::Version};
+        } else if (option == "--report"_L1) {
+            const QString problem =
+                setReport(line, hasValue ? argument.sliced(option.size() + 1) : arguments.value(++i));
+            if (!problem.isEmpty()) { return wrong(problem); }
+        } else if (isOneOf(kToolkitOptionsWithValue, option)) {
+            if (!hasValue && ++i == arguments.size()) {
+                return wrong(Texts::tr("Option '%1' needs a value.").arg(argument));
+            }
+        } else if (!isOneOf(kToolkitFlags, argument)) {
+            return wrong(Texts::tr("Unknown option '%1'.").arg(argument));
+        }
+    }
+    if (line.mode != Mode::Window && line.discIndex < 0) {
+        return wrong(Texts::tr("A report needs a disc."));
+    }
+    return line;
 }
 
 QString helpText()

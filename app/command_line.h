@@ -1,5 +1,5 @@
-// What the command line asks for. Read before the application object exists, so that help, version and reports need
-// no display.
+// The command line. It is parsed before the application object exists, so that help, version and reports need no
+// display.
 #pragma once
 
 #include <QString>
@@ -9,20 +9,23 @@ struct CommandLine {
     enum class Mode { Window, TextReport, JsonReport, Help, Version, Wrong };
 
     Mode mode = Mode::Window;
-    QString disc;     // Window: the disc to open, or empty; reports: the disc, which there always is
-    QString problem;  // Wrong: a sentence for standard error
-    // Of the disc among the arguments, -1 without one. Not every path survives becoming a QString; the argument does.
+    QString disc = {};     // Window: the disc to open, or empty; reports: the disc
+    QString problem = {};  // Wrong: a sentence for standard error
+    // The disc's index among the arguments, -1 without a disc. A path that is not valid text is lost in a QString, but
+    // not in the argument.
     qsizetype discIndex = -1;
 };
 
-// What stands behind the program's name, as texts.
+// argv[1..], decoded from the file system's encoding.
 [[nodiscard]] QStringList decodedArguments(int argc, char** argv);
 
-// Takes the arguments without the program's name. The toolkit's own options ("-platform xcb", "--style=...")
-// pass unread, "--" ends the options, and one argument may name a disc, before or behind the options. Two
-// report options are wrong.
+// Parses the arguments without the program's name, from the first to the last; help, version and the first error end
+// the parsing. Ignores the toolkit's own options ("-platform xcb", "--style=..."). "--" ends the options. One argument
+// may name a disc, before or after the options. Two report options are an error.
 [[nodiscard]] CommandLine parseCommandLine(const QStringList& arguments);
 
-// The text that --help prints, and the sentence that points to it.
+// The text of --help.
 [[nodiscard]] QString helpText();
+
+// The sentence that follows an error and points to --help.
 [[nodiscard]] QString helpHint();

@@ -1,5 +1,4 @@
-// The executable: reads the command line, and prints a report or gives the application its identity and runs the
-// window.
+// The executable: parses the command line, then prints to the terminal or runs the window.
 #include "app/command_line.h"
 #include "app/translation.h"
 #include "base/identity.h"
@@ -42,8 +41,8 @@ int printText(const QString& text)
                : kNotWritten;
 }
 
-// Everything that needs no display. The arguments are read again, in the user's language: what is wrong with them is
-// told in it.
+// Runs everything that needs no display. Parses the arguments again after the translation is installed, so that the
+// message about a wrong argument is translated.
 int runOnTerminal(int& argc, char** argv)
 {
     QCoreApplication application(argc, argv);

@@ -9,14 +9,14 @@
 
 namespace {
 
-// The file for a language, such as "de-AT", for which "de" will do as well.
+// Installs the file of a language such as "de-AT", or else of "de". Returns false without one.
 bool install(QCoreApplication& application, const QString& name, const QString& language,
              const QString& directory)
 {
     auto translator = std::make_unique<QTranslator>(&application);
     QString file = name + QLatin1Char('_') + language;
     if (!translator->load(file.replace(QLatin1Char('-'), QLatin1Char('_')), directory)) { return false; }
-    QCoreApplication::installTranslator(translator.release());  // the application's from here on
+    QCoreApplication::installTranslator(translator.release());  // the application owns it now
     return true;
 }
 
@@ -34,7 +34,7 @@ void installTranslations(QCoreApplication& application, const QStringList& langu
     for (const QString& language : languages) {
         if (isEnglish(language)) { return; }
         if (install(application, QStringLiteral("platterscope"), language, directory)) {
-            // Its buttons stay English where the system has no translation of the toolkit.
+            // Without a translation of the toolkit its buttons stay English.
             install(application, QStringLiteral("qtbase"), language,
                     QLibraryInfo::path(QLibraryInfo::TranslationsPath));
             return;
@@ -44,7 +44,7 @@ void installTranslations(QCoreApplication& application, const QStringList& langu
 
 void installTranslations(QCoreApplication& application)
 {
-    // As for other programs, LANGUAGE counts for nothing where the locale is that of no language.
+    // As in other programs, LANGUAGE has no effect in the C locale.
     if (QLocale::system().language() == QLocale::C) { return; }
     const QDir executables(QCoreApplication::applicationDirPath());
     installTranslations(application, QLocale::system().uiLanguages(),

@@ -5,12 +5,12 @@
 #include <QString>
 #include <QStringList>
 
-// Installs the translation of the program, and the toolkit's own beside it, for the first of the user's languages
-// that has one; English, in which all texts are written, needs none and ends the search. To be called once, before
-// any text is shown. `directory` holds the program's .qm files: ../share/platterscope/translations as seen from the
-// executable, which is how an installation and a build tree are laid out.
+// Installs the translations of the program and of the toolkit for the first of `languages` that the program is
+// translated into. English needs no translation and ends the search. Call it once, before any text is shown.
+// `directory` contains the program's .qm files.
 void installTranslations(QCoreApplication& application, const QStringList& languages,
                          const QString& directory);
 
-// The same for the languages of the system's settings and the program's own directory.
+// The same for the languages of the system's settings and for ../share/platterscope/translations, as seen from the
+// executable's folder in an installation and in a build tree.
 void installTranslations(QCoreApplication& application);

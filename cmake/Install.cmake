@@ -1,19 +1,19 @@
-# What "cmake --install" puts where; and the documents in the build tree, where the programs that are built there
-# look for them: the notices beside the executable, the manual below share/ of the folder above it.
+# The files that "cmake --install" installs, and the documents that the programs in the build tree open: the notices are
+# in the executable's folder, the Configuration Library is in ../share from there.
 #
-# The program and the local service are components of their own, since they become packages of their own
-# (cmake/Package.cmake). The target "installed" builds all that is installed, and no test.
+# The program and the local service are separate components, because they become separate packages (Package.cmake).
+# The target "installed" builds everything that is installed, but no tests.
 
 include(GNUInstallDirs)
-set(application_id example.platterscope.Platterscope)  # base/identity.h gives it to the desktop
-# The program looks for these by their names below the folder above its own, whatever the data folder is called.
+set(application_id example.platterscope.Platterscope)  # the same as in base/identity.h
+# The program uses these names relative to the parent of its own folder, so CMAKE_INSTALL_DATADIR does not apply.
 set(documents_dir share/doc/platterscope)
 set(translations_dir share/platterscope/translations)
 
 add_custom_target(installed ALL)
 add_dependencies(installed platterscope tessera_local)
 
-# install_compressed(FILE DESTINATION NAME COMPONENT [OPTION...]): installs FILE as NAME.gz, the same on each run.
+# install_compressed(FILE DESTINATION NAME COMPONENT [OPTION...]): installs FILE as NAME.gz, reproducibly.
 function(install_compressed file destination name component)
   set(directory ${PROJECT_BINARY_DIR}/compressed/${component})
   file(MAKE_DIRECTORY ${directory})
@@ -47,7 +47,7 @@ foreach(size IN ITEMS 16 22 24 32 48 64 128 512)
     DESTINATION ${icons_dir}/${size}x${size}/apps RENAME ${application_id}.png COMPONENT program)
 endforeach()
 
-# Translations that the build has put into the same place of its own tree.
+# The build puts the translations into the same folder of the build tree.
 install(DIRECTORY ${PROJECT_BINARY_DIR}/${translations_dir}/
   DESTINATION ${translations_dir} COMPONENT program FILES_MATCHING PATTERN "*.qm")
 

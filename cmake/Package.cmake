@@ -1,6 +1,6 @@
-# The Debian packages, which tools/package.sh makes: platterscope, and platterscope-tessera-local for those who host a
-# service, so that the program asks for neither database nor HTTP server. What belongs to Debian alone is no part of
-# "cmake --install".
+# The Debian packages, which tools/package.sh makes: platterscope, and platterscope-tessera-local with the local
+# service, so that the program's package does not depend on a database and an HTTP server. "cmake --install" does not
+# install the files that only Debian needs.
 
 set(package_program platterscope)
 set(package_service platterscope-tessera-local)
@@ -15,7 +15,7 @@ endforeach()
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME ${package_program})
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each package has its own, the first line of its description
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # the first line of each package's description replaces it
 set(CPACK_PACKAGE_CONTACT "Platterscope maintainers <maintainers@platterscope.example>")
 set(CPACK_PACKAGE_HOMEPAGE_URL https://platterscope.example/)
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
@@ -32,9 +32,8 @@ set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME ${package_program})
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION video)
-# What the program loads or starts where it is there, which the linker does not know: the authorities that https
-# trusts, the toolkit's own texts in other languages, the plug-in for Wayland (without it Qt falls back to X11), and the
-# command that opens documents and addresses.
+# The program uses these at run time if they are installed: the certificate authorities for https, the translations of
+# the toolkit, the plug-in for Wayland (without it Qt uses X11), and the command that opens documents and addresses.
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_RECOMMENDS "ca-certificates, qt6-translations-l10n, qt6-wayland, xdg-utils")
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SUGGESTS ${package_service})
 set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
@@ -52,7 +51,7 @@ to.")
 set(CPACK_DEBIAN_SERVICE_PACKAGE_NAME ${package_service})
 set(CPACK_DEBIAN_SERVICE_PACKAGE_SECTION web)
 set(CPACK_DEBIAN_SERVICE_PACKAGE_ENHANCES ${package_program})
-# Qt's driver for SQLite, a plug-in, which the linker does not know.
+# Qt's SQLite driver is a plug-in, which dpkg-shlibdeps does not find.
 set(CPACK_DEBIAN_SERVICE_PACKAGE_DEPENDS libqt6sql6-sqlite)
 set(CPACK_COMPONENT_SERVICE_DESCRIPTION
 "Tessera service of your own for Platterscope

@@ -1,12 +1,12 @@
-# How a folder becomes a target: one static library per folder of the program, one test executable per
-# folder of the tests. Both link platterscope_options, which holds every compiler rule of the project.
+# Defines one static library per folder of the program and one test executable per folder of the tests. Both link
+# platterscope_options, which has all compiler options of the project.
 
 add_library(platterscope_options INTERFACE)
 target_compile_features(platterscope_options INTERFACE cxx_std_20)
 target_compile_options(platterscope_options INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wold-style-cast -Wformat=2
   -Wnon-virtual-dtor -Woverloaded-virtual -Wimplicit-fallthrough)
-# Optimizing, GCC 12 takes a text put before a std::string for an overlapping copy (its bug 105329).
+# With optimization, GCC 12 reports text + std::string as an overlapping copy (GCC bug 105329).
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   target_compile_options(platterscope_options INTERFACE -Wno-restrict)
 endif()
@@ -19,9 +19,8 @@ if(WIN32)
   target_compile_definitions(platterscope_options INTERFACE NOMINMAX UNICODE WIN32_LEAN_AND_MEAN)
 endif()
 
-# Hardened release builds: a memory fault that got past the tests ends the program and is no way into it. Not where a
-# sanitizer looks, which are debug builds, and not for Windows, whose linker has its own. What came out of it is checked
-# by tests/structure/check_hardening.sh.
+# Hardens release builds, so that a memory fault ends the program instead of being exploited. Debug builds have the
+# sanitizers instead, and Windows has other linker options. tests/structure/check_hardening.sh checks the programs.
 if(NOT WIN32)
   include(CheckPIESupported)
   check_pie_supported(LANGUAGES CXX)
@@ -31,7 +30,7 @@ if(NOT WIN32)
   if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
     target_compile_options(platterscope_options INTERFACE $<${isOptimized}:-fcf-protection>)
   endif()
-  # A distribution may have set a level of its own.
+  # The distribution's compiler may define another level.
   target_compile_options(platterscope_options INTERFACE "$<${isOptimized}:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=3>")
   target_compile_definitions(platterscope_options INTERFACE $<${isOptimized}:_GLIBCXX_ASSERTIONS>)
   target_link_options(platterscope_options INTERFACE
@@ -39,8 +38,8 @@ if(NOT WIN32)
 endif()
 
 # platterscope_module(name [MOC] SOURCES file... HEADERS file... LINK target...)
-# The library platterscope_<name> of the current folder. HEADERS are its public headers, each of which must
-# compile alone (target all_verify_interface_header_sets of the release preset).
+# Adds the library platterscope_<name> of the current folder. HEADERS are its public headers, each of which must compile
+# alone (target all_verify_interface_header_sets of the release preset).
 function(platterscope_module name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "MOC" "" "SOURCES;HEADERS;LINK")
   set(target platterscope_${name})
@@ -48,13 +47,13 @@ function(platterscope_module name)
   target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${arg_HEADERS})
   target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR})
   target_link_libraries(${target} PUBLIC ${arg_LINK} PRIVATE platterscope_options)
-  target_compile_features(${target} PUBLIC cxx_std_20)  # the check of the headers sees public features alone
+  target_compile_features(${target} PUBLIC cxx_std_20)  # public: the check of the headers uses these only
   set_target_properties(${target} PROPERTIES AUTOMOC ${arg_MOC})
 endfunction()
 
 # platterscope_test(name [QTEST] SOURCES file... LINK target... [ENVIRONMENT VAR=value...] [LABELS label...])
-# The executable tests_<name>. A GoogleTest program registers each case by its own name; a Qt Test program
-# (QTEST) is one entry. Every test runs without a display, in the C locale and in UTC, with an empty home.
+# Adds the executable tests_<name>. Each case of a GoogleTest program is a test of ctest; a Qt Test program (QTEST) is
+# one test. Every test runs without a display, in the C.UTF-8 locale and in UTC, with an empty home.
 function(platterscope_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "QTEST" "" "SOURCES;LINK;ENVIRONMENT;LABELS")
   set(target tests_${name})
@@ -77,7 +76,7 @@ function(platterscope_test name)
   else()
     target_link_libraries(${target} PRIVATE GTest::gtest GTest::gtest_main)
     gtest_discover_tests(${target} TEST_PREFIX ${name}. TEST_LIST ${target}_cases DISCOVERY_TIMEOUT 60)
-    # Discovery takes a property that is a list apart, so they are set once it has named the cases.
+    # gtest_discover_tests() splits properties that are lists, so they are set after it has listed the cases.
     set(properties ${CMAKE_CURRENT_BINARY_DIR}/${target}_properties.cmake)
     file(WRITE ${properties} "if(${target}_cases)
   set_tests_properties(\${${target}_cases} PROPERTIES ENVIRONMENT \"${environment}\" LABELS \"${arg_LABELS}\")

@@ -1,6 +1,6 @@
-# The translations: translations/*.ts, which tools/translations.sh keeps in step with the texts of the code, become
-# .qm files in share/ of the build tree, where the programs that are built there look for them and whence Install.cmake,
-# which comes first, takes them.
+# Compiles translations/*.ts, which tools/translations.sh updates from the code, to .qm files in share/ of the build
+# tree. The programs in the build tree load them there, and Install.cmake, which must be included first, installs
+# them.
 
 find_package(Qt6 6.4 REQUIRED COMPONENTS LinguistTools)
 

@@ -68,35 +68,35 @@ bool writeDiscChunk(const BlurayDisc* disc, const BlurayDiscSummary* summary, st
     return true;
 }
 
-bool writeClipChunk(const BlurayDisc& disc, QByteArray& body, QString* errorText)
+bool writeClipChunk(const BlurayDisc& disc, QByteArray& body, Message* error)
 {
     appendVarint(body, disc.clips.size());
     for (const bdmeta::BlurayClip& clip : disc.clips) {
-        if (clip.rawData.empty()) { return fail(errorText, kNoClipBytes); }
+        if (clip.rawData.empty()) { return fail(error, kNoClipBytes); }
         appendFile(body, fileName(clip.name.view(), ".clpi"), clip.rawData);
         appendU64BE(body, clip.streamFileSize);
     }
     return true;
 }
 
-bool writePlaylistChunk(const BlurayDisc& disc, QByteArray& body, QString* errorText)
+bool writePlaylistChunk(const BlurayDisc& disc, QByteArray& body, Message* error)
 {
     appendVarint(body, disc.playlists.size());
     for (const bdmeta::BlurayPlaylist& playlist : disc.playlists) {
-        if (playlist.rawData.empty()) { return fail(errorText, kNoPlaylistBytes); }
+        if (playlist.rawData.empty()) { return fail(error, kNoPlaylistBytes); }
         appendFile(body, fileName(playlist.name.view(), ".mpls"), playlist.rawData);
     }
     return true;
 }
 
 bool writeTitleChunk(const BlurayDisc& disc, std::span<const BlurayTitle> titles, QByteArray& body,
-                     QString* errorText)
+                     Message* error)
 {
     appendVarint(body, titles.size());
     for (std::size_t i = 0; i < titles.size(); ++i) {
-        if (i >= disc.playlists.size()) { return fail(errorText, kMismatch); }
+        if (i >= disc.playlists.size()) { return fail(error, kMismatch); }
         const std::string_view identifier = disc.playlists[i].name.view();
-        if (identifier.size() != kIdentifierLength) { return fail(errorText, kIdentifiers); }
+        if (identifier.size() != kIdentifierLength) { return fail(error, kIdentifiers); }
         body.append(identifier.data(), static_cast<qsizetype>(identifier.size()));
         appendU64BE(body, titles[i].durationMs);
         appendU64BE(body, titles[i].playbackSize);
@@ -106,19 +106,18 @@ bool writeTitleChunk(const BlurayDisc& disc, std::span<const BlurayTitle> titles
 }
 
 QByteArray buildBlurayPackage(const BlurayDisc* disc, std::span<const BlurayTitle> titles,
-                              const BlurayDiscSummary* summary, QByteArray* sha256Out, QString* errorText)
+                              const BlurayDiscSummary* summary, QByteArray* sha256Out, Message* error)
 {
-    if (errorText != nullptr) { errorText->clear(); }
+    if (error != nullptr) { *error = {}; }
     if (titles.empty() || (disc != nullptr && titles.size() != disc->playlists.size())) {
-        setError(errorText, kIncomplete);
+        setError(error, kIncomplete);
         return {};
     }
     std::array<Chunk, 4> chunks = {Chunk{{'D', 'I', 'S', 'C'}, {}}, Chunk{{'C', 'L', 'P', 'I'}, {}},
                                    Chunk{{'M', 'P', 'L', 'S'}, {}}, Chunk{{'T', 'I', 'T', 'L'}, {}}};
     if (!writeDiscChunk(disc, summary, titles.size(), chunks[0].body) ||
-        !writeClipChunk(*disc, chunks[1].body, errorText) ||
-        !writePlaylistChunk(*disc, chunks[2].body, errorText) ||
-        !writeTitleChunk(*disc, titles, chunks[3].body, errorText)) {
+        !writeClipChunk(*disc, chunks[1].body, error) || !writePlaylistChunk(*disc, chunks[2].body, error) ||
+        !writeTitleChunk(*disc, titles, chunks[3].body, error)) {
         return {};
     }
     QByteArray built = assemble(kMagic, chunks);

@@ -11,33 +11,33 @@
 //           u32 marks
 #pragma once
 
+#include "base/message.h"
 #include "bdmeta/bluray_disc.h"
 #include "bdmeta/bluray_titles.h"
 
 #include <QByteArray>
-#include <QString>
 
 #include <span>
 
 namespace package {
 
 // Builds the package of a disc and its titles; title i comes from playlist i. Returns the bytes, and their SHA-256
-// in `*sha256`. On failure returns an empty array and a sentence in `*errorText`; the sentence is "" if `disc` or
-// `summary` is null. `sha256` and `errorText` may be null.
+// in `*sha256`. On failure returns an empty array and a message in `*error`; no message if `disc` or
+// `summary` is null. `sha256` and `error` may be null.
 [[nodiscard]] QByteArray buildBlurayPackage(const bdmeta::BlurayDisc* disc,
                                             std::span<const bdmeta::BlurayTitle> titles,
                                             const bdmeta::BlurayDiscSummary* summary,
-                                            QByteArray* sha256 = nullptr, QString* errorText = nullptr);
+                                            QByteArray* sha256 = nullptr, Message* error = nullptr);
 
-// Each appends the body of one chunk to `body`. They return false, with a sentence in `*errorText`, if the record
+// Each appends the body of one chunk to `body`. They return false, with a message in `*error`, if the record
 // breaks a rule of the format; the caller then discards `body`. writeDiscChunk() fails only if an argument is
 // null.
 [[nodiscard]] bool writeDiscChunk(const bdmeta::BlurayDisc* disc, const bdmeta::BlurayDiscSummary* summary,
                                   std::size_t titleCount, QByteArray& body);
-[[nodiscard]] bool writeClipChunk(const bdmeta::BlurayDisc& disc, QByteArray& body, QString* errorText);
-[[nodiscard]] bool writePlaylistChunk(const bdmeta::BlurayDisc& disc, QByteArray& body, QString* errorText);
+[[nodiscard]] bool writeClipChunk(const bdmeta::BlurayDisc& disc, QByteArray& body, Message* error);
+[[nodiscard]] bool writePlaylistChunk(const bdmeta::BlurayDisc& disc, QByteArray& body, Message* error);
 [[nodiscard]] bool writeTitleChunk(const bdmeta::BlurayDisc& disc,
                                    std::span<const bdmeta::BlurayTitle> titles, QByteArray& body,
-                                   QString* errorText);
+                                   Message* error);
 
 }  // namespace package

@@ -94,21 +94,17 @@ DvdDiscTotals sumDvdTitles(const DvdDisc& disc)
     return totals;
 }
 
-bool writeIfoChunk(const DvdDisc& disc, QByteArray& body, QString* errorText)
+bool writeIfoChunk(const DvdDisc& disc, QByteArray& body, Message* error)
 {
-    if (disc.rawIfos.empty() || disc.rawIfos.front().name != kManagerName) {
-        return fail(errorText, kNoManager);
-    }
+    if (disc.rawIfos.empty() || disc.rawIfos.front().name != kManagerName) { return fail(error, kNoManager); }
     appendVarint(body, disc.rawIfos.size());
     // The signature depends on the position in the list, not on the name: a second VIDEO_TS.IFO fails, although
     // its name is valid.
     std::string_view signature = kManagerSignature;
     for (const dvdmeta::DvdRawIfo& ifo : disc.rawIfos) {
-        if (!isIfoName(ifo.name) || ifo.bytes.size() < kSignatureSize) {
-            return fail(errorText, kInvalidIfo);
-        }
+        if (!isIfoName(ifo.name) || ifo.bytes.size() < kSignatureSize) { return fail(error, kInvalidIfo); }
         if (!viewOf(ifo.bytes).startsWith(QByteArrayView(signature.data(), kSignatureSize))) {
-            return fail(errorText, kSignature);
+            return fail(error, kSignature);
         }
         appendFile(body, QByteArrayView(ifo.name.data(), static_cast<qsizetype>(ifo.name.size())), ifo.bytes);
         signature = kTitleSetSignature;
@@ -116,28 +112,28 @@ bool writeIfoChunk(const DvdDisc& disc, QByteArray& body, QString* errorText)
     return true;
 }
 
-bool writeTitleSetChunk(const DvdDisc& disc, QByteArray& body, QString* errorText)
+bool writeTitleSetChunk(const DvdDisc& disc, QByteArray& body, Message* error)
 {
-    if (disc.titleSets.empty()) { return fail(errorText, kNoTitleSets); }
+    if (disc.titleSets.empty()) { return fail(error, kNoTitleSets); }
     appendVarint(body, disc.titleSets.size());
     for (const dvdmeta::DvdTitleSet& titleSet : disc.titleSets) {
         if (titleSet.number < 1 || titleSet.number > dvdmeta::kMaxTitleSets ||
             titleSet.streams.audio.size() > dvdmeta::kMaxAudioStreams ||
             titleSet.streams.subpicture.size() > dvdmeta::kMaxSubpictureStreams) {
-            return fail(errorText, kInvalidStreams);
+            return fail(error, kInvalidStreams);
         }
         appendTitleSet(body, titleSet);
     }
     return true;
 }
 
-bool writeTitleChunk(const DvdDisc& disc, QByteArray& body, QString* errorText)
+bool writeTitleChunk(const DvdDisc& disc, QByteArray& body, Message* error)
 {
-    if (disc.titles.empty()) { return fail(errorText, kNoTitles); }
+    if (disc.titles.empty()) { return fail(error, kNoTitles); }
     appendVarint(body, disc.titles.size());
     std::uint32_t expectedNumber = 0;
     for (const dvdmeta::DvdTitle& title : disc.titles) {
-        if (title.titleNumber != ++expectedNumber) { return fail(errorText, kTitleOrder); }
+        if (title.titleNumber != ++expectedNumber) { return fail(error, kTitleOrder); }
         appendU32BE(body, title.titleNumber);
         appendU32BE(body, title.chapterCount);
         appendU64BE(body, title.durationMs);
@@ -147,19 +143,18 @@ bool writeTitleChunk(const DvdDisc& disc, QByteArray& body, QString* errorText)
 }
 
 QByteArray buildDvdPackage(const DvdDisc* disc, const DvdDiscTotals* totals, QByteArray* sha256Out,
-                           QString* errorText)
+                           Message* error)
 {
-    if (errorText != nullptr) { errorText->clear(); }
+    if (error != nullptr) { *error = {}; }
     if (disc == nullptr || totals == nullptr || disc->titles.empty()) {
-        setError(errorText, kIncomplete);
+        setError(error, kIncomplete);
         return {};
     }
     std::array<Chunk, 4> chunks = {Chunk{{'D', 'I', 'S', 'C'}, discBody(*disc, *totals)},
                                    Chunk{{'I', 'F', 'O', ' '}, {}}, Chunk{{'V', 'T', 'S', ' '}, {}},
                                    Chunk{{'T', 'I', 'T', 'L'}, {}}};
-    if (!writeIfoChunk(*disc, chunks[1].body, errorText) ||
-        !writeTitleSetChunk(*disc, chunks[2].body, errorText) ||
-        !writeTitleChunk(*disc, chunks[3].body, errorText)) {
+    if (!writeIfoChunk(*disc, chunks[1].body, error) || !writeTitleSetChunk(*disc, chunks[2].body, error) ||
+        !writeTitleChunk(*disc, chunks[3].body, error)) {
         return {};
     }
     QByteArray built = assemble(kMagic, chunks);

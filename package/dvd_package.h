@@ -14,10 +14,10 @@
 // A language block is 01, the two characters, 00; or four zero bytes if either character is zero.
 #pragma once
 
+#include "base/message.h"
 #include "dvdmeta/dvd_disc.h"
 
 #include <QByteArray>
-#include <QString>
 
 #include <cstdint>
 
@@ -33,14 +33,14 @@ struct DvdDiscTotals {
 [[nodiscard]] DvdDiscTotals sumDvdTitles(const dvdmeta::DvdDisc& disc);
 
 // Builds the package. Returns its bytes, and their SHA-256 in `*sha256`; on failure an empty array, and a sentence
-// in `*errorText`. `sha256` and `errorText` may be null.
+// in `*error`. `sha256` and `error` may be null.
 [[nodiscard]] QByteArray buildDvdPackage(const dvdmeta::DvdDisc* disc, const DvdDiscTotals* totals,
-                                         QByteArray* sha256 = nullptr, QString* errorText = nullptr);
+                                         QByteArray* sha256 = nullptr, Message* error = nullptr);
 
-// Each appends the body of one chunk to `body`. They return false, with a sentence in `*errorText`, if the record
+// Each appends the body of one chunk to `body`. They return false, with a message in `*error`, if the record
 // breaks a rule of the format; the caller then discards `body`.
-[[nodiscard]] bool writeIfoChunk(const dvdmeta::DvdDisc& disc, QByteArray& body, QString* errorText);
-[[nodiscard]] bool writeTitleSetChunk(const dvdmeta::DvdDisc& disc, QByteArray& body, QString* errorText);
-[[nodiscard]] bool writeTitleChunk(const dvdmeta::DvdDisc& disc, QByteArray& body, QString* errorText);
+[[nodiscard]] bool writeIfoChunk(const dvdmeta::DvdDisc& disc, QByteArray& body, Message* error);
+[[nodiscard]] bool writeTitleSetChunk(const dvdmeta::DvdDisc& disc, QByteArray& body, Message* error);
+[[nodiscard]] bool writeTitleChunk(const dvdmeta::DvdDisc& disc, QByteArray& body, Message* error);
 
 }  // namespace package

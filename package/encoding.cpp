@@ -110,14 +110,14 @@ QByteArray assemble(const std::array<std::uint8_t, 8>& magic, std::span<const Ch
     return out;
 }
 
-void setError(QString* errorText, const char* message)
+void setError(Message* error, const char* message)
 {
-    if (errorText != nullptr) { *errorText = QString::fromUtf8(message); }
+    if (error != nullptr) { *error = message; }
 }
 
-bool fail(QString* errorText, const char* message)
+bool fail(Message* error, const char* message)
 {
-    setError(errorText, message);
+    setError(error, message);
     return false;
 }
 

@@ -5,9 +5,10 @@
 //   chunk:            tag (4), u16 chunk version 1, u16 flags 0, u64 body length, body
 #pragma once
 
+#include "base/message.h"
+
 #include <QByteArray>
 #include <QByteArrayView>
-#include <QString>
 
 #include <array>
 #include <cstdint>
@@ -50,8 +51,8 @@ struct Chunk {
 // Returns the header and the chunks in one buffer, which is reserved once.
 [[nodiscard]] QByteArray assemble(const std::array<std::uint8_t, 8>& magic, std::span<const Chunk> chunks);
 
-// Sets `*errorText`, unless it is null; fail() also returns false.
-void setError(QString* errorText, const char* message);
-[[nodiscard]] bool fail(QString* errorText, const char* message);
+// Sets `*error`, unless it is null; fail() also returns false.
+void setError(Message* error, const char* message);
+[[nodiscard]] bool fail(Message* error, const char* message);
 
 }  // namespace package

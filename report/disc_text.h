@@ -1,4 +1,4 @@
-// Texts of a disc's records that hold the bytes as stored.
+// Decodes texts whose bytes are kept as stored on the disc.
 #pragma once
 
 #include <QString>
@@ -7,7 +7,7 @@
 
 namespace report {
 
-// The characters up to the first NUL, read as UTF-8 with U+FFFD for each byte that is none.
+// The text before the first NUL, decoded as UTF-8. U+FFFD replaces bytes that are not valid UTF-8.
 template <typename Characters>
 [[nodiscard]] QString discText(const Characters& stored)
 {

@@ -76,7 +76,7 @@ QJsonArray array(const QList<Record>& records)
     return objects;
 }
 
-// What the titles of both kinds have in common.
+// The members that the titles of both kinds of disc have.
 template <typename Title>
 QJsonObject commonMembers(const Title& title)
 {

@@ -1,5 +1,5 @@
-// A disc as a JSON document for other programs, in the form that docs/REPORT.md describes and
-// docs/report.schema.json defines.
+// The report of a disc as a JSON document for other programs. docs/REPORT.md describes the format,
+// docs/report.schema.json defines it.
 #pragma once
 
 #include "scan/disc_reader.h"
@@ -9,17 +9,17 @@
 
 namespace report {
 
-// The form's name. It gets another number when something is renamed, removed, or means something else; members may be
-// added under the same one.
+// The name of the format. Its number changes when a member is renamed, removed or gets another meaning, but not when
+// one is added.
 inline constexpr char kJsonSchema[] = "platterscope-report/1";
 
-// The report, in UTF-8 and ended by a line break, of a disc and of what scan::describeDisc() made of it. Equal discs
-// give equal bytes, whatever the locale.
+// Makes the report from a disc and the `result` of scan::describeDisc(): UTF-8, with a line break at the end. Equal
+// discs give equal bytes in every locale.
 //
-// Every member is always there: a text that the disc does not give is empty. Bytes are lower-case hexadecimal digits. A
-// text is read as UTF-8 (a DVD's language as Latin-1); U+FFFD stands for each byte that is none, so the identifying
-// texts, which may be in any encoding, are there in bytes as well. A 64-bit number above 2^53 - 1, which many JSON
-// readers would round, is a text of its decimal digits. Characters that could steer a terminal are escapes of JSON.
+// No member is ever missing; a text that the disc does not have is empty. Bytes are lower-case hexadecimal digits.
+// Texts are decoded as UTF-8 (a DVD's languages as Latin-1), with U+FFFD for invalid bytes; the report has the bytes of
+// the identifying texts as well, because they may be in any encoding. A 64-bit number above 2^53 - 1, which many JSON
+// readers would round, is a text of its decimal digits. Characters that a terminal could act on are JSON escapes.
 [[nodiscard]] QByteArray jsonReport(const QString& path, const scan::ParsedDisc& disc,
                                     const DiscScanResult& result);
 

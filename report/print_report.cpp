@@ -25,7 +25,8 @@ int fail(const QString& message)
     return kFailed;
 }
 
-// The disc's path in the system's bytes. They may be no valid text, so the path is cut rather than converted.
+// The disc's path in the file system's encoding. Cut out of `given` if possible, because a conversion would change
+// bytes that are not valid text.
 QByteArray localPathOf(const scan::DiscPath& disc, const QByteArray& given)
 {
     const QString decoded = QFile::decodeName(given);
@@ -39,11 +40,11 @@ int printReport(const QByteArray& given, Format format)
 {
     try {
         const scan::DiscPath found = scan::discPathOf(QFile::decodeName(given));
-        if (!found.problem.isEmpty()) { return fail(found.problem); }
+        if (!found.problem.isEmpty()) { return fail(found.problem.english()); }
         const QByteArray localPath = localPathOf(found, given);
         const scan::ParsedDisc disc = scan::readDisc(localPath);
         const DiscScanResult result = scan::describeDisc(disc);
-        if (result.discType == DiscType::None) { return kFailed; }  // it is logged why
+        if (result.discType == DiscType::None) { return kFailed; }  // logged by describeDisc()
 
         const QString path = QString::fromLocal8Bit(localPath);
         const QByteArray report = format == Format::Json ? jsonReport(path, disc, result)
@@ -53,7 +54,7 @@ int printReport(const QByteArray& given, Format format)
         return fail(QStringLiteral("cannot write to standard output: %1")
                         .arg(QString::fromStdString(std::generic_category().message(error))));
     } catch (const std::bad_alloc&) {
-        return fail(scan::noMemoryText());
+        return fail(QString::fromLatin1(scan::kNoMemory));
     }
 }
 

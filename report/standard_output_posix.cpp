@@ -11,7 +11,7 @@ namespace report {
 
 namespace {
 
-// Waits until a standard output that does not block takes more.
+// Waits until a non-blocking standard output accepts more bytes. Returns false if the wait fails.
 bool waitUntilWritable()
 {
     pollfd output = {STDOUT_FILENO, POLLOUT, 0};

@@ -22,7 +22,7 @@ QString printable(const QString& text)
     return QString::fromUtf8(terminaltext::line(text));
 }
 
-// A title whose texts from the disc are printable; the names of codecs and the like are the program's own.
+// The title with printable texts. The names of codecs, layouts and formats come from the program, not from the disc.
 template <typename Title>
 Title printableTitle(Title title)
 {
@@ -36,7 +36,7 @@ Title printableTitle(Title title)
         for (QString& clip : title.segmentMap) {
             clip = printable(clip);
         }
-        title.label = printable(title.label);
+        title.name = printable(title.name);
     }
     return title;
 }
@@ -60,16 +60,13 @@ QString indented(const QString& lines)
     return text;
 }
 
-// The details with the summary behind their heading.
 template <typename Stream>
 QString streamLines(const QList<Stream>& streams)
 {
     QString lines;
     for (const Stream& stream : streams) {
-        const QString details = titletext::details(stream);
-        const qsizetype headingEnd = details.indexOf(QLatin1Char('\n'));
-        lines += details.first(headingEnd) + QLatin1StringView(": ") + titletext::summary(stream) +
-                 QLatin1Char('\n') + indented(details.sliced(headingEnd));
+        lines += titletext::heading(stream) + QLatin1StringView(": ") + titletext::summary(stream) +
+                 QLatin1Char('\n') + indented(titletext::facts(stream));
     }
     return lines;
 }
@@ -127,12 +124,11 @@ QString totalLines(const DiscSummary& summary)
 QString textReport(const QString& path, const scan::ParsedDisc& disc, const DiscScanResult& result)
 {
     const bool isDvd = result.discType == DiscType::Dvd;
-    const QByteArray& sha256 = isDvd ? result.dvdPackageSha256 : result.blurayPackageSha256;
     return Texts::tr("Disc: %1\n").arg(isDvd ? Texts::tr("DVD") : Texts::tr("Blu-ray")) +
            Texts::tr("Path: %1\n").arg(printable(path)) +
            std::visit([](const auto& model) { return identityLines(model); }, disc) +
            totalLines(result.discSummary) +
-           Texts::tr("Package SHA-256: %1\n").arg(QString::fromLatin1(sha256.toHex())) +
+           Texts::tr("Package SHA-256: %1\n").arg(QString::fromLatin1(packageSha256Of(result).toHex())) +
            titleLines(result.dvdTitles) + titleLines(result.blurayTitles);
 }
 

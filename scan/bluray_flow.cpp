@@ -19,8 +19,8 @@ QString text(std::string_view local)
     return QString::fromLocal8Bit(local.data(), static_cast<qsizetype>(local.size()));
 }
 
-// A name that the stream tables say; their "Unknown" is a fact the disc does not give.
-QString known(std::string_view name)
+// The readers' name for an unknown code becomes an empty text.
+QString emptyIfUnknown(std::string_view name)
 {
     return name == "Unknown" ? QString() : text(name);
 }
@@ -30,12 +30,14 @@ void describeStreams(const bdmeta::BlurayTitle& title, BlurayTitleInfo& info)
     for (const bdmeta::BlurayVideoCodec& codec : title.videoCodecs) {
         const QString name = text(codec.codingName);
         if (!info.videoCodecNames.contains(name)) { info.videoCodecNames.append(name); }
-        info.videoStreams.append({name, codec.width, codec.height, known(codec.videoFormatName),
-                                  known(codec.frameRateName), static_cast<int>(codec.category), codec.pid});
+        info.videoStreams.append({name, codec.width, codec.height, emptyIfUnknown(codec.videoFormatName),
+                                  emptyIfUnknown(codec.frameRateName), static_cast<int>(codec.category),
+                                  codec.pid});
     }
     for (const bdmeta::BlurayAudioTrack& track : title.audioTracks) {
-        info.audioTracks.append({text(track.language.view()), text(track.name), known(track.channelLayout),
-                                 known(track.sampleRate), track.pid});
+        info.audioTracks.append({text(track.language.view()), text(track.name),
+                                 emptyIfUnknown(track.channelLayout), emptyIfUnknown(track.sampleRate),
+                                 track.pid});
     }
     for (const bdmeta::BluraySubtitleTrack& track : title.subtitleTracks) {
         info.subtitleTracks.append(
@@ -67,9 +69,8 @@ BlurayTitleInfo describeTitle(const bdmeta::BlurayTitle& title, const bdmeta::Bl
         info.segmentMap.append(text(clip.view()));
     }
     describeStreams(title, info);
-    info.label = QStringLiteral("#%1 %2 (%3 angles)")
-                     .arg(QString::number(title.index + 1), text(playlist.name.view()),
-                          QString::number(title.angleCount));
+    info.name = QStringLiteral("#%1 %2").arg(QString::number(title.index + 1), text(playlist.name.view()));
+    info.label = QStringLiteral("%1 (%2 angles)").arg(info.name, QString::number(title.angleCount));
     info.distinctDurationMs = bdmeta::distinctPlayTimeMs(playlist);
     return info;
 }
@@ -135,11 +136,11 @@ DiscScanResult describeBluray(const bdmeta::BlurayDisc* disc)
         result.readWarnings.append(text(warning));
     }
     takeSummary(summary, result);
-    QString packageError;
+    Message packageError;
     result.blurayPackage =
         package::buildBlurayPackage(disc, titles, &summary, &result.blurayPackageSha256, &packageError);
     if (result.blurayPackage.isEmpty()) {
-        return packageError.isEmpty() ? errorResult(kNoPackage) : errorResult(packageError);
+        return errorResult(packageError.isEmpty() ? kNoPackage : packageError);
     }
     return result;
 }

@@ -1,4 +1,4 @@
-// From a parsed Blu-ray disc to the titles and package of a scan result.
+// Makes the titles and the package of a scan result from a parsed Blu-ray disc.
 #pragma once
 
 #include "bdmeta/bluray_disc.h"
@@ -11,13 +11,12 @@
 
 namespace scan {
 
-// The derived titles of the disc as the window shows them.
+// Converts the derived titles of the disc to the records that the window shows.
 [[nodiscard]] QList<BlurayTitleInfo> describeBlurayTitles(const bdmeta::BlurayDisc& disc,
                                                           std::span<const bdmeta::BlurayTitle> titles);
 
-// Titles, totals, package and digest of a parsed disc: all that needs neither key nor network. `ok` stays 0,
-// since no lookup has run. An error result (discType None) when there is nothing to show or no package can be
-// built.
+// Returns titles, totals, package and digest of a parsed disc. `ok` stays 0 because no look-up has run. Returns an error
+// result (discType None) if `disc` is null, has no titles or no package can be built.
 [[nodiscard]] DiscScanResult describeBluray(const bdmeta::BlurayDisc* disc);
 
 }  // namespace scan

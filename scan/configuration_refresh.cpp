@@ -1,10 +1,11 @@
 #include "scan/configuration_refresh.h"
 
 #include "base/log.h"
+#include "scan/error_result.h"
 #include "service/api_key_store.h"
 #include "service/configuration_request.h"
 
-#include <exception>
+#include <new>
 #include <utility>
 
 namespace scan {
@@ -14,12 +15,12 @@ namespace {
 constexpr char kNotAdded[] = QT_TRANSLATE_NOOP("Messages", "This disc has not been added to Tessera.");
 constexpr char kUnsupportedType[] =
     QT_TRANSLATE_NOOP("Messages", "The disc type is not supported by Tessera.");
+constexpr char kRefreshFailed[] = QT_TRANSLATE_NOOP("Messages", "Unable to refresh Tessera configurations.");
 
 service::ConfigurationsOutcome requestConfigurations(const DiscScanResult& disc, const QString& apiKey)
 {
     const auto failure = [](const char* text) {
-        return service::ConfigurationsOutcome{
-            .ok = false, .configurations = {}, .errorText = QString::fromUtf8(text)};
+        return service::ConfigurationsOutcome{.ok = false, .configurations = {}, .error = text};
     };
     if (!service::isConfiguredKey(apiKey)) { return failure(service::kApiKeyNotConfigured); }
     if (!disc.inDatabase || disc.discId == 0) { return failure(kNotAdded); }
@@ -34,38 +35,30 @@ service::ConfigurationsOutcome requestConfigurations(const DiscScanResult& disc,
     return failure(kUnsupportedType);
 }
 
-// Needs no memory: the result shares all it holds with the previous one, and the general text is in the program.
-DiscScanResult failedRefresh(const DiscScanResult& previous, const QString& text)
-{
-    DiscScanResult result = previous;
-    result.ok = 0;
-    result.errorMessage =
-        text.isEmpty()
-            ? QStringLiteral(QT_TRANSLATE_NOOP("Messages", "Unable to refresh Tessera configurations."))
-            : text;
-    logging::logLines(logging::kTessera, logging::kError, result.errorMessage);
-    return result;
-}
-
 }  // namespace
 
 DiscScanResult refreshConfigurations(const DiscScanResult& previous, const QString& apiKey)
 {
     logging::log(logging::kTessera, logging::kInfo, QStringLiteral("configuration refresh started"));
+    service::ConfigurationsOutcome outcome;
     try {
-        service::ConfigurationsOutcome outcome = requestConfigurations(previous, apiKey);
-        if (!outcome.ok) { return failedRefresh(previous, outcome.errorText); }
-        DiscScanResult result = previous;
-        if (result.ok == 0) { result.errorMessage.clear(); }  // a note stays, an error is over
-        result.ok = 1;
-        result.configurations = std::move(outcome.configurations);
-        logging::log(logging::kTessera, logging::kInfo,
-                     QStringLiteral("configuration refresh finished: %1 configuration(s)")
-                         .arg(result.configurations.size()));
-        return result;
-    } catch (const std::exception&) {  // out of memory
-        return failedRefresh(previous, {});
+        outcome = requestConfigurations(previous, apiKey);
+    } catch (const std::bad_alloc&) {  // fails below with the general message
     }
+    DiscScanResult result = previous;
+    if (!outcome.ok) {
+        setError(result, outcome.error.isEmpty() ? Message(kRefreshFailed) : outcome.error);
+        result.ok = 0;
+        logging::logLines(logging::kTessera, logging::kError, result.errorMessage);
+        return result;
+    }
+    if (result.ok == 0) { setError(result, {}); }  // a successful result may have a note, which stays
+    result.ok = 1;
+    result.configurations = std::move(outcome.configurations);
+    logging::log(logging::kTessera, logging::kInfo,
+                 QStringLiteral("configuration refresh finished: %1 configuration(s)")
+                     .arg(result.configurations.size()));
+    return result;
 }
 
 }  // namespace scan

@@ -1,4 +1,4 @@
-// Reloads the configurations of a disc that has been scanned.
+// Reloads the configurations of a scanned disc.
 #pragma once
 
 #include "scan/disc_scan_result.h"
@@ -7,8 +7,8 @@
 
 namespace scan {
 
-// A copy of `previous` with the configurations that the service has now. Where that fails, its `ok` is 0, its
-// `errorMessage` says why, and all else is as it was. Logs its steps and its failure under "tessera".
+// Returns a copy of `previous` with the service's current configurations. On failure `ok` is 0, `error` is set and
+// everything else is unchanged. Logs its steps and its failure under "tessera".
 [[nodiscard]] DiscScanResult refreshConfigurations(const DiscScanResult& previous, const QString& apiKey);
 
 }  // namespace scan

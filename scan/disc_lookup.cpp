@@ -2,13 +2,16 @@
 
 #include "base/log.h"
 #include "package/encoding.h"
+#include "scan/error_result.h"
 #include "service/disc_requests.h"
+
+#include <new>
 
 namespace scan {
 
 namespace {
 
-// The words of a disc kind's flow.
+// Log lines and general errors of one disc kind.
 struct LookupTexts {
     const char* lookupStarted;
     const char* found;
@@ -44,34 +47,21 @@ void logProgress(const char* message)
     logging::log(logging::kTessera, logging::kInfo, QString::fromUtf8(message));
 }
 
-void setFailure(DiscScanResult& result, const QString& text, const char* fallback)
+// Throws std::bad_alloc. `fallback` becomes the general error of the current step.
+Message lookUp(DiscScanResult& result, const QString& apiKey, bool addIfMissing, const char*& fallback)
 {
-    result.errorMessage = text.isEmpty() ? QString::fromUtf8(fallback) : text;
-    logging::logLines(logging::kTessera, logging::kError, result.errorMessage);
-}
-
-}  // namespace
-
-void lookUpDisc(DiscScanResult& result, const QString& apiKey, bool addIfMissing)
-{
-    const bool isDvd = result.discType == DiscType::Dvd;
-    const LookupTexts& texts = isDvd ? kDvdTexts : kBlurayTexts;
+    const LookupTexts& texts = result.discType == DiscType::Dvd ? kDvdTexts : kBlurayTexts;
+    fallback = texts.findFailed;
     const service::TitlePackage package = {
-        isDvd ? service::DiscKind::Dvd : service::DiscKind::Bluray,
-        isDvd ? result.dvdPackage : result.blurayPackage,
-        isDvd ? result.dvdPackageSha256 : result.blurayPackageSha256,
+        result.discType == DiscType::Dvd ? service::DiscKind::Dvd : service::DiscKind::Bluray,
+        packageOf(result),
+        packageSha256Of(result),
     };
-    if (package.sha256.size() != package::kSha256Size) {
-        setFailure(result, {}, texts.findFailed);
-        return;
-    }
+    if (package.sha256.size() != package::kSha256Size) { return fallback; }
 
     logProgress(texts.lookupStarted);
     const service::FindOutcome found = service::findDisc(package, apiKey);
-    if (!found.ok) {
-        setFailure(result, found.errorText, texts.findFailed);
-        return;
-    }
+    if (!found.ok) { return found.error; }
     result.discId = found.reply.discId;
     result.inDatabase = found.reply.isFound;
     result.configurations = found.reply.configurations;
@@ -79,18 +69,32 @@ void lookUpDisc(DiscScanResult& result, const QString& apiKey, bool addIfMissing
     logProgress(result.inDatabase ? texts.found : texts.notFound);
 
     if (!result.inDatabase && addIfMissing) {
+        fallback = texts.addFailed;
         logProgress(texts.addStarted);
         const service::AddOutcome added = service::addDisc(package, apiKey);
-        if (!added.ok) {
-            setFailure(result, added.errorText, texts.addFailed);
-            return;
-        }
+        if (!added.ok) { return added.error; }
         result.discId = added.discId;
         result.inDatabase = true;
         result.newDiscUrl = service::newDiscUrl(package.kind, result.discId);
         logProgress(texts.addFinished);
     }
     result.ok = 1;
+    return {};
+}
+
+}  // namespace
+
+void lookUpDisc(DiscScanResult& result, const QString& apiKey, bool addIfMissing)
+{
+    const char* fallback = nullptr;
+    Message error;
+    try {
+        error = lookUp(result, apiKey, addIfMissing, fallback);
+    } catch (const std::bad_alloc&) {  // fails below with the step's general message
+    }
+    if (result.ok != 0) { return; }
+    setError(result, error.isEmpty() ? Message(fallback) : error);
+    logging::logLines(logging::kTessera, logging::kError, result.errorMessage);
 }
 
 }  // namespace scan

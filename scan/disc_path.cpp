@@ -12,11 +12,14 @@ namespace scan {
 
 namespace {
 
-// A directory may be called BDMV and hold images, which are discs of their own: only these files belong to its disc.
+constexpr char kNotMounted[] = QT_TRANSLATE_NOOP(
+    "Messages", "The device is not mounted. Mount it with this command: udisksctl mount -b %1");
+
+// The files of a disc. Other files in a directory BDMV or VIDEO_TS, such as images, are discs of their own.
 constexpr std::array kDiscFileSuffixes = {"bdmv", "bdjo", "mpls", "clpi", "m2ts",
                                           "ssif", "ifo",  "bup",  "vob"};
 
-// The length of the root with which the path begins, its last separator included; 0 for a relative path.
+// The length of the path's root, its last separator included; 0 for a relative path.
 qsizetype rootLength(const QString& path, QChar native)
 {
     const auto separatorFrom = [&path, native](qsizetype begin) {
@@ -35,7 +38,7 @@ qsizetype rootLength(const QString& path, QChar native)
     return separatorFrom(0) == 0 ? 1 : 0;
 }
 
-// The directory BDMV or VIDEO_TS in which the file is; the path itself for anything else.
+// Returns the directory BDMV or VIDEO_TS that contains the disc's file, and any other path unchanged.
 QString withoutDiscFile(const QString& path)
 {
     const QFileInfo file(path);
@@ -59,7 +62,7 @@ DiscPath mountedDisc(const QString& device)
             return {volume.rootPath(), {}};
         }
     }
-    return {{}, QString::fromLatin1(kNotMounted).arg(canonical)};
+    return {{}, Message(kNotMounted, {canonical})};
 }
 
 }  // namespace

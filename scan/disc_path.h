@@ -1,22 +1,21 @@
-// From a path that a user gives to the path of a disc as the readers take it.
+// Finds the path that the readers open from the path that a user gives.
 #pragma once
+
+#include "base/message.h"
 
 #include <QDir>
 #include <QString>
 
 namespace scan {
 
-inline constexpr char kNotMounted[] = QT_TRANSLATE_NOOP(
-    "Messages", "The device is not mounted. Mount it with this command: udisksctl mount -b %1");
-
 struct DiscPath {
     QString path;     // the disc to open; empty if there is a problem
-    QString problem;  // a sentence for the user; empty if there is none
+    Message problem;  // empty if there is none
 };
 
 // Takes a path from the command line, a file dialog or a drop. Removes the separators at its end. A file inside BDMV or
 // VIDEO_TS ("BDMV/index.bdmv", a playlist, an IFO) gives that directory. A block device gives the directory at which it
-// is mounted, and the problem kNotMounted if it is not. Any other path stays, whether it exists or not.
+// is mounted, or the problem that it is not. Any other path stays, whether it exists or not.
 [[nodiscard]] DiscPath discPathOf(const QString& given);
 
 // Whether the path is a block device, such as a drive, or a symbolic link to one.

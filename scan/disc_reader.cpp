@@ -24,7 +24,7 @@ void logWarnings(const std::vector<std::string>& warnings)
     }
 }
 
-// Each reads a disc of its kind; false where the path is no such disc, with the reader's words in `error`.
+// Each reads a disc of its kind. False, with the reader's text in `error`, if the path is no such disc.
 
 bool readBluray(const QByteArray& path, bdmeta::BlurayDisc& disc, ReaderError& error)
 {

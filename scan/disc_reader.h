@@ -1,5 +1,4 @@
-// From a path to a parsed disc, and from that to its titles, totals and package: all of a scan that needs neither key
-// nor network.
+// The part of a scan that needs neither key nor network: reads a disc and derives its titles, totals and package.
 #pragma once
 
 #include "bdmeta/bluray_disc.h"
@@ -12,7 +11,7 @@
 
 namespace scan {
 
-// A path that is no disc, with the error of the Blu-ray reader and that of the DVD reader.
+// A path that is no disc: the error of the Blu-ray reader, then that of the DVD reader.
 struct NoDisc {
     QStringList readerErrors;
 };
@@ -20,12 +19,12 @@ struct NoDisc {
 // A disc of either kind, or none.
 using ParsedDisc = std::variant<NoDisc, bdmeta::BlurayDisc, dvdmeta::DvdDisc>;
 
-// Reads the disc directory or image at `localPath`, a path in the bytes that the system knows it by. A Blu-ray is tried
-// first, so a disc that is both is one. Logs how far it comes, and where there is no disc the words of both readers.
+// Reads the disc directory or image at `localPath`, which is in the system's 8-bit encoding. Tries a Blu-ray first: a
+// disc of both kinds is a Blu-ray. Logs its steps and, if there is no disc, the errors of both readers.
 [[nodiscard]] ParsedDisc readDisc(const QByteArray& localPath);
 
-// Describes the disc as its kind does it. `ok` stays 0, since no lookup has run. An error result (discType None) where
-// there is no disc, nothing to show in it, or no package can be built of it.
+// Describes a disc of either kind. `ok` stays 0 because no look-up has run. Returns an error result (discType None) if
+// there is no disc, it has no titles or no package can be built.
 [[nodiscard]] DiscScanResult describeDisc(const ParsedDisc& disc);
 
 }  // namespace scan

@@ -1,6 +1,7 @@
-// What a scan hands back to the window: one plain value that owns all it holds. Failures travel inside it.
+// The result of a scan: one plain value that owns all it contains, failures included.
 #pragma once
 
+#include "base/message.h"
 #include "service/configurations.h"
 
 #include <QByteArray>
@@ -8,7 +9,7 @@
 #include <QString>
 #include <QStringList>
 
-// The stream records of a title, of either disc kind. A text that the disc does not give is empty.
+// The stream records of a title, of either disc kind. A text that the disc does not contain is empty.
 
 struct VideoStreamInfo {
     QString codecName;
@@ -16,7 +17,7 @@ struct VideoStreamInfo {
     quint32 height = 0;
     QString formatName;     // "1080p"; Blu-ray only
     QString frameRateName;  // "23.976 Hz"; Blu-ray only
-    int category = 0;       // what the stream is for, by its group: 1 primary, 6 secondary, 7 enhancement
+    int category = 0;       // the stream's group: 1 primary, 6 secondary, 7 enhancement
     quint32 pid = 0;        // Blu-ray: the transport stream's PID; DVD: the stream id in the program stream
 };
 
@@ -57,7 +58,7 @@ struct BlurayTitleInfo {
     quint32 videoHeight = 0;
     quint64 durationMs = 0;
     quint64 playbackSizeBytes = 0;  // of angle 1
-    bool isSizeEstimated = false;   // a clip counted whole; else the sizes come from packet ranges
+    bool isSizeEstimated = false;   // a clip counts whole; otherwise the sizes come from packet ranges
     quint32 clipCount = 0;
     quint32 angleCount = 0;
     quint32 alternateAngleItemCount = 0;
@@ -73,6 +74,7 @@ struct BlurayTitleInfo {
     QList<VideoStreamInfo> videoStreams;
     QList<AudioTrackInfo> audioTracks;
     QList<SubtitleTrackInfo> subtitleTracks;
+    QString name;                    // "#1 00800"
     QString label;                   // "#1 00800 (1 angles)"
     quint64 distinctDurationMs = 0;  // with every stretch of a clip counted once
 };
@@ -94,8 +96,8 @@ struct DiscScanResult {
     qint64 discId = 0;  // the service's id of the disc; 0 when unknown
     bool inDatabase = false;
     QList<service::DiscConfiguration> configurations;
-    QString errorMessage;  // for the user, when not ok
-    QString newDiscUrl;    // where the disc's entry is completed; empty when discId is 0
+    QString errorMessage;  // of `error`, in English; empty if ok
+    QString newDiscUrl;    // the web page that completes the disc's entry; empty if discId is 0
     QByteArray dvdPackage;
     QByteArray dvdPackageSha256;  // 32 raw bytes
     QByteArray blurayPackage;
@@ -109,4 +111,16 @@ struct DiscScanResult {
     quint64 extra = 0;             // reserved, carried along
     QStringList readerErrors;      // of a refused path: the Blu-ray reader's error, then the DVD reader's
     QStringList readWarnings;      // optional files that exist but cannot be read, with the reason
+    Message error;                 // for the user, if not ok
 };
+
+// The package and its digest, of either disc kind.
+[[nodiscard]] inline const QByteArray& packageOf(const DiscScanResult& result)
+{
+    return result.discType == DiscType::Dvd ? result.dvdPackage : result.blurayPackage;
+}
+
+[[nodiscard]] inline const QByteArray& packageSha256Of(const DiscScanResult& result)
+{
+    return result.discType == DiscType::Dvd ? result.dvdPackageSha256 : result.blurayPackageSha256;
+}

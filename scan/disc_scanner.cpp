@@ -12,21 +12,17 @@
 
 namespace {
 
-// Takes no memory to make.
-QString unexpectedText()
-{
-    return QStringLiteral(QT_TRANSLATE_NOOP("Messages", "The disc could not be read: an unexpected error."));
-}
+constexpr char kUnexpected[] =
+    QT_TRANSLATE_NOOP("Messages", "The disc could not be read: an unexpected error.");
 
 void logFinished(const DiscScanResult& result)
 {
     const bool isDvd = result.discType == DiscType::Dvd;
-    const QByteArray& sha256 = isDvd ? result.dvdPackageSha256 : result.blurayPackageSha256;
     logging::log(logging::kPlatterscope, logging::kInfo,
                  QStringLiteral("scan finished: %1, %2 titles, package SHA-256 %3")
                      .arg(isDvd ? QStringLiteral("DVD") : QStringLiteral("Blu-ray"))
                      .arg(isDvd ? result.dvdTitles.size() : result.blurayTitles.size())
-                     .arg(QLatin1StringView(sha256.toHex())));
+                     .arg(QLatin1StringView(packageSha256Of(result).toHex())));
 }
 
 DiscScanResult scanPath(const QString& path, const QString& apiKey, bool addIfMissing)
@@ -54,9 +50,9 @@ DiscScanResult DiscScanner::scan(const QString& path, bool addIfMissing) const
     try {
         return scanPath(path, m_apiKey, addIfMissing);
     } catch (const std::bad_alloc&) {
-        return ::scan::errorResult(::scan::noMemoryText());
-    } catch (...) {  // the work of a thread must not throw, whatever the disc
-        return ::scan::errorResult(unexpectedText());
+        return ::scan::errorResult(::scan::kNoMemory);
+    } catch (...) {  // the work of a thread must not throw
+        return ::scan::errorResult(kUnexpected);
     }
 }
 

@@ -1,6 +1,5 @@
-// Turns a path, a disc directory or an image, into a DiscScanResult: reads the disc, builds its package and
-// asks the service about it. Every operation blocks and belongs on a worker thread, with a scanner of its
-// own.
+// Scans a disc directory or an image: reads the disc, builds its package and looks the package up in the service. Every
+// operation blocks; run it on a worker thread with a scanner of its own.
 #pragma once
 
 #include "scan/disc_scan_result.h"
@@ -17,23 +16,21 @@ public:
     explicit DiscScanner(QObject* parent = nullptr);
 
     [[nodiscard]] const QString& apiKey() const { return m_apiKey; }
-    // The key that every request carries; white space around it is dropped.
+    // The key of every request. White space around it is removed.
     void setApiKey(const QString& apiKey) { m_apiKey = apiKey.trimmed(); }
 
-    // Whether diagnostic lines are written while this scanner works. Each operation sets the calling thread's
-    // switch to it and restores what stood there before.
+    // Whether the operations write diagnostic lines. Each operation sets the calling thread's switch and restores it.
     void setLoggingEnabled(bool enabled) { m_loggingEnabled = enabled; }
 
-    // Reads and looks up the disc at `path`, and adds it to the service when it is unknown there and
-    // `addIfMissing` is set. Failures come back inside the result: without a disc kind where there is no disc
-    // to show, with titles and package where only the service failed.
+    // Reads the disc at `path` and looks it up. Adds an unknown disc to the service if `addIfMissing` is set. The result
+    // of a failure has no disc kind if there is no disc to show; it has titles and package if only the service failed.
     [[nodiscard]] DiscScanResult scan(const QString& path, bool addIfMissing) const;
 
-    // The result of an earlier scan with the configurations that the service has now; where that fails, the
-    // earlier ones stay, `ok` is 0 and `errorMessage` says why.
+    // Returns the result of an earlier scan with the service's current configurations. On failure the earlier ones stay,
+    // `ok` is 0 and `error` is set.
     [[nodiscard]] DiscScanResult refreshConfigurations(const DiscScanResult& previous) const;
 
-    // Asks the service whether it accepts the key.
+    // Checks the key with the service.
     [[nodiscard]] service::AuthenticationOutcome authenticate() const;
 
 private:

@@ -15,7 +15,7 @@ constexpr char kNoMetadata[] = QT_TRANSLATE_NOOP("Messages", "DVD scan metadata 
 constexpr char kNoTitles[] = QT_TRANSLATE_NOOP("Messages", "No titles found on DVD.");
 constexpr char kNoPackage[] = QT_TRANSLATE_NOOP("Messages", "Failed to build DVD title package.");
 
-// First stream ids of the program stream: a stream's own is the first of its kind plus its index.
+// First stream ids of the program stream. A stream's id is the first of its kind plus the stream's index.
 constexpr quint32 kVideoStreamId = 0xE0;
 constexpr quint32 kFirstSubpictureId = 0x20;
 
@@ -115,10 +115,10 @@ DiscScanResult describeDvd(const dvdmeta::DvdDisc* disc)
         result.discSummary.chapterCount += title.chapterCount;
     }
 
-    QString packageError;
+    Message packageError;
     result.dvdPackage = package::buildDvdPackage(disc, &totals, &result.dvdPackageSha256, &packageError);
     if (result.dvdPackage.isEmpty()) {
-        return packageError.isEmpty() ? errorResult(kNoPackage) : errorResult(packageError);
+        return errorResult(packageError.isEmpty() ? kNoPackage : packageError);
     }
     return result;
 }

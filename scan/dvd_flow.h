@@ -1,4 +1,4 @@
-// From a parsed DVD to the titles and package of a scan result.
+// Makes the titles and the package of a scan result from a parsed DVD.
 #pragma once
 
 #include "dvdmeta/dvd_disc.h"
@@ -8,12 +8,11 @@
 
 namespace scan {
 
-// The titles of the disc as the window shows them.
+// Converts the titles of the disc to the records that the window shows.
 [[nodiscard]] QList<DvdTitleInfo> describeDvdTitles(const dvdmeta::DvdDisc& disc);
 
-// Titles, totals, package and digest of a parsed disc: all that needs neither key nor network. `ok` stays 0,
-// since no lookup has run. An error result (discType None) when there is nothing to show or no package can be
-// built.
+// Returns titles, totals, package and digest of a parsed disc. `ok` stays 0 because no look-up has run. Returns an error
+// result (discType None) if `disc` is null, has no titles or no package can be built.
 [[nodiscard]] DiscScanResult describeDvd(const dvdmeta::DvdDisc* disc);
 
 }  // namespace scan

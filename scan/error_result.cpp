@@ -4,21 +4,17 @@
 
 namespace scan {
 
-QString noMemoryText()
+void setError(DiscScanResult& result, const Message& error)
 {
-    return QStringLiteral(QT_TRANSLATE_NOOP("Messages", "There is not enough memory to read the disc."));
+    result.error = error;
+    result.errorMessage = error.english();
 }
 
-DiscScanResult errorResult(const char* message)
+DiscScanResult errorResult(const Message& message)
 {
-    return errorResult(QString::fromUtf8(message));
-}
-
-DiscScanResult errorResult(const QString& message)
-{
-    logging::log(logging::kPlatterscope, logging::kError, message);
     DiscScanResult result;
-    result.errorMessage = message;
+    setError(result, message);
+    logging::log(logging::kPlatterscope, logging::kError, result.errorMessage);
     return result;
 }
 

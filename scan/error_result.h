@@ -1,16 +1,17 @@
-// The one way a scan that came to nothing is reported.
+// The result of a scan that has no disc to show.
 #pragma once
 
 #include "scan/disc_scan_result.h"
 
 namespace scan {
 
-// That memory ran out while a disc was read: a text that takes none to make.
-[[nodiscard]] QString noMemoryText();
+inline constexpr char kNoMemory[] =
+    QT_TRANSLATE_NOOP("Messages", "There is not enough memory to read the disc.");
 
-// Logs the message as an error of the program's own and returns a result that holds nothing but it. The second
-// form needs no memory.
-[[nodiscard]] DiscScanResult errorResult(const char* message);
-[[nodiscard]] DiscScanResult errorResult(const QString& message);
+// Sets the result's error and its English text.
+void setError(DiscScanResult& result, const Message& error);
+
+// Logs the message as an error of component "platterscope". Returns a result with that error and nothing else.
+[[nodiscard]] DiscScanResult errorResult(const Message& message);
 
 }  // namespace scan

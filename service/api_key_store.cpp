@@ -3,7 +3,6 @@
 #include "service/owner_only_file.h"
 #include "service/service_address.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 
@@ -33,33 +32,25 @@ constexpr char kOthersHaveAccess[] =
 constexpr std::size_t kMaximumFileBytes = 64 * 1024;
 
 // Always false, so that a failing step reads "return fail(...)".
-bool fail(QString* errorText, const QString& text)
+bool fail(Message* error, const Message& message)
 {
-    if (errorText != nullptr) { *errorText = text; }
+    if (error != nullptr) { *error = message; }
     return false;
 }
 
-// A sentence in the user's language with its place filled in. It is shown and never logged, so it need not stay
-// English; and once filled in it could no longer be looked up.
-template <typename Detail>
-QString filledIn(const char* sentence, const Detail& detail)
-{
-    return QCoreApplication::translate("Messages", sentence).arg(detail);
-}
-
-// The sentence for a failed step; `plainFailure` is the one of reading or of writing.
-QString failureText(const OwnerOnlyResult& result, const char* plainFailure, const QString& path)
+// `plainFailure` is the message of failed reading or of failed writing.
+Message messageOf(const OwnerOnlyResult& result, const char* plainFailure, const QString& path)
 {
     const bool isWindows = usesWindowsErrorNumbers();
     switch (result.failed) {
     case OwnerOnlyStep::Absent:
-        return QString::fromLatin1(kApiKeyNotConfigured);
+        return kApiKeyNotConfigured;
     case OwnerOnlyStep::Owner:
-        return filledIn(isWindows ? kOwnerUnknownWindows : kOwnerUnknown, result.errorNumber);
+        return {isWindows ? kOwnerUnknownWindows : kOwnerUnknown, {QString::number(result.errorNumber)}};
     case OwnerOnlyStep::Restrict:
-        return filledIn(isWindows ? kNotRestrictedWindows : kNotRestricted, result.errorNumber);
+        return {isWindows ? kNotRestrictedWindows : kNotRestricted, {QString::number(result.errorNumber)}};
     default:
-        return filledIn(plainFailure, path);
+        return {plainFailure, {path}};
     }
 }
 
@@ -85,44 +76,42 @@ QString apiKeyFilePath()
     return QDir::home().filePath(QLatin1Char('.') + address.host + QLatin1String("/ApiKey.txt"));
 }
 
-bool loadApiKey(QString* key, QString* errorText)
+bool loadApiKey(QString* key, Message* error)
 {
-    if (errorText != nullptr) { errorText->clear(); }
-    if (key == nullptr) { return fail(errorText, QString::fromLatin1(kNoKeyOutput)); }
+    if (error != nullptr) { *error = {}; }
+    if (key == nullptr) { return fail(error, kNoKeyOutput); }
     key->clear();
     const QString path = apiKeyFilePath();
-    if (path.isEmpty()) { return fail(errorText, currentServiceAddress().problem); }
+    if (path.isEmpty()) { return fail(error, currentServiceAddress().problem); }
 
     std::string content;
     const OwnerOnlyResult result = readOwnerOnlyFile(path.toStdString(), kMaximumFileBytes, content);
-    if (!result.ok()) { return fail(errorText, failureText(result, kReadFailed, path)); }
+    if (!result.ok()) { return fail(error, messageOf(result, kReadFailed, path)); }
     const QString stored = QString::fromStdString(content).trimmed();
-    if (stored.isEmpty() || !isAllowedKeyText(stored)) {
-        return fail(errorText, QString::fromLatin1(kApiKeyNotConfigured));
-    }
+    if (stored.isEmpty() || !isAllowedKeyText(stored)) { return fail(error, kApiKeyNotConfigured); }
     *key = stored;
     return true;
 }
 
-bool saveApiKey(const QString& key, QString* errorText)
+bool saveApiKey(const QString& key, Message* error)
 {
-    if (errorText != nullptr) { errorText->clear(); }
+    if (error != nullptr) { *error = {}; }
     const QString path = apiKeyFilePath();
-    if (path.isEmpty()) { return fail(errorText, currentServiceAddress().problem); }
+    if (path.isEmpty()) { return fail(error, currentServiceAddress().problem); }
 
     const QString directory = QFileInfo(path).path();
     if (!QDir().mkpath(QDir::homePath()) || !makeOwnerOnlyDirectory(directory.toStdString())) {
-        return fail(errorText, filledIn(kDirectoryFailed, directory));
+        return fail(error, {kDirectoryFailed, {directory}});
     }
     const OwnerOnlyResult result = replaceOwnerOnlyFile(path.toStdString(), key.trimmed().toStdString());
-    return result.ok() || fail(errorText, failureText(result, kWriteFailed, path));
+    return result.ok() || fail(error, messageOf(result, kWriteFailed, path));
 }
 
-QString apiKeyFileProblem()
+Message apiKeyFileProblem()
 {
     const QString path = apiKeyFilePath();
     const bool isSafe = path.isEmpty() || isOwnerOnly(path.toStdString());
-    return isSafe ? QString() : QString::fromLatin1(kOthersHaveAccess);
+    return isSafe ? Message() : Message(kOthersHaveAccess);
 }
 
 }  // namespace service

@@ -5,7 +5,7 @@
 #include "service/http_client.h"
 #include "service/json_value.h"
 
-#include <exception>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -18,21 +18,17 @@ constexpr char kForbiddenCharacters[] =
 constexpr char kInvalidResponse[] =
     QT_TRANSLATE_NOOP("Messages", "Tessera returned an invalid authentication response.");
 
-// A text that takes no memory to make.
-QString failedText()
-{
-    return QStringLiteral(QT_TRANSLATE_NOOP("Messages", "Unable to authenticate with Tessera."));
-}
+constexpr char kFailed[] = QT_TRANSLATE_NOOP("Messages", "Unable to authenticate with Tessera.");
 
-AuthenticationOutcome failure(const QString& errorText)
+AuthenticationOutcome failure(Message error)
 {
-    return {.ok = false, .user = {}, .errorText = errorText};
+    return {.ok = false, .user = {}, .error = std::move(error)};
 }
 
 AuthenticationOutcome requestUser(const QString& apiKey)
 {
-    if (!isConfiguredKey(apiKey)) { return failure(QString::fromLatin1(kApiKeyNotConfigured)); }
-    if (!isAllowedKeyText(apiKey)) { return failure(QString::fromLatin1(kForbiddenCharacters)); }
+    if (!isConfiguredKey(apiKey)) { return failure(kApiKeyNotConfigured); }
+    if (!isAllowedKeyText(apiKey)) { return failure(kForbiddenCharacters); }
 
     const HttpLibrary library;
     HttpRequest request;
@@ -40,10 +36,10 @@ AuthenticationOutcome requestUser(const QString& apiKey)
     request.isPost = true;  // without a body: the key travels in its header alone
     request.headers = {apiKeyHeader(apiKey), "Content-Type: application/x-www-form-urlencoded"};
     HttpOutcome reply = perform(request);
-    if (!reply.ok) { return failure(reply.errorText); }
+    if (!reply.ok) { return failure(reply.error); }
     const std::optional<ServiceUser> user = parseUserReply(std::move(reply.body));
-    if (!user) { return failure(QString::fromLatin1(kInvalidResponse)); }
-    return {.ok = true, .user = *user, .errorText = {}};
+    if (!user) { return failure(kInvalidResponse); }
+    return {.ok = true, .user = *user, .error = {}};
 }
 
 }  // namespace
@@ -64,19 +60,18 @@ std::optional<ServiceUser> parseUserReply(QByteArray text)
 AuthenticationOutcome authenticate(const QString& apiKey)
 {
     logging::log(logging::kTessera, logging::kInfo, QStringLiteral("authentication started"));
+    AuthenticationOutcome outcome;
     try {
-        AuthenticationOutcome outcome = requestUser(apiKey);
-        if (outcome.ok) {
-            logging::log(logging::kTessera, logging::kInfo, QStringLiteral("authentication succeeded"));
-            return outcome;
-        }
-        if (outcome.errorText.isEmpty()) { outcome.errorText = failedText(); }
-        logging::logLines(logging::kTessera, logging::kError, outcome.errorText);
-        return outcome;
-    } catch (const std::exception&) {  // a reply too large to handle
-        logging::log(logging::kTessera, logging::kError, failedText());
-        return failure(failedText());
+        outcome = requestUser(apiKey);
+    } catch (const std::bad_alloc&) {  // a reply too large for the memory
+        outcome = failure(kFailed);
     }
+    if (outcome.ok) {
+        logging::log(logging::kTessera, logging::kInfo, QStringLiteral("authentication succeeded"));
+    } else {
+        logging::logLines(logging::kTessera, logging::kError, outcome.error.english());
+    }
+    return outcome;
 }
 
 }  // namespace service

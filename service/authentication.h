@@ -1,5 +1,7 @@
-// Asks the service whether it accepts a key, and learns the user's name and the newest program version.
+// Asks the service whether it accepts a key. The reply names the user and the newest version of the program.
 #pragma once
+
+#include "base/message.h"
 
 #include <QByteArray>
 #include <QString>
@@ -11,22 +13,21 @@ namespace service {
 struct ServiceUser {
     qint64 uid = 0;
     QString username;
-    QString latestVersion;  // empty when the service does not say
+    QString latestVersion;  // may be empty
 };
 
-// Exactly one of `user` (when ok) and `errorText` (when not) means something.
 struct AuthenticationOutcome {
     bool ok = false;
-    ServiceUser user;
-    QString errorText;
+    ServiceUser user;  // if ok
+    Message error;     // if not ok
 };
 
-// Reads the service's reply, which is { "UID": 17, "Username": "ada", "LatestVersion": "1.3.0" }, the last one
-// optional. Empty where the text is nothing of the kind. The text, if it is given away, is freed
-// as soon as it has been taken apart. Throws std::bad_alloc.
+// Parses the service's reply: { "UID": 17, "Username": "ada", "LatestVersion": "1.3.0" }; LatestVersion is optional.
+// Empty if the text is no such object. Frees a text that is moved here before it reads the values. Throws
+// std::bad_alloc.
 [[nodiscard]] std::optional<ServiceUser> parseUserReply(QByteArray text);
 
-// One blocking request to "/api/tessera/user/". Logs its start and how it ended under "tessera".
+// Sends one blocking request to "/api/tessera/user/". Logs its start and its result under "tessera".
 [[nodiscard]] AuthenticationOutcome authenticate(const QString& apiKey);
 
 }  // namespace service

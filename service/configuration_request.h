@@ -1,6 +1,7 @@
 // Asks the service for the configurations of one disc: GET /api/tessera/<kind>/configurations/get/?discId=17
 #pragma once
 
+#include "base/message.h"
 #include "service/configurations.h"
 #include "service/disc_requests.h"
 
@@ -11,11 +12,11 @@ namespace service {
 
 struct ConfigurationsOutcome {
     bool ok = false;
-    QList<DiscConfiguration> configurations;  // when ok, in the service's order
-    QString errorText;                        // when not ok; empty where the array holds too much
+    QList<DiscConfiguration> configurations;  // if ok, in the service's order
+    Message error;                            // if not ok; empty if the array holds too much
 };
 
-// One blocking request.
+// Sends one blocking request. Throws std::bad_alloc.
 [[nodiscard]] ConfigurationsOutcome getConfigurations(DiscKind kind, qint64 discId, const QString& apiKey);
 
 }  // namespace service

@@ -2,7 +2,6 @@
 
 #include "service/json_value.h"
 
-#include <exception>
 #include <utility>
 
 namespace service {
@@ -49,8 +48,8 @@ DiscConfiguration readConfiguration(const JsonValue& value)
     return configuration;
 }
 
-// `values` are those of the document that the array is in. The documents in it count with it: a reply could
-// otherwise hold as many again in each.
+// `values` is the count of the document that contains the array. The documents in "Data" count as well: otherwise each
+// could hold as many again.
 std::optional<QList<DiscConfiguration>> readConfigurations(const JsonValue& array, qsizetype values)
 {
     QList<DiscConfiguration> configurations;
@@ -68,7 +67,9 @@ std::optional<QList<DiscConfiguration>> readConfigurations(const JsonValue& arra
     return configurations;
 }
 
-std::optional<ConfigurationReply> readReply(QByteArray text)
+}  // namespace
+
+std::optional<ConfigurationReply> parseConfigurationReply(QByteArray text)
 {
     const qsizetype values = JsonDocument::countValues(text);
     const std::optional<JsonDocument> document = JsonDocument::parse(text);
@@ -83,17 +84,6 @@ std::optional<ConfigurationReply> readReply(QByteArray text)
     auto configurations = readConfigurations(root.member("Configurations"), values);
     if (!configurations) { return std::nullopt; }
     return ConfigurationReply{.isFound = true, .discId = *id, .configurations = *std::move(configurations)};
-}
-
-}  // namespace
-
-std::optional<ConfigurationReply> parseConfigurationReply(QByteArray text)
-{
-    try {
-        return readReply(std::move(text));
-    } catch (const std::exception&) {  // out of memory
-        return std::nullopt;
-    }
 }
 
 ConfigurationArray parseConfigurationArray(QByteArray text)

@@ -1,5 +1,5 @@
-// What users have contributed about a disc: which of its titles is the movie, an episode, an extra. The find
-// reply carries configurations in this form:
+// What users have contributed about a disc: which of its titles is the movie, an episode, an extra. The service sends
+// configurations in this form:
 //
 //   { "Disc ID": 17, "Configurations": [ { "UID": 3, "Disc ID": 17, "Language Code": "en",
 //       "Added By Username": "ada", "Added By UID": 1, "Data": "<a JSON document as a string>" } ] }
@@ -44,26 +44,27 @@ struct ConfigurationReply {
     QList<DiscConfiguration> configurations;
 };
 
-// The most configurations a reply may hold, and the most configurations, titles and paths counted together: far
-// more than anybody would describe, and few enough to be kept and shown at once.
+// The most configurations of a reply, and the most configurations, titles and paths together: far more than anybody
+// would describe, and few enough to keep and show at once.
 inline constexpr qsizetype kMaximumConfigurations = 20'000;
 inline constexpr qsizetype kMaximumEntries = 250'000;
 
-// Reads a find reply. Empty when the text is no JSON object, its "Disc ID" is neither absent, null nor an
-// integer (a JSON number without fraction within +-(2^53 - 1), or a decimal text), or it holds too many entries or
-// too many values (JsonDocument::kMaximumValues, all "Data" included). What is odd inside a configuration is passed
-// over piece by piece: a missing field is empty or 0, a number outside 32 bits is clamped and a fraction cut, a path
-// that is no text keeps its place as an empty text, titles and configurations that are no objects are skipped. The
-// text is let go as soon as it is parsed: a caller who moves it here holds it no longer than needed.
+// Parses a find reply. Empty if the text is no JSON object, if its "Disc ID" is neither absent, null nor an integer (a
+// JSON number without fraction within +-(2^53 - 1), or a decimal text), or if it has too many entries or too many values
+// (JsonDocument::kMaximumValues, all "Data" included). Malformed parts of a configuration do not fail the reply:
+// - a missing field is empty or 0
+// - a number outside 32 bits is clamped, a fraction is cut
+// - a path that is no text becomes an empty text, so that the indices stay the same
+// - titles and configurations that are no objects are skipped
+// Frees a text that is moved here as soon as it is parsed. Throws std::bad_alloc.
 [[nodiscard]] std::optional<ConfigurationReply> parseConfigurationReply(QByteArray text);
 
-// What a reply that should be an array of configurations came to.
 struct ConfigurationArray {
     bool isArray = false;
-    std::optional<QList<DiscConfiguration>> configurations;  // empty also where the array holds too much
+    std::optional<QList<DiscConfiguration>> configurations;  // empty also if the array holds too much
 };
 
-// Reads such a reply in the same way. Throws std::bad_alloc.
+// Parses a reply that is an array of configurations, in the same way. Throws std::bad_alloc.
 [[nodiscard]] ConfigurationArray parseConfigurationArray(QByteArray text);
 
 }  // namespace service

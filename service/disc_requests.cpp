@@ -6,7 +6,6 @@
 
 #include <zlib.h>
 
-#include <exception>
 #include <optional>
 #include <utility>
 
@@ -44,37 +43,27 @@ const Endpoints& endpoints(DiscKind kind)
     return kind == DiscKind::Bluray ? kBluray : kDvd;
 }
 
-// The bytes as a zlib stream, its header and Adler-32 included, which is what HTTP means by "deflate".
+// Returns the bytes as a zlib stream with header and Adler-32: HTTP calls this format "deflate".
 std::optional<QByteArray> compress(const QByteArray& bytes)
 {
     if (!std::in_range<uLong>(bytes.size())) { return std::nullopt; }
     const auto size = static_cast<uLong>(bytes.size());
     uLongf length = compressBound(size);
-    try {
-        QByteArray stream(static_cast<qsizetype>(length), Qt::Uninitialized);
-        const int result =
-            compress2(reinterpret_cast<Bytef*>(stream.data()), &length,
-                      reinterpret_cast<const Bytef*>(bytes.constData()), size, Z_BEST_COMPRESSION);
-        if (result != Z_OK) { return std::nullopt; }
-        stream.resize(static_cast<qsizetype>(length));
-        return stream;
-    } catch (const std::exception&) {
-        return std::nullopt;
-    }
+    QByteArray stream(static_cast<qsizetype>(length), Qt::Uninitialized);
+    const int result = compress2(reinterpret_cast<Bytef*>(stream.data()), &length,
+                                 reinterpret_cast<const Bytef*>(bytes.constData()), size, Z_BEST_COMPRESSION);
+    if (result != Z_OK) { return std::nullopt; }
+    stream.resize(static_cast<qsizetype>(length));
+    return stream;
 }
 
 HttpOutcome postTitlePackage(const char* path, const TitlePackage& package, const QString& apiKey)
 {
-    HttpOutcome failure;
     if (package.bytes.isEmpty() || package.sha256.size() != kSha256Bytes || apiKey.isEmpty()) {
-        failure.errorText = QString::fromLatin1(kMissingPackageData);
-        return failure;
+        return {.ok = false, .body = {}, .error = kMissingPackageData};
     }
     const std::optional<QByteArray> stream = compress(package.bytes);
-    if (!stream) {
-        failure.errorText = QString::fromLatin1(kCompressionFailed);
-        return failure;
-    }
+    if (!stream) { return {.ok = false, .body = {}, .error = kCompressionFailed}; }
     const HttpLibrary library;
     HttpRequest request;
     request.path = QString::fromLatin1(path);
@@ -87,52 +76,25 @@ HttpOutcome postTitlePackage(const char* path, const TitlePackage& package, cons
     return perform(request);
 }
 
-FindOutcome requestFind(const TitlePackage& package, const QString& apiKey)
-{
-    FindOutcome outcome;
-    HttpOutcome reply = postTitlePackage(endpoints(package.kind).find, package, apiKey);
-    if (!reply.ok) {
-        outcome.errorText = reply.errorText;
-        return outcome;
-    }
-    std::optional<ConfigurationReply> parsed = parseConfigurationReply(std::move(reply.body));
-    if (!parsed) {
-        outcome.errorText = QString::fromLatin1(kInvalidFindResponse);
-        return outcome;
-    }
-    outcome.ok = true;
-    outcome.reply = *std::move(parsed);
-    return outcome;
-}
-
-AddOutcome requestAdd(const TitlePackage& package, const QString& apiKey)
-{
-    const HttpOutcome reply = postTitlePackage(endpoints(package.kind).add, package, apiKey);
-    if (!reply.ok) { return {.ok = false, .discId = 0, .errorText = reply.errorText}; }
-    const std::optional<qint64> discId =
-        parseDecimal({reply.body.constData(), static_cast<std::size_t>(reply.body.size())});
-    if (!discId) { return {.ok = false, .discId = 0, .errorText = QString::fromLatin1(kInvalidDiscId)}; }
-    return {.ok = true, .discId = *discId, .errorText = {}};
-}
-
 }  // namespace
 
 FindOutcome findDisc(const TitlePackage& package, const QString& apiKey)
 {
-    try {
-        return requestFind(package, apiKey);
-    } catch (const std::exception&) {  // out of memory
-        return {};
-    }
+    HttpOutcome reply = postTitlePackage(endpoints(package.kind).find, package, apiKey);
+    if (!reply.ok) { return {.ok = false, .reply = {}, .error = reply.error}; }
+    std::optional<ConfigurationReply> parsed = parseConfigurationReply(std::move(reply.body));
+    if (!parsed) { return {.ok = false, .reply = {}, .error = kInvalidFindResponse}; }
+    return {.ok = true, .reply = *std::move(parsed), .error = {}};
 }
 
 AddOutcome addDisc(const TitlePackage& package, const QString& apiKey)
 {
-    try {
-        return requestAdd(package, apiKey);
-    } catch (const std::exception&) {  // out of memory
-        return {};
-    }
+    const HttpOutcome reply = postTitlePackage(endpoints(package.kind).add, package, apiKey);
+    if (!reply.ok) { return {.ok = false, .discId = 0, .error = reply.error}; }
+    const std::optional<qint64> discId =
+        parseDecimal({reply.body.constData(), static_cast<std::size_t>(reply.body.size())});
+    if (!discId) { return {.ok = false, .discId = 0, .error = kInvalidDiscId}; }
+    return {.ok = true, .discId = *discId, .error = {}};
 }
 
 QString newDiscUrl(DiscKind kind, qint64 discId)

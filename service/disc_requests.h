@@ -1,7 +1,8 @@
-// The two requests that carry a title package: is this disc known, and add it. The service identifies a disc
-// by its package; the package travels as a zlib stream beside the SHA-256 of its uncompressed bytes.
+// The two requests that carry a title package: find the disc, and add it. The service identifies a disc by its package.
+// The body is the package as a zlib stream; a header has the SHA-256 of the uncompressed package.
 #pragma once
 
+#include "base/message.h"
 #include "service/configurations.h"
 
 #include <QByteArray>
@@ -11,7 +12,7 @@ namespace service {
 
 enum class DiscKind { Dvd, Bluray };
 
-// A package and its digest, borrowed for the length of a request.
+// A package and its digest.
 struct TitlePackage {
     DiscKind kind = DiscKind::Dvd;
     QByteArray bytes;
@@ -20,22 +21,22 @@ struct TitlePackage {
 
 struct FindOutcome {
     bool ok = false;
-    ConfigurationReply reply;  // when ok: whether the disc is known, its id, its configurations
-    QString errorText;         // when not ok
+    ConfigurationReply reply;  // if ok
+    Message error;             // if not ok
 };
 
 struct AddOutcome {
     bool ok = false;
     qint64 discId = 0;
-    QString errorText;
+    Message error;
 };
 
-// One blocking request each. The error text may be empty only where no step had one to give.
+// Send one blocking request each. Throw std::bad_alloc.
 [[nodiscard]] FindOutcome findDisc(const TitlePackage& package, const QString& apiKey);
 [[nodiscard]] AddOutcome addDisc(const TitlePackage& package, const QString& apiKey);
 
-// The page where a user completes the entry of disc `discId`, on the service address in force; empty for id
-// 0.
+// The web page where a user completes the entry of disc `discId`. Empty if the id is 0 or the service address is
+// refused.
 [[nodiscard]] QString newDiscUrl(DiscKind kind, qint64 discId);
 
 }  // namespace service

@@ -16,6 +16,8 @@ namespace {
 
 constexpr char kNoClient[] =
     QT_TRANSLATE_NOOP("Messages", "Unable to initialize the Tessera network client.");
+constexpr char kNetworkError[] = QT_TRANSLATE_NOOP("Messages", "Network error: %1");
+constexpr char kHttpStatus[] = QT_TRANSLATE_NOOP("Messages", "Tessera returned HTTP %1.");
 constexpr char kApiKeyHeader[] = "apiKey: ";
 constexpr long kStatusOk = 200;
 
@@ -84,28 +86,28 @@ void setMethod(CURL* curl, const HttpRequest& request)
     }
 }
 
-HttpOutcome failure(const QString& errorText)
+HttpOutcome failure(Message error)
 {
-    return {.ok = false, .body = {}, .errorText = errorText};
+    return {.ok = false, .body = {}, .error = std::move(error)};
 }
 
 HttpOutcome judge(CURLcode code, long status, QByteArray body)
 {
     if (code == CURLE_OK && status == kStatusOk) {
-        return {.ok = true, .body = std::move(body), .errorText = {}};
+        return {.ok = true, .body = std::move(body), .error = {}};
     }
-    if (!body.isEmpty()) { return failure(QString::fromUtf8(body)); }
+    if (!body.isEmpty()) { return failure(Message::verbatim(QString::fromUtf8(body))); }
     if (code != CURLE_OK) {
-        return failure(QString::fromLatin1(kNetworkError).arg(QString::fromUtf8(curl_easy_strerror(code))));
+        return failure(Message(kNetworkError, {QString::fromUtf8(curl_easy_strerror(code))}));
     }
-    return failure(QString::fromLatin1(kHttpStatus).arg(status));
+    return failure(Message(kHttpStatus, {QString::number(status)}));
 }
 
 }  // namespace
 
 HttpLibrary::HttpLibrary()
 {
-    curl_global_init(CURL_GLOBAL_ALL);  // where this fails, so does every handle made after it
+    curl_global_init(CURL_GLOBAL_ALL);  // if this fails, curl_easy_init() fails as well
 }
 
 HttpLibrary::~HttpLibrary()
@@ -117,23 +119,23 @@ HttpOutcome perform(const HttpRequest& request, const HttpLimits& limits)
 {
     const ServiceAddress address = currentServiceAddress();
     if (!address.isUsable()) { return failure(address.problem); }
-    if (request.path.isEmpty()) { return failure(QString::fromLatin1(kMissingRequestData)); }
+    if (request.path.isEmpty()) { return failure(kMissingRequestData); }
 
     HeaderList headers;
     for (const QByteArray& line : request.headers) {
         if (!appendHeader(headers, line)) {
             const bool isKey = line.startsWith(kApiKeyHeader);
-            return failure(QString::fromLatin1(isKey ? kUnpreparedAuthentication : request.unpreparedText));
+            return failure(isKey ? kUnpreparedAuthentication : request.unpreparedText);
         }
     }
     const CurlHandle curl(curl_easy_init());
-    if (curl == nullptr) { return failure(QString::fromLatin1(kNoClient)); }
+    if (curl == nullptr) { return failure(kNoClient); }
 
     Reply reply{.body = {}, .limit = limits.replyBytes};
     setCommonOptions(curl.get(), (address.origin + request.path).toUtf8(), reply, limits);
     // A proxy named in the environment would carry the key of a service on this computer away from it.
     if (address.isLoopback) { curl_easy_setopt(curl.get(), CURLOPT_PROXY, ""); }
-    // A name server that does not answer would hold the request beyond its time limit: its thread is left to itself.
+    // libcurl would wait for its resolver thread, beyond the time limit, if a name server does not answer.
     curl_easy_setopt(curl.get(), CURLOPT_QUICK_EXIT, 1L);
     setMethod(curl.get(), request);
     curl_easy_setopt(curl.get(), CURLOPT_HTTPHEADER, headers.get());

@@ -12,7 +12,7 @@ namespace {
 
 constexpr double kMaximumExactInteger = 9007199254740991.0;  // 2^53 - 1
 
-// White space as JSON has it; the parser itself takes every control character for it.
+// White space of JSON. cJSON itself treats every control character as white space.
 bool isWhiteSpace(char c)
 {
     return c == ' ' || c == '\t' || c == '\r' || c == '\n';

@@ -1,6 +1,5 @@
-// Reading the service's JSON replies: a document that owns its parsed values, and views into it. A view of
-// something that is not there answers like a value of no kind, so a chain of look-ups needs no checks
-// between.
+// Reading the service's JSON replies: a document that owns its parsed values, and views into it. The view of an absent
+// value is a value of no kind, so that a chain of look-ups needs no checks in between.
 #pragma once
 
 #include <QByteArrayView>
@@ -15,7 +14,7 @@ struct cJSON;
 
 namespace service {
 
-// A signed 64-bit decimal: an optional sign and digits, with nothing before or behind them.
+// Parses a signed 64-bit decimal: an optional sign and digits, nothing else.
 [[nodiscard]] std::optional<qint64> parseDecimal(std::string_view text);
 
 // One value of a JsonDocument; valid as long as the document lives.
@@ -31,7 +30,7 @@ public:
     [[nodiscard]] bool isString() const;
     [[nodiscard]] bool isAbsentOrNull() const;
 
-    // An object's member of exactly this name, the first where several have it.
+    // An object's member of exactly this name, the first if there are several.
     [[nodiscard]] JsonValue member(const char* name) const;
 
     // An array's elements; none for any other value.
@@ -55,15 +54,15 @@ private:
 
 class JsonDocument {
 public:
-    // The most values that a reply may hold, those of the documents inside its strings among them. A value takes
-    // some 64 bytes in memory and as little as two in the text, so a reply's size alone is no bound.
+    // The most values of a reply, the documents inside its strings included. A value takes some 64 bytes in memory and
+    // as little as two in the text, so that the reply's size alone does not bound the memory.
     static constexpr qsizetype kMaximumValues = 4'000'000;
 
     // An upper bound of the values in a JSON text.
     [[nodiscard]] static qsizetype countValues(QByteArrayView text);
 
-    // Empty when `text` is not one whole JSON text (white space around it is allowed), is nested deeper than
-    // 1,000 levels or could hold more than kMaximumValues. The document keeps nothing of `text`.
+    // Empty if `text` is not one whole JSON text with optional white space around it, is nested deeper than 1,000 levels
+    // or may contain more than kMaximumValues. The document does not refer to `text`.
     [[nodiscard]] static std::optional<JsonDocument> parse(QByteArrayView text);
 
     [[nodiscard]] JsonValue root() const { return JsonValue(m_root.get()); }

@@ -19,11 +19,11 @@ constexpr char kNotSecure[] = QT_TRANSLATE_NOOP(
 ServiceAddress refused(const char* problem)
 {
     ServiceAddress address;
-    address.problem = QString::fromLatin1(problem);
+    address.problem = problem;
     return address;
 }
 
-// The host also names the directory of the key file, so nothing may pass that has a meaning in a path.
+// The host also names the directory of the key file, so that it must not contain anything with a meaning in a path.
 bool isHostName(const QString& host)
 {
     static const QRegularExpression labels(QStringLiteral("\\A[a-z0-9_-]+(\\.[a-z0-9_-]+)*\\z"));
@@ -36,8 +36,8 @@ bool isIpv6Address(const QString& host)
     return groups.match(host).hasMatch();
 }
 
-// A name that merely begins with "127." is no loopback address, and neither is one with a part above 255: the
-// resolver would be asked for both.
+// A name that only begins with "127." is no loopback address, and neither is one with a number above 255: the resolver
+// would look up both.
 bool isLoopbackHost(const QString& host)
 {
     static const QRegularExpression ipv4(
@@ -62,7 +62,7 @@ ServiceAddress parseServiceAddress(const QString& text)
     const bool isHttp = url.scheme() == QLatin1String("http");
     if (!(isHttp && isLoopback) && url.scheme() != QLatin1String("https")) { return refused(kNotSecure); }
 
-    // Built anew from the parts that were judged, so that the transport cannot read the text another way.
+    // Built from the checked parts, so that libcurl cannot parse the text in another way.
     ServiceAddress address;
     address.origin =
         url.scheme() + QLatin1String("://") + (isIpv6 ? QLatin1Char('[') + host + QLatin1Char(']') : host);

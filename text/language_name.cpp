@@ -12,7 +12,7 @@ struct WithdrawnCode {
     QLocale::Language language;
 };
 
-// The toolkit names languages in English alone. Those that most discs have, for the translators; any other stays so.
+// The toolkit has English names only. These languages, which most discs use, are translated; others stay English.
 [[maybe_unused]] constexpr std::array kTranslatedNames = {
     QT_TRANSLATE_NOOP("Language", "Arabic"),
     QT_TRANSLATE_NOOP("Language", "Bulgarian"),
@@ -86,7 +86,7 @@ struct WithdrawnCode {
     QT_TRANSLATE_NOOP("Language", "Yiddish"),
 };
 
-// ISO 639 withdrew these in 1989; discs pressed later still carry them.
+// ISO 639 withdrew these in 1989; later discs still use them.
 constexpr std::array kWithdrawnCodes = {
     WithdrawnCode{"iw", QLocale::Hebrew},
     WithdrawnCode{"in", QLocale::Indonesian},

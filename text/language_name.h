@@ -1,9 +1,8 @@
-// Language codes of discs in words.
 #pragma once
 
 #include <QString>
 
-// The language's name, in the user's language where that is known, for an ISO 639 code of two or three letters; the code
-// itself where it is not known, an empty text for an empty code. DVDs also use a few two-letter codes that were
-// withdrawn since.
+// Returns the name of the language with the ISO 639 code of two or three letters `code`: in the user's language if it
+// is translated, otherwise in English. Returns an unknown or empty code unchanged. Accepts the two-letter codes that
+// ISO 639 has withdrawn, because DVDs use them.
 [[nodiscard]] QString languageName(const QString& code);

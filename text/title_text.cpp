@@ -11,20 +11,24 @@ namespace titletext {
 
 namespace {
 
-// What the readers call formats and the like. Names that are the same in every language are not among them.
+// The names of formats, codecs and layouts that the readers use, except those that are the same in every language.
 [[maybe_unused]] constexpr std::array kWords = {
     QT_TRANSLATE_NOOP("DiscWord", "Unknown"),          QT_TRANSLATE_NOOP("DiscWord", "MPEG-1 audio"),
     QT_TRANSLATE_NOOP("DiscWord", "MPEG-2 audio"),     QT_TRANSLATE_NOOP("DiscWord", "AC-3 Plus secondary"),
     QT_TRANSLATE_NOOP("DiscWord", "DTS-HD secondary"), QT_TRANSLATE_NOOP("DiscWord", "Presentation graphics"),
     QT_TRANSLATE_NOOP("DiscWord", "Text subtitle"),    QT_TRANSLATE_NOOP("DiscWord", "DVD subpicture"),
     QT_TRANSLATE_NOOP("DiscWord", "Multi-channel"),    QT_TRANSLATE_NOOP("DiscWord", "Combo"),
+    QT_TRANSLATE_NOOP("DiscWord", "1 channels"),       QT_TRANSLATE_NOOP("DiscWord", "2 channels"),
+    QT_TRANSLATE_NOOP("DiscWord", "3 channels"),       QT_TRANSLATE_NOOP("DiscWord", "4 channels"),
+    QT_TRANSLATE_NOOP("DiscWord", "5 channels"),       QT_TRANSLATE_NOOP("DiscWord", "6 channels"),
+    QT_TRANSLATE_NOOP("DiscWord", "7 channels"),       QT_TRANSLATE_NOOP("DiscWord", "8 channels"),
 };
 
 struct Texts {
     Q_DECLARE_TR_FUNCTIONS(TitleText)
 };
 
-// What a video stream is for, by the group that lists it.
+// The role of a video stream, from the number of the stream table's group that lists it.
 QString roleName(int category)
 {
     switch (category) {
@@ -54,18 +58,12 @@ QString orUnknown(const QString& text)
 
 QString word(const QString& english)
 {
-    const QLatin1StringView channels(" channels");
-    if (english.endsWith(channels)) { return Texts::tr("%1 channels").arg(english.chopped(channels.size())); }
     return QCoreApplication::translate("DiscWord", english.toUtf8().constData());
 }
 
 QString label(const BlurayTitleInfo& title)
 {
-    const QLatin1StringView angles(" angles)");
-    const qsizetype bracket = title.label.lastIndexOf(QLatin1StringView(" ("));
-    if (bracket < 0 || !title.label.endsWith(angles)) { return title.label; }
-    const QString count = title.label.sliced(bracket + 2).chopped(angles.size());
-    return Texts::tr("%1 (%2 angles)").arg(title.label.first(bracket), count);
+    return Texts::tr("%1 (%2 angles)").arg(title.name, QString::number(title.angleCount));
 }
 
 QString duration(quint64 durationMs)
@@ -75,7 +73,7 @@ QString duration(quint64 durationMs)
     const quint64 minutes = total / 60 - 60 * hours;
     const quint64 seconds = total % 60;
 
-    // The count is put in by hand: the toolkit's own handling of %n would choose plural forms.
+    // Not the toolkit's handling of %n, which would choose plural forms.
     const auto counted = [](QString text, quint64 count) {
         return text.replace(QLatin1StringView("%n"), QString::number(count));
     };
@@ -139,7 +137,7 @@ QString toolTip(const SubtitleTrackInfo& stream, DiscType discType)
 
 namespace {
 
-// What both views say of a title, but for the lines they word differently.
+// The lines of a title that details() and matchingDetails() share.
 
 QString facts(const DvdTitleInfo& title)
 {
@@ -204,24 +202,39 @@ QString matchingDetails(const BlurayTitleInfo& title)
     return facts(title) + Texts::tr("Segment map (clip IDs): %1\n").arg(segments(title));
 }
 
-QString details(const VideoStreamInfo& stream)
+QString heading(const VideoStreamInfo& /*stream*/)
 {
-    return Texts::tr("Video track\n") + Texts::tr("Codec: %1\n").arg(orUnknown(word(stream.codecName))) +
+    return Texts::tr("Video track");
+}
+
+QString heading(const AudioTrackInfo& /*stream*/)
+{
+    return Texts::tr("Audio track");
+}
+
+QString heading(const SubtitleTrackInfo& /*stream*/)
+{
+    return Texts::tr("Subtitle track");
+}
+
+QString facts(const VideoStreamInfo& stream)
+{
+    return Texts::tr("Codec: %1\n").arg(orUnknown(word(stream.codecName))) +
            Texts::tr("Role: %1\n").arg(roleName(stream.category)) + Texts::tr("PID: %1\n").arg(stream.pid);
 }
 
-QString details(const AudioTrackInfo& stream)
+QString facts(const AudioTrackInfo& stream)
 {
-    return Texts::tr("Audio track\n") + Texts::tr("Language: %1\n").arg(orUnknown(stream.language)) +
+    return Texts::tr("Language: %1\n").arg(orUnknown(stream.language)) +
            Texts::tr("Codec: %1\n").arg(orUnknown(word(stream.codecName))) +
            Texts::tr("Channel layout: %1\n").arg(orUnknown(word(stream.channelLayout))) +
            Texts::tr("Sample rate: %1\n").arg(orUnknown(word(stream.sampleRate))) +
            Texts::tr("PID: %1\n").arg(stream.pid);
 }
 
-QString details(const SubtitleTrackInfo& stream)
+QString facts(const SubtitleTrackInfo& stream)
 {
-    return Texts::tr("Subtitle track\n") + Texts::tr("Language: %1\n").arg(orUnknown(stream.language)) +
+    return Texts::tr("Language: %1\n").arg(orUnknown(stream.language)) +
            Texts::tr("Format: %1\n").arg(orUnknown(word(stream.format))) +
            Texts::tr("Character encoding: %1\n").arg(orUnknown(stream.characterEncoding)) +
            Texts::tr("PID: %1\n").arg(stream.pid);

@@ -7,19 +7,19 @@
 
 namespace titletext {
 
-// "1 Hour 1 Minute 1 Second": whole seconds, parts that are 0 left out, "0 Second" for none. The words have
-// no plural forms.
+// "1 Hour 1 Minute 1 Second": whole seconds, without the parts that are 0; "0 Second" if all are. The words have no
+// plural forms.
 [[nodiscard]] QString duration(quint64 durationMs);
 
-// The description column of a title's row.
+// The description of a title's row: chapters and duration.
 [[nodiscard]] QString titleSummary(quint32 chapterCount, quint64 durationMs);
 
-// The description column of a stream's row: language in words first, then what else tells streams apart.
+// The description of a stream's row: the language's name first, then the other facts that distinguish streams.
 [[nodiscard]] QString summary(const VideoStreamInfo& stream);
 [[nodiscard]] QString summary(const AudioTrackInfo& stream);
 [[nodiscard]] QString summary(const SubtitleTrackInfo& stream);
 
-// What the disc says, or "Unknown" where it says nothing.
+// Returns `text`, or "Unknown" if it is empty.
 [[nodiscard]] QString orUnknown(const QString& text);
 
 // A format's, codec's or layout's name in the user's language; an empty one stays empty.
@@ -28,20 +28,32 @@ namespace titletext {
 // The title's label in the user's language: "#1 00800 (1 angles)".
 [[nodiscard]] QString label(const BlurayTitleInfo& title);
 
-// The tool tip of a stream's row: "English, PID 0x1100 (4352)". A DVD's streams have no PID; theirs says
-// "stream ID 0x80 (128)", the id in the program stream. A video stream has no language.
+// The tool tip of a stream's row: "English, PID 0x1100 (4352)", without the language for a video stream. A DVD's
+// streams have no PID but an id in the program stream: "English, stream ID 0x80 (128)".
 [[nodiscard]] QString toolTip(const VideoStreamInfo& stream, DiscType discType);
 [[nodiscard]] QString toolTip(const AudioTrackInfo& stream, DiscType discType);
 [[nodiscard]] QString toolTip(const SubtitleTrackInfo& stream, DiscType discType);
 
-// Details, a line for each fact, each line ended by a line break. What the disc does not say is "Unknown".
+// The details, one fact a line; every line ends with a line break. A fact that the disc does not state is "Unknown".
 [[nodiscard]] QString details(const DvdTitleInfo& title);
 [[nodiscard]] QString details(const BlurayTitleInfo& title);
-[[nodiscard]] QString details(const VideoStreamInfo& stream);
-[[nodiscard]] QString details(const AudioTrackInfo& stream);
-[[nodiscard]] QString details(const SubtitleTrackInfo& stream);
+[[nodiscard]] QString facts(const VideoStreamInfo& stream);
+[[nodiscard]] QString facts(const AudioTrackInfo& stream);
+[[nodiscard]] QString facts(const SubtitleTrackInfo& stream);
 
-// The same of a title that a configuration names: two lines are worded otherwise there.
+// "Video track", "Audio track" or "Subtitle track".
+[[nodiscard]] QString heading(const VideoStreamInfo& stream);
+[[nodiscard]] QString heading(const AudioTrackInfo& stream);
+[[nodiscard]] QString heading(const SubtitleTrackInfo& stream);
+
+// The details of a stream: its heading on a line of its own, then its facts.
+template <typename Stream>
+[[nodiscard]] QString details(const Stream& stream)
+{
+    return heading(stream) + QLatin1Char('\n') + facts(stream);
+}
+
+// The same for a title of a configuration, where one line is worded differently.
 [[nodiscard]] QString matchingDetails(const DvdTitleInfo& title);
 [[nodiscard]] QString matchingDetails(const BlurayTitleInfo& title);
 

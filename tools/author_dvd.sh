@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Authors a small DVD-Video structure out of test pictures and tones: OUT_DIR/VIDEO_TS and OUT_DIR/AUDIO_TS.
+# Authors a small DVD-Video disc from test pictures and tones: OUT_DIR/VIDEO_TS and OUT_DIR/AUDIO_TS.
 #
 #   tools/author_dvd.sh OUT_DIR [pal|ntsc]
 #
@@ -10,7 +10,7 @@
 #   ntsc  title set 1: two titles of 12 s and 8 s, 16:9, 3 and 1 chapters, AC-3 5.1 (English) and
 #                      AC-3 stereo (German), subtitles in English
 #
-# Two runs give the same bytes. Packages: tools/setup.sh dvd-authoring
+# The output is reproducible. Packages: tools/setup.sh dvd-authoring
 set -euo pipefail
 
 usage() {
@@ -27,22 +27,22 @@ case $standard in
 esac
 mkdir -p "$1"
 out=$(realpath "$1")
-[[ ! -e $out/VIDEO_TS ]] || { echo "author_dvd: $out/VIDEO_TS is there already" >&2; exit 1; }
+[[ ! -e $out/VIDEO_TS ]] || { echo "author_dvd: $out/VIDEO_TS exists already" >&2; exit 1; }
 
-# Everything is made beside its place and moved there at the end, so a broken run leaves no half disc.
+# Works in a temporary folder and moves the result at the end, so a failed run leaves no partial disc.
 work=$(mktemp -d "$out/.authoring.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 cd "$work"
-export HOME=$work            # where spumux looks for fonts first
+export HOME=$work            # where spumux searches fonts first
 export VIDEO_FORMAT=$standard
 
-# Runs a tool quietly; shows what it said when it fails.
+# Runs a tool; shows its output only if it fails.
 quietly() {
     "$@" >tool.log 2>&1 || { cat tool.log >&2; echo "author_dvd: $1 failed" >&2; exit 1; }
 }
 
 # video NAME SECONDS WIDTH ASPECT AUDIO_OPTION...
-# NAME.mpg with one moving picture and two tones; the options choose the codec of each tone.
+# Makes NAME.mpg with a moving picture and two tones; the options choose the codec of each tone.
 video() {
     local name=$1 seconds=$2 width=$3 aspect=$4
     shift 4
@@ -77,7 +77,7 @@ END
     mv "$1.sub.mpg" "$1.mpg"
 }
 
-# The font is taken from a folder of our own, so that the machine's font settings do not matter.
+# Uses the font of this folder, so that the machine's font settings do not matter.
 mkdir .spumux
 ln -s /usr/share/fonts/truetype/dejavu/DejaVuSans.ttf .spumux/
 

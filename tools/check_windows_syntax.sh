@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
-# Holds the program's sources against the compiler for Windows (tools/setup.sh windows), which there is no Qt to
-# link with: only the syntax is checked, with this system's headers of Qt. Their declarations for Windows are what
-# the compiler sees then. Passed over are the files for other systems, those that the preset "windows-backends"
-# really compiles, and those that need a library without headers for Windows here.
+# Checks the syntax of the program's sources with the compiler for Windows (tools/setup.sh windows) and this system's Qt
+# headers, in which that compiler selects the declarations for Windows. Debian has no Qt for Windows to link with. Skips
+# the files for other systems, those that the preset "windows-backends" compiles, and those that need a library whose
+# headers for Windows are missing.
 #
 #   tools/check_windows_syntax.sh
 #
-# Exit status 0 when the compiler takes every one.
+# Exit status 0 if the compiler accepts every file.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -20,6 +20,6 @@ compile=(
 
 mapfile -t sources < <(find "${folders[@]}" -name '*.cpp' ! -name '*_posix.cpp' ! -name '*_linux.cpp' \
     ! -name '*_windows.cpp' -print0 | xargs -0 grep -LE '^#include <(curl|cjson|zlib)' | sort)
-[[ ${#sources[@]} -gt 0 ]] || { echo "windows syntax: no source found in $PWD"; exit 1; }
+[[ ${#sources[@]} -gt 0 ]] || { echo "windows syntax: no sources in $PWD"; exit 1; }
 printf '%s\0' "${sources[@]}" | xargs -0 -n 1 -P 2 "${compile[@]}"
-echo "windows syntax: ${#sources[@]} files taken"
+echo "windows syntax: ${#sources[@]} files accepted"

@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
 # Fuzzes everything that reads bytes from a disc, the service or a helper: two targets at a time, from the seeds that
-# the builders of the tests write and from what earlier runs learnt (build/fuzz/corpus).
+# the builders of the tests write and from the inputs that earlier runs found (build/fuzz/corpus).
 #
-#   tools/fuzz.sh [SECONDS [TARGET...]]    each target for so long, 300 by default; all targets or these
-#   tools/fuzz.sh --list                   the targets
+#   tools/fuzz.sh [SECONDS [TARGET...]]    fuzzes all targets or these, each for SECONDS (default 300)
+#   tools/fuzz.sh --list                   lists the targets
 #
-# An input that crashes a target, breaks one of its promises, takes 10 seconds or 1 GiB ends that target; it stays in
-# build/fuzz/findings, and becomes a named test when it is repaired. What each target last did is in
-# build/fuzz/results.tsv.
+# An input that crashes a target, violates one of its assertions, or takes 10 seconds or 1 GiB ends that target. The
+# input stays in build/fuzz/findings; the repair adds a test for it. build/fuzz/results.tsv has the last result of
+# each target.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -17,7 +17,7 @@ if [[ ${1:-} == --list ]]; then
     exit 0
 fi
 seconds=${1:-300}
-[[ $seconds =~ ^[1-9][0-9]*$ ]] || { sed -n '2,12p' "$0"; exit 2; }
+[[ $seconds =~ ^[1-9][0-9]*$ ]] || { sed -n '2,10p' "$0"; exit 2; }
 shift || true
 [[ $# -gt 0 ]] && targets=("$@") || targets=("${all[@]}")
 for target in "${targets[@]}"; do
@@ -29,7 +29,7 @@ mkdir -p "$folder/findings" "$folder/logs"
 cmake --preset fuzz >"$folder/logs/build.log" 2>&1 && cmake --build --preset fuzz >>"$folder/logs/build.log" 2>&1 ||
     { tail -n 40 "$folder/logs/build.log"; exit 1; }
 
-# Some targets write small files; where they stay in memory there are more runs.
+# Some targets write small files, which is faster in memory.
 if [[ -d /dev/shm && -w /dev/shm ]]; then
     export TMPDIR=/dev/shm
 fi
@@ -37,16 +37,16 @@ fi
 max_length() {
     case $1 in
         *_image) echo 65536 ;;
-        ep_lookup) echo 1024 ;;    # the walk takes time by the square of it
+        ep_lookup) echo 1024 ;;    # the walk takes quadratic time
         *_disc) echo 16384 ;;
         *) echo 8192 ;;
     esac
 }
 
-# A seed that is longer would be cut, and its end never be read.
+# libFuzzer would cut a longer seed.
 for target in "${targets[@]}"; do
     long=$(find "$folder/seeds/$target" -type f -size "+$(max_length "$target")c")
-    [[ -z $long ]] || { echo "fuzz: longer than this target's inputs: $long" >&2; exit 1; }
+    [[ -z $long ]] || { echo "fuzz: longer than the inputs of its target: $long" >&2; exit 1; }
 done
 
 run_target() {
@@ -54,10 +54,10 @@ run_target() {
     mkdir -p "$folder/corpus/$target"
     "$folder/bin/fuzz_$target" -max_total_time="$seconds" -max_len="$(max_length "$target")" -timeout=10 \
         -rss_limit_mb=1024 -print_final_stats=1 -artifact_prefix="$folder/findings/$target-" \
-        "$folder/corpus/$target" "$folder/seeds/$target" >"$log" 2>&1 || echo "SUMMARY: it ended with status $?" >>"$log"
+        "$folder/corpus/$target" "$folder/seeds/$target" >"$log" 2>&1 || echo "SUMMARY: ended with status $?" >>"$log"
 }
 
-# A figure of a target's log: the last match of a pattern with one group.
+# figure TARGET PATTERN: the group of the last match of the pattern in the target's log, or 0.
 figure() {
     local value
     value=$(sed -n "s/.*$2.*/\1/p" "$folder/logs/$1.log" | tail -n 1)
@@ -75,7 +75,7 @@ for target in "${targets[@]}"; do
 done
 wait || true
 
-# What the others did when they last ran stays.
+# Keeps the last results of the other targets.
 findings=0
 results=$folder/results.tsv
 touch "$results"
@@ -86,7 +86,7 @@ for target in "${targets[@]}"; do
     found=none
     if grep -q '^SUMMARY: ' "$folder/logs/$target.log" || ! grep -q '^Done [0-9]* runs' "$folder/logs/$target.log"; then
         found=$(sed -n 's/^SUMMARY: //p' "$folder/logs/$target.log" | head -n 1)
-        found=${found:-it did not end as it should}
+        found=${found:-unexpected end}
         findings=$((findings + 1))
     fi
     printf '%s\t%s\t%s of %s\t%s\t%s\t%s\n' "$target" "$(figure "$target" 'number_of_executed_units: \([0-9]*\)')" \

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Writes the golden files of the tests, and the examples of docs/REPORT.md, anew from what the programs print now. Read
-# "git diff" before you commit them.
+# Rewrites the golden files of the tests and the examples of docs/REPORT.md from the current output of the programs.
+# Read "git diff" before you commit them.
 #
 #   tools/golden.sh [PRESET [CTEST-REGEX]]    default: debug, all tests
 set -euo pipefail

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Makes the Debian packages of the release build, and prints where they are: in build/release/packages. They are the
-# same, byte for byte, each time: the files in them carry the time of packaging/debian/changelog.
+# Makes the Debian packages of the release build in build/release/packages and prints their paths. They are
+# reproducible: their files have the time of packaging/debian/changelog.
 #
 #   tools/package.sh
 #
@@ -20,5 +20,5 @@ rm -rf "$packages"
     cmake --preset release \
         && cmake --build --preset release --target installed \
         && cpack --config build/release/CPackConfig.cmake
-} >"$log" 2>&1 || { tail -n 40 "$log" >&2; echo "package: that failed (all of it: $log)" >&2; exit 1; }
+} >"$log" 2>&1 || { tail -n 40 "$log" >&2; echo "package: failed (whole log: $log)" >&2; exit 1; }
 ls "$packages"/*.deb

@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
 # Builds the program and runs it against a Tessera service of its own on this machine.
 #
-#   tools/run.sh [DISC]      DISC is a disc's folder or image; without one a small DVD is authored and opened
-#   tools/run.sh --bluray    opens a small Blu-ray disc instead, whose files are written by the tests' builders
+#   tools/run.sh [DISC]      opens DISC, a disc's folder or image; by default authors and opens a small DVD
+#   tools/run.sh --bluray    opens a small Blu-ray disc that the builders of the tests write
 #
-# Everything the run needs lies in build/run: the service's database, the key, the authored DVD, and the home
-# folder the program is given, so that no key of the user is read or written. Delete it to start afresh.
+# build/run contains the service's database, the key, the authored DVD and the program's home folder, so that no key of
+# the user is read or written. Delete it to start again.
 #
-# Where there is no display the same happens on a virtual one: the script answers the program's question, walks
-# through the titles with the keyboard, writes build/run/screenshot.png and quits the program by its menu.
+# Without a display the script uses a virtual one: it answers the program's question, selects titles by the keyboard,
+# writes build/run/screenshot.png and quits the program by its menu.
 #
 # The exit status is the program's.
 #
@@ -32,7 +32,7 @@ if [[ ${1:-} == --bluray ]]; then
 elif [[ ${1:-} == -* ]]; then
     usage
 elif [[ $# -eq 1 ]]; then
-    [[ -e $1 ]] || fail "there is no '$1'"
+    [[ -e $1 ]] || fail "'$1' does not exist"
     disc=$(realpath -- "$1")
 fi
 cd "$(dirname "$0")/.."
@@ -41,11 +41,11 @@ bin=$PWD/build/release/bin
 headless=no
 [[ -n ${DISPLAY:-} || -n ${WAYLAND_DISPLAY:-} ]] || headless=yes
 
-# ---- What is running, and its end ----
+# ---- The processes and their end ----
 
 processes=()
 
-# Ends what was started, the last first, so that the screen outlives the program.
+# Ends the processes, the last first, so that the display outlives the program.
 end_processes() {
     local i
     for ((i = ${#processes[@]} - 1; i >= 0; i--)); do
@@ -58,7 +58,7 @@ trap 'exit 129' HUP
 trap 'exit 130' INT
 trap 'exit 143' TERM
 
-# ---- Making ready ----
+# ---- Preparation ----
 
 prepare() {
     local groups=(build) targets=(platterscope tessera_local) log=$state/build.log
@@ -81,7 +81,7 @@ prepare() {
     fi
 }
 
-# One key for all runs, in the two places that need it: the service's list and the program's store.
+# Makes one key for all runs, and writes it to the service's list of keys and to the program's key file.
 store_key() {
     (
         umask 077
@@ -91,8 +91,7 @@ store_key() {
     )
 }
 
-# Starts a command that prints one line when it is ready, and puts that line into $ready_line.
-# start LOG COMMAND...
+# start LOG COMMAND...: starts a command and waits for its first line of output, which becomes $ready_line.
 start() {
     local log=$1 pipe=$state/ready.$$ ready
     shift
@@ -107,7 +106,7 @@ start() {
 start_service() {
     local database=$state/tessera.db
     if [[ $headless == yes ]]; then
-        database=$state/headless.db    # always new, so that the disc is one the service does not know
+        database=$state/headless.db    # always new, so that the disc is new to the service
         rm -f "$database"*
     fi
     start "$state/service.log" "$bin/tessera_local" --keys-file "$state/keys" --database "$database" --port 0
@@ -117,7 +116,7 @@ start_service() {
     echo "run: service at $service (log: $state/service.log)"
 }
 
-# The program in its own home. On X11 the display's cookie lies in the user's home, so it is named.
+# Starts the program with its own home. On X11 the cookie of the display is in the user's home, so names it.
 start_program() {
     local environment=(HOME="$state/home" PLATTERSCOPE_SERVICE_URL="$service")
     [[ -n ${XAUTHORITY:-} || ! -e ${HOME:-}/.Xauthority ]] || environment+=(XAUTHORITY="$HOME/.Xauthority")
@@ -126,7 +125,7 @@ start_program() {
     processes+=("$program")
 }
 
-# ---- Without a display: a virtual one, and somebody at the keyboard ----
+# ---- Without a display: a virtual display and keyboard ----
 
 # wait_for SECONDS WHAT COMMAND...: repeats the command until it succeeds.
 wait_for() {
@@ -135,18 +134,18 @@ wait_for() {
     until "$@"; do
         if ! kill -0 "$program" 2>/dev/null; then
             echo "run: the program ended; the script was waiting for $what" >&2
-            wait "$program" && exit 1    # not the end that was wanted, whatever the program says
+            wait "$program" && exit 1    # a failure even if the program returned 0
             exit
         fi
         if ((SECONDS >= deadline)); then
             import -window root "$state/screenshot.png"
-            fail "waited in vain for $what; the screen is in $state/screenshot.png"
+            fail "timeout while waiting for $what; the screen is in $state/screenshot.png"
         fi
         sleep 0.1
     done
 }
 
-# Finds a visible window by its title (a pattern) and gives it the keyboard, since no window manager does.
+# Gives the keyboard focus to the visible window whose title matches the pattern; there is no window manager.
 focus_window() {
     local window
     window=$(xdotool search --onlyvisible --name "$1" 2>/dev/null | head -n 1)
@@ -157,24 +156,24 @@ both_scans_finished() {
     [[ $(grep -c 'scan finished' "$state/program.log") -ge 2 ]]
 }
 
-# Takes a picture. Whether it shows the same as the one before, and something else than $old_picture.
-new_picture_stands() {
+# Takes a screenshot. Succeeds if it equals the one before and differs from $old_picture.
+is_new_picture_stable() {
     local before=$picture
     import -window root "$state/screenshot.png"
     picture=$(identify -format '%#' "$state/screenshot.png")
     [[ $picture == "$before" && $picture != "$old_picture" ]]
 }
 
-act_as_person() {
+press_keys() {
     wait_for 60 "the question whether to add the disc" focus_window '^Add disc to Tessera\?$'
     xdotool key Tab space                        # from No, the default, to Yes
     wait_for 60 "the second scan" both_scans_finished
     wait_for 60 "the disc's name in the title" focus_window '^Platterscope - '
     picture='' old_picture=''
-    wait_for 20 "the titles" new_picture_stands
+    wait_for 20 "the titles" is_new_picture_stable
     old_picture=$picture
     xdotool key Home Right Down Down             # open the first title, go to its second stream
-    wait_for 20 "the details of a stream" new_picture_stands
+    wait_for 20 "the details of a stream" is_new_picture_stable
     echo "run: screenshot in $state/screenshot.png"
     xdotool key Alt_L Down Up Return             # the menu bar, the File menu, its last entry: Quit
     timeout 20 tail --pid="$program" -s 0.1 -f /dev/null || fail "the program did not quit by its menu"
@@ -183,12 +182,12 @@ act_as_person() {
 prepare
 store_key
 if [[ $headless == yes ]]; then
-    # A reset, when the last window is gone, would throw out who comes just then.
+    # Without -noreset the server would reset after its last client, and disconnect a new one.
     start "$state/display.log" Xvfb -displayfd 1 -noreset -screen 0 1280x800x24
     export DISPLAY=:$ready_line
     start_service
     start_program LC_ALL=C.UTF-8 QT_QPA_PLATFORM=xcb XDG_RUNTIME_DIR="$state/runtime"
-    act_as_person
+    press_keys
 else
     start_service
     start_program

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Takes the pictures of the README anew: the real window on a virtual display, with a small disc and a service that the
-# tests make. All pages and dialogs, in two languages, scales and palettes, stay in build/screenshots.
+# Takes the pictures of the README again: the real window on a virtual display, with a small disc and a service from the
+# tests. build/screenshots keeps the pictures of all pages and dialogs in two languages, scales and palettes.
 #
 #   tools/screenshots.sh
 set -euo pipefail
@@ -28,7 +28,7 @@ for scale in 1 2; do
     take "german-$scale-dark" de_DE.UTF-8 "$scale" dark
 done
 
-# picture PAGE NAME: with few enough colours to be small; nothing of when or where it was made.
+# picture PAGE NAME: reduces the colours, to make the file small, and removes the time and other metadata.
 picture() {
     convert "build/screenshots/english-1/$1.png" -strip -colors 128 -define png:exclude-chunks=date,time "docs/screenshots/$2.png"
 }

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Installs the Debian 12 packages that the project needs, and nothing when all are there.
+# Installs the Debian 12 packages that the project needs and that are missing.
 #
-#   tools/setup.sh                  what building, running and testing need (groups "build" and "test")
-#   tools/setup.sh GROUP...         only these groups: build, test, browser, windows, bench, fuzz, dvd-authoring, package
+#   tools/setup.sh                  the packages to build, run and test (groups "build" and "test")
+#   tools/setup.sh GROUP...         these groups: build, test, browser, windows, bench, fuzz, dvd-authoring, package
 #
 # Run it as root or as a user who may use sudo.
 set -euo pipefail
@@ -12,67 +12,67 @@ build=(
     cmake                   # reads CMakePresets.json
     ninja-build             # the generator of every preset
     pkg-config              # finds cpp-httplib, which has no CMake package
-    qt6-base-dev            # Qt Core, Gui, Widgets, Test; brings the display plug-ins and a font
-    qt6-tools-dev           # finds the translators' tools for cmake
-    qt6-l10n-tools          # lupdate and lrelease: texts out of the code, translations into the program
-    qt6-translations-l10n   # the toolkit's own buttons in other languages
+    qt6-base-dev            # Qt Core, Gui, Widgets, Test; includes the display plug-ins and a font
+    qt6-tools-dev           # lets CMake find lupdate and lrelease
+    qt6-l10n-tools          # lupdate and lrelease: extract texts, compile translations
+    qt6-translations-l10n   # the toolkit's translations
     libcurl4-openssl-dev    # HTTPS to the Tessera service
-    ca-certificates         # the authorities that HTTPS trusts
-    libcjson-dev            # reads the service's replies
-    zlib1g-dev              # packs the disc package for the service
-    libgtest-dev            # GoogleTest, for everything without widgets
+    ca-certificates         # the certificate authorities for HTTPS
+    libcjson-dev            # parses the service's replies
+    zlib1g-dev              # compresses the disc package for the service
+    libgtest-dev            # the tests without widgets
     libcpp-httplib-dev      # HTTP server of the local service and of the tests
     libqt6sql6-sqlite       # Qt's driver for the database of the local service, loaded at run time
 )
 test=(
-    git                     # tells which files are the project's and which of them changed
+    git                     # lists the project's files and the changed ones
     clang-format-14         # step "format"
     clang-tidy-14           # step "tidy"
     openssl                 # certificates for the tests of HTTPS
     locales                 # the Turkish locale, in which "I" and "i" are different letters
-    xvfb                    # a screen where there is none
+    xvfb                    # a virtual display
     xdotool                 # presses keys on it
     imagemagick             # takes the screenshot and counts its colours
-    at-spi2-core            # tells screen readers of windows
-    dbus                    # carries what they are told
-    python3-pyatspi         # a screen reader's view, for a test
+    at-spi2-core            # the interface of screen readers
+    dbus                    # the bus of that interface
+    python3-pyatspi         # a client of that interface, for a test
     python3-jsonschema      # checks reports with the schema of the documents
 )
 browser=(
     chromium                # opens the local service's pages as their user does (tests/browser)
     chromium-driver         # types and clicks in it for the tests
-    python3-selenium        # the commands to it
+    python3-selenium        # the API of the driver
 )
 windows=(
-    g++-mingw-w64-x86-64-posix    # compiles for Windows (preset "windows-backends")
-    wine64                  # runs what it made
-    wine                    # the command of that name, and its server's
-    googletest              # GoogleTest as sources, to be compiled for Windows too
+    g++-mingw-w64-x86-64-posix    # the compiler for Windows (preset "windows-backends")
+    wine64                  # runs the compiled programs
+    wine                    # the commands wine and wineserver
+    googletest              # GoogleTest as sources, to compile for Windows
 )
 bench=(
-    libbenchmark-dev        # measures (preset "bench")
+    libbenchmark-dev        # measurements (preset "bench")
 )
 fuzz=(
     clang                   # compiles the fuzz targets (preset "fuzz")
-    libclang-rt-14-dev      # its fuzzer and sanitizers
+    libclang-rt-14-dev      # libFuzzer and the sanitizers
 )
 dvd_authoring=(
     ffmpeg                  # makes pictures and sound
-    dvdauthor               # makes VIDEO_TS of them; spumux adds subtitles
-    fonts-dejavu-core       # the subtitles' letters
+    dvdauthor               # makes VIDEO_TS; spumux adds subtitles
+    fonts-dejavu-core       # the font of the subtitles
     genisoimage             # ISO/UDF bridge images
     xorriso                 # plain ISO-9660 images
     7zip                    # reads the UDF 2.50 images that the tests make
 )
 packaging=(
-    dpkg-dev                # finds out what the packages depend on
-    file                    # tells CPack which files those are that ask for libraries
-    lintian                 # judges the packages
-    desktop-file-utils      # judges the entry of the desktop's menu
-    appstream               # judges the entry of a software catalogue
-    man-db                  # judges the manual pages
-    librsvg2-bin            # draws the icons
-    mmdebstrap              # makes the clean system in which the packages are tried
+    dpkg-dev                # finds the dependencies of the packages
+    file                    # identifies the programs for CPack
+    lintian                 # checks the packages
+    desktop-file-utils      # checks the desktop entry
+    appstream               # checks the entry of a software catalogue
+    man-db                  # checks the manual pages
+    librsvg2-bin            # renders the icons
+    mmdebstrap              # makes the clean system that tests the packages
 )
 
 fail() {
@@ -80,7 +80,7 @@ fail() {
     exit 1
 }
 
-# Prints those of its arguments that are not installed.
+# Prints the packages among its arguments that are not installed.
 missing_of() {
     local package
     for package in "$@"; do
@@ -88,7 +88,7 @@ missing_of() {
     done
 }
 
-command -v dpkg-query >/dev/null || fail "this needs Debian (dpkg-query is not here)"
+command -v dpkg-query >/dev/null || fail "this needs Debian (dpkg-query is missing)"
 
 [[ $# -gt 0 ]] || set -- build test
 wanted=()

@@ -1,22 +1,22 @@
 #!/usr/bin/env bash
-# The test command, in named steps. The first failure ends the run. What the builds print goes to build/logs.
+# Runs the tests in named steps and stops at the first failure. build/logs has the output of the builds.
 #
-#   tools/test.sh             what every change must pass: minutes
-#   tools/test.sh --full      these steps and all others: before a release, or after a change of the build, the readers,
-#                             the monitor, the packages or the Windows files
-#   tools/test.sh STEP...     only these steps (each builds what it needs)
-#   tools/test.sh --list      the steps
+#   tools/test.sh             runs the steps that every change must pass; takes minutes
+#   tools/test.sh --full      runs all steps: before a release, or after a change of the build, the readers, the
+#                             monitor, the packages or the Windows files
+#   tools/test.sh STEP...     runs these steps; each builds what it needs
+#   tools/test.sh --list      lists the steps
 #
-# shellcheck disable=SC2317  # the steps are called through their names
+# shellcheck disable=SC2317  # the steps are called by their names
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 quick=(setup format structure translations product tests tidy)
 full=("${quick[@]}" tests-release tsan fuzz authored browser windows package window tidy-all)
-authored=$PWD/build/authored    # the real discs of the steps authored and window
+authored=$PWD/build/authored    # the discs of the steps authored and window
 logs=$PWD/build/logs
 
-# git refuses a checkout that another user owns, as in a container; this one is ours to test.
+# git would refuse this checkout if another user owns it, as in a container.
 export GIT_CONFIG_COUNT=1 GIT_CONFIG_KEY_0=safe.directory GIT_CONFIG_VALUE_0=$PWD
 
 # ---- The steps ----
@@ -25,22 +25,22 @@ step_setup() {    # the Debian packages
     tools/setup.sh
 }
 
-step_format() {    # every source as clang-format 14 writes it
+step_format() {    # clang-format 14 would change no source
     git ls-files -z --cached --others --exclude-standard --deduplicate -- '*.h' '*.cpp' \
         | while IFS= read -r -d '' file; do if [[ -f $file ]]; then printf '%s\0' "$file"; fi; done \
         | xargs -0 --no-run-if-empty -n 40 -P 2 clang-format-14 --dry-run -Werror
 }
 
-step_structure() {    # which folder includes which, platform macros, memory by hand
+step_structure() {    # the rules for includes, platform macros and manual memory management
     tests/structure/check_includes.sh
     tests/structure/check_platform.sh
 }
 
-step_translations() {    # every text of the program is in every translation
+step_translations() {    # every translation is complete
     tools/translations.sh --check
 }
 
-step_product() {    # the program as it is released, without tests: warnings as errors, libraries, hardening
+step_product() {    # the release build without tests: warnings as errors, libraries, hardening
     build_release OFF all
     tests/structure/check_notices.sh docs/THIRD_PARTY_NOTICES.txt build/release/bin/{platterscope,tessera_local}
     tests/structure/check_hardening.sh build/release/bin/{platterscope,tessera_local}
@@ -52,7 +52,7 @@ step_tests() {    # all tests with the address and undefined behaviour sanitizer
 }
 
 step_tidy() {    # clang-tidy 14 over the changed sources
-    build asan-ubsan all    # writes the sources that the meta-object compiler makes
+    build asan-ubsan all    # generates the sources of the meta-object compiler
     tools/tidy.sh
 }
 
@@ -66,7 +66,7 @@ step_tests_release() {    # all tests on the release build; each public header c
     run_ctest release --label-exclude '^(authored|browser)$'
 }
 
-step_tsan() {    # the threads that need no Qt, with the thread sanitizer; Debian's Qt is not built for it
+step_tsan() {    # the threads without Qt, with the thread sanitizer; Debian's Qt is not built for it
     build tsan all
     run_ctest tsan
 }
@@ -76,7 +76,7 @@ step_fuzz() {    # every fuzz target for a few seconds, from its seeds
     tools/fuzz.sh 4
 }
 
-step_authored() {    # tests on DVDs of an independent authoring tool, as folders and images
+step_authored() {    # tests with DVDs of an independent authoring tool, as folders and images
     author_discs
     local preset
     build_release ON all
@@ -86,7 +86,7 @@ step_authored() {    # tests on DVDs of an independent authoring tool, as folder
     done
 }
 
-step_browser() {    # disc, local service and a real browser, where one can be installed
+step_browser() {    # disc, local service and a real browser, if one can be installed
     if ! tools/setup.sh browser; then
         echo "skipped: no browser can be installed here"
         skipped=$((skipped + 1))
@@ -96,7 +96,7 @@ step_browser() {    # disc, local service and a real browser, where one can be i
     run_ctest release --label-regex '^browser$'
 }
 
-step_windows() {    # what calls Windows itself, compiled for it and run by wine, where both can be installed
+step_windows() {    # the code that calls Windows directly, run by wine, if compiler and wine can be installed
     if ! tools/setup.sh windows; then
         echo "skipped: the compiler for Windows and wine cannot be installed here"
         skipped=$((skipped + 1))
@@ -110,9 +110,9 @@ step_windows() {    # what calls Windows itself, compiled for it and run by wine
     tools/check_windows_syntax.sh
 }
 
-step_package() {    # the Debian packages: made, judged, installed in a clean Debian, used there, removed
+step_package() {    # makes and checks the Debian packages, then installs, uses and removes them in a clean Debian
     if ! tools/setup.sh package; then
-        echo "skipped: what makes and judges packages cannot be installed here"
+        echo "skipped: the tools that make and check packages cannot be installed here"
         skipped=$((skipped + 1))
         return
     fi
@@ -129,31 +129,31 @@ step_package() {    # the Debian packages: made, judged, installed in a clean De
     return "$status"
 }
 
-step_window() {    # the program under a virtual display, with a person's keys, on an authored DVD
+step_window() {    # the program on a virtual display and keyboard, with an authored DVD
     local picture=$PWD/build/run/screenshot.png colours
     author_discs
     rm -f "$picture"
     env -u DISPLAY -u WAYLAND_DISPLAY tools/run.sh "$authored/pal"
     colours=$(identify -format '%k' "$picture")
     echo "$picture has $colours colours"
-    [[ $colours -ge 100 ]] || { echo "that is an empty screen"; return 1; }
+    [[ $colours -ge 100 ]] || { echo "the screen is empty"; return 1; }
 }
 
-# ---- What they share ----
+# ---- Helpers ----
 
-# logged NAME COMMAND...: the command's output goes to a log file, whose end is shown if it fails.
+# logged NAME COMMAND...: writes the command's output to a log file and shows the end of it if the command fails.
 logged() {
     local log=$logs/$1.log status=0
     shift
     "$@" >"$log" 2>&1 || status=$?
     if [[ $status -ne 0 ]]; then
         tail -n 60 "$log"
-        echo "(all of it: $log)"
+        echo "(whole log: $log)"
     fi
     return "$status"
 }
 
-# build PRESET TARGET...
+# build PRESET TARGET...: configures and builds.
 build() {
     local preset=$1
     shift
@@ -161,7 +161,7 @@ build() {
     logged "$preset-build" cmake --build --preset "$preset" --target "$@"
 }
 
-# build_release ON|OFF TARGET...: the release build with or without its tests, in the same folder.
+# build_release ON|OFF TARGET...: the release build with or without tests, in one folder.
 build_release() {
     local tests=$1
     shift
@@ -169,7 +169,7 @@ build_release() {
     logged release-build cmake --build --preset release --target "$@"
 }
 
-# run_ctest PRESET OPTION...: shows ctest's output and adds its counts to the totals.
+# run_ctest PRESET OPTION...: runs ctest and adds its counts to the totals.
 run_ctest() {
     local preset=$1 result=$logs/$current.xml status=0 suite
     shift
@@ -184,12 +184,12 @@ run_ctest() {
     return "$status"
 }
 
-# An attribute of $suite.
+# count NAME: the attribute of $suite.
 count() {
     sed -n "s/.*[[:space:]]$1=\"\([0-9]*\)\".*/\1/p" <<<"$suite" | head -n 1
 }
 
-# build/authored/{pal,ntsc}, and of each NAME.iso (ISO-9660) and NAME_bridge.iso (ISO-9660 and UDF).
+# Makes build/authored/{pal,ntsc}, and of each NAME.iso (ISO-9660) and NAME_bridge.iso (ISO-9660 and UDF).
 author_discs() {
     local standard
     tools/setup.sh dvd-authoring
@@ -201,7 +201,7 @@ author_discs() {
     done
 }
 
-# ---- Choosing and running them ----
+# ---- The run ----
 
 current=
 ran=0 failed=0 skipped=0
@@ -214,7 +214,7 @@ note_time() {
     echo "== step $current: $1 after $((SECONDS - started)) s"
 }
 
-# The last lines, whatever happened: the steps with their times, then how many tests ran.
+# Prints the steps with their times and the numbers of tests, also after a failure.
 summary() {
     local status=$?
     [[ -z $current ]] || note_time FAILED

@@ -1,22 +1,22 @@
 #!/usr/bin/env bash
-# Keeps translations/*.ts in step with the texts of the code.
+# Updates translations/*.ts from the texts in the code.
 #
-#   tools/translations.sh            takes new texts over as unfinished ones and drops those that are gone; what is
-#                                    unfinished is then translated in the file, by hand or with Qt Linguist
-#   tools/translations.sh --check    fails where a text is missing or unfinished
+#   tools/translations.sh            adds new texts as unfinished and removes those that the code no longer has. Then
+#                                    translate the unfinished ones, by hand or with Qt Linguist
+#   tools/translations.sh --check    fails if a text is missing or unfinished
 set -euo pipefail
 cd "$(dirname "$0")/.."
 lupdate=/usr/lib/qt6/bin/lupdate
-[[ -x $lupdate ]] || { echo "translations: there is no $lupdate; see tools/setup.sh" >&2; exit 1; }
+[[ -x $lupdate ]] || { echo "translations: $lupdate is missing; see tools/setup.sh" >&2; exit 1; }
 
-# The rooms whose texts a user can see.
-rooms=(app base monitor package report scan service text ui)
+# The folders with texts that a user can see.
+folders=(app base monitor package report scan service text ui)
 
-# update FOLDER: the files of that folder; without line numbers, which would change with every commit.
+# update FOLDER: updates its .ts files, without line numbers, which would change with every commit.
 update() {
     local file
     for file in "$1"/*.ts; do
-        "$lupdate" -silent -locations none -no-obsolete -I . "${rooms[@]}" -ts "$file"
+        "$lupdate" -silent -locations none -no-obsolete -I . "${folders[@]}" -ts "$file"
     done
 }
 

@@ -328,6 +328,38 @@ Fehler: %1</translation>
         <source>Combo</source>
         <translation>Kombiniert</translation>
     </message>
+    <message>
+        <source>1 channels</source>
+        <translation>1 Kanäle</translation>
+    </message>
+    <message>
+        <source>2 channels</source>
+        <translation>2 Kanäle</translation>
+    </message>
+    <message>
+        <source>3 channels</source>
+        <translation>3 Kanäle</translation>
+    </message>
+    <message>
+        <source>4 channels</source>
+        <translation>4 Kanäle</translation>
+    </message>
+    <message>
+        <source>5 channels</source>
+        <translation>5 Kanäle</translation>
+    </message>
+    <message>
+        <source>6 channels</source>
+        <translation>6 Kanäle</translation>
+    </message>
+    <message>
+        <source>7 channels</source>
+        <translation>7 Kanäle</translation>
+    </message>
+    <message>
+        <source>8 channels</source>
+        <translation>8 Kanäle</translation>
+    </message>
 </context>
 <context>
     <name>Language</name>
@@ -1499,12 +1531,6 @@ Bitte geben Sie Ihren API-Schlüssel ein, um fortzufahren.</translation>
 </translation>
     </message>
     <message>
-        <source>Video track
-</source>
-        <translation>Videospur
-</translation>
-    </message>
-    <message>
         <source>Codec: %1
 </source>
         <translation>Codec: %1
@@ -1523,12 +1549,6 @@ Bitte geben Sie Ihren API-Schlüssel ein, um fortzufahren.</translation>
 </translation>
     </message>
     <message>
-        <source>Audio track
-</source>
-        <translation>Tonspur
-</translation>
-    </message>
-    <message>
         <source>Language: %1
 </source>
         <translation>Sprache: %1
@@ -1544,12 +1564,6 @@ Bitte geben Sie Ihren API-Schlüssel ein, um fortzufahren.</translation>
         <source>Sample rate: %1
 </source>
         <translation>Abtastrate: %1
-</translation>
-    </message>
-    <message>
-        <source>Subtitle track
-</source>
-        <translation>Untertitelspur
 </translation>
     </message>
     <message>
@@ -1573,12 +1587,20 @@ Bitte geben Sie Ihren API-Schlüssel ein, um fortzufahren.</translation>
         <translation>Stream-ID 0x%1 (%2)</translation>
     </message>
     <message>
-        <source>%1 channels</source>
-        <translation>%1 Kanäle</translation>
-    </message>
-    <message>
         <source>%1 (%2 angles)</source>
         <translation>%1 (%2 Blickwinkel)</translation>
+    </message>
+    <message>
+        <source>Video track</source>
+        <translation>Videospur</translation>
+    </message>
+    <message>
+        <source>Audio track</source>
+        <translation>Tonspur</translation>
+    </message>
+    <message>
+        <source>Subtitle track</source>
+        <translation>Untertitelspur</translation>
     </message>
 </context>
 <context>

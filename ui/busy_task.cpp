@@ -48,7 +48,7 @@ bool runBusyTask(QWidget* parent, const QString& title, const QString& label, st
             work();
             isDone = true;
         } catch (...) {
-            // Said below: where memory has run out, this is no place to put a line together.
+            // The caller's thread logs it: after bad_alloc, formatting here could throw again.
         }
     });
     QEventLoop loop;
@@ -57,7 +57,7 @@ bool runBusyTask(QWidget* parent, const QString& title, const QString& label, st
 
     dialog.show();
     thread->start(QThread::InheritPriority);
-    // A thread that the system did not make says so in no other way, and would never finish.
+    // QThread has no other report that the system did not create the thread, which then never finishes.
     if (!thread->isRunning() && !thread->isFinished()) {
         thread->deleteLater();
         logging::log(logging::kPlatterscope, logging::kError,
@@ -65,8 +65,7 @@ bool runBusyTask(QWidget* parent, const QString& title, const QString& label, st
         return false;
     }
     loop.exec(QEventLoop::DialogExec);
-    // A quitting application ends the loop early. The work still runs then, and its result must not be read
-    // before it has ended.
+    // quit() ends the loop while the work still runs. Its result must not be read before it has ended.
     if (thread) { thread->wait(); }
     dialog.hide();
     if (!isDone) {

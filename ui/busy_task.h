@@ -1,5 +1,4 @@
-// Runs one piece of blocking work on a fresh worker thread while the user sees a modal, indeterminate
-// progress dialog. The call returns when the work has ended, so its callers read as straight-line code.
+// Runs blocking work on a new thread while a modal progress dialog is shown.
 #pragma once
 
 #include <QProgressDialog>
@@ -7,8 +6,8 @@
 
 #include <functional>
 
-// The dialog has no cancel button and ignores Escape and every close request, the window manager's included: the work
-// cannot be stopped.
+// An indeterminate progress dialog. The work cannot be stopped, so the dialog has no cancel button and ignores Escape
+// and close requests, including those of the window manager.
 class BusyDialog : public QProgressDialog {
     Q_OBJECT
 
@@ -21,13 +20,11 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 };
 
-// Shows the dialog over `parent`, runs `work` on a thread of its own and returns when it has finished, also
-// where the application is told to quit meanwhile. GUI thread only; `work` must touch no widget, and `parent` must
-// outlive the call.
+// Shows the dialog over `parent`, runs `work` on a new thread and returns after `work` has ended, even if the
+// application quits meanwhile. Call it on the GUI thread. `work` must not use widgets; `parent` must outlive the call.
 //
-// Whether `work` ran to its end. It did not where the system has no thread left for it, and where it threw: it is not
-// meant to, but memory can run out anywhere, and an exception that left the thread would end the program and take the
-// user's window with it. So the exception ends with the work, and neither its type nor its text is passed on. Both
-// failures are logged.
+// Returns whether `work` ran to its end. Returns false, and logs why, if the system cannot create the thread or `work`
+// throws. `work` should not throw, but memory can run out anywhere, and an exception that leaves the thread would end
+// the program; so the exception is dropped.
 [[nodiscard]] bool runBusyTask(QWidget* parent, const QString& title, const QString& label,
                                std::function<void()> work);

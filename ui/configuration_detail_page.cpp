@@ -1,6 +1,7 @@
 #include "ui/configuration_detail_page.h"
 
 #include "ui/configuration_text.h"
+#include "ui/push_button.h"
 #include "ui/row_view.h"
 
 #include <QHeaderView>
@@ -11,16 +12,14 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
-ConfigurationDetailPage::ConfigurationDetailPage(QWidget* parent)
+ConfigurationDetailPage::ConfigurationDetailPage(const DiscScanResult& disc, QWidget* parent)
     : QWidget(parent)
+    , m_disc(disc)
     , m_tree(new RowView<QTreeWidget>)
     , m_details(new QTextEdit)
 {
     setObjectName(QStringLiteral("configurationDetailPage"));
-    auto* listButton = new QPushButton(tr("Configuration List"));
-    listButton->setObjectName(QStringLiteral("configurationListButton"));
-    listButton->setAccessibleName(listButton->text());
-    listButton->setAutoDefault(true);
+    auto* listButton = pushButton(tr("Configuration List"), QStringLiteral("configurationListButton"));
     connect(listButton, &QPushButton::clicked, this, &ConfigurationDetailPage::listRequested);
 
     createTree();
@@ -71,12 +70,11 @@ void ConfigurationDetailPage::keyPressEvent(QKeyEvent* event)
     }
 }
 
-void ConfigurationDetailPage::showConfiguration(const DiscScanResult& disc, qsizetype index)
+void ConfigurationDetailPage::showConfiguration(qsizetype index)
 {
     m_tree->clear();
-    m_disc = disc;
-    m_configuration = disc.configurations.at(index);
-    const bool isBluray = disc.discType == DiscType::Bluray;
+    m_configuration = m_disc.configurations.at(index);
+    const bool isBluray = m_disc.discType == DiscType::Bluray;
     m_tree->headerItem()->setText(1, isBluray ? tr("Playlist ID") : tr("Title Number"));
     QList<QTreeWidgetItem*> rows;
     rows.reserve(m_configuration.titles.size());
@@ -93,6 +91,6 @@ void ConfigurationDetailPage::showDetails(const QTreeWidgetItem* row)
 {
     if (row == nullptr) { return; }
     const service::ConfigurationTitle& title = m_configuration.titles.at(m_tree->indexFromItem(row).row());
-    // Plain text always: notes and paths are other people's.
+    // Plain text always: notes and paths come from other users.
     m_details->setPlainText(configurationtext::details(title, m_configuration, m_disc));
 }

@@ -1,4 +1,4 @@
-// One configuration: its titles, and what it and the disc say of the title selected.
+// One configuration: its titles, and the details of the selected title from the configuration and from the disc.
 #pragma once
 
 #include "scan/disc_scan_result.h"
@@ -13,26 +13,28 @@ class ConfigurationDetailPage : public QWidget {
     Q_OBJECT
 
 public:
-    explicit ConfigurationDetailPage(QWidget* parent = nullptr);
+    // `disc` is the current scan result, which must outlive the page.
+    explicit ConfigurationDetailPage(const DiscScanResult& disc, QWidget* parent = nullptr);
 
-    // Shows the configuration in this place of the disc's list, with its first title selected.
-    void showConfiguration(const DiscScanResult& disc, qsizetype index);
+    // Shows `disc.configurations[index]` and selects its first title. A copy stays on the page if the result changes.
+    void showConfiguration(qsizetype index);
 
-    // Puts the keyboard into the tree. The page has no focus proxy: with one, Tab would pass over what is before it.
+    // Gives the keyboard focus to the tree. The page has no focus proxy, because Tab would then skip the button above
+    // the tree.
     void takeFocus();
 
 Q_SIGNALS:
     void listRequested();
 
 protected:
-    // Escape leads back to the list, from wherever the focus is.
+    // Escape requests the list, whichever widget has the focus.
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
     void createTree();
     void showDetails(const QTreeWidgetItem* row);
 
-    DiscScanResult m_disc;
+    const DiscScanResult& m_disc;
     service::DiscConfiguration m_configuration;
     QTreeWidget* m_tree;
     QTextEdit* m_details;

@@ -1,7 +1,7 @@
 #include "ui/configuration_list_page.h"
 
 #include "ui/configuration_text.h"
-#include "ui/disabled_button.h"
+#include "ui/push_button.h"
 #include "ui/readable_palette.h"
 #include "ui/row_view.h"
 
@@ -19,22 +19,28 @@ namespace {
 
 constexpr int kNameColumn = 0;
 
-// So many rows are measured for the width of a column; a thousand, the toolkit's own number, of long texts took
-// most of a second.
+// How many rows the list measures for the width of a column. To measure 1,000 rows of long texts, the toolkit's
+// default, took most of a second.
 constexpr int kMeasuredRows = 100;
 
-// A word of the header that is longer than this does not widen the window.
+// A longer word in the header does not widen the window.
 constexpr int kHeaderWordCharacters = 40;
 
-// A row remembers its configuration's place in the result, since the view sorts.
+// Roles of a row's first column: the configuration's index in the result, and its uid.
 constexpr int kIndexRole = Qt::UserRole;
+constexpr int kUidRole = Qt::UserRole + 1;
 
 qsizetype indexOf(const QTreeWidgetItem& row)
 {
     return row.data(kNameColumn, kIndexRole).toLongLong();
 }
 
-// A row in the user's alphabet; rows of equal text stand in the service's order, in either direction.
+qint64 uidOf(const QTreeWidgetItem* row)
+{
+    return row == nullptr ? 0 : row->data(kNameColumn, kUidRole).toLongLong();
+}
+
+// A row that sorts by the rules of the user's locale. Rows of equal text keep the service's order in both directions.
 class ConfigurationRow : public QTreeWidgetItem {
 public:
     using QTreeWidgetItem::QTreeWidgetItem;
@@ -49,7 +55,7 @@ public:
     }
 };
 
-// A label that wraps. One long word does not widen the window; it is cut off at the label's edge.
+// A label that wraps. A long word does not widen the window but is cut off at the label's edge.
 class WrappingLabel : public QLabel {
 public:
     WrappingLabel() { setWordWrap(true); }
@@ -62,8 +68,8 @@ public:
     }
 };
 
-// A label whose one link has the focus when the label has: the toolkit's takes a second Tab to come to the link, and
-// holds a Shift+Tab for ever.
+// A label whose only link has the focus whenever the label has. In a QLabel the link needs a second Tab, and Shift+Tab
+// never leaves the label.
 class LinkLabel : public QLabel {
 protected:
     void focusInEvent(QFocusEvent* event) override
@@ -75,19 +81,20 @@ protected:
     }
     bool focusNextPrevChild(bool next) override
     {
-        // NOLINTNEXTLINE(bugprone-parent-virtual-call): it is QLabel's that holds the focus
+        // NOLINTNEXTLINE(bugprone-parent-virtual-call): QLabel's version would keep the focus
         return QWidget::focusNextPrevChild(next);
     }
 };
 
 }  // namespace
 
-ConfigurationListPage::ConfigurationListPage(QWidget* parent)
+ConfigurationListPage::ConfigurationListPage(const DiscScanResult& disc, QWidget* parent)
     : QWidget(parent)
+    , m_disc(disc)
     , m_discLabel(new WrappingLabel)
     , m_linkLabel(new LinkLabel)
-    , m_viewButton(disabledButton(tr("View"), QStringLiteral("viewConfigurationButton")))
-    , m_refreshButton(disabledButton(tr("Refresh"), QStringLiteral("refreshConfigurationsButton")))
+    , m_viewButton(pushButton(tr("View"), QStringLiteral("viewConfigurationButton")))
+    , m_refreshButton(pushButton(tr("Refresh"), QStringLiteral("refreshConfigurationsButton")))
     , m_list(new RowView<QTreeWidget>)
 {
     setObjectName(QStringLiteral("configurationListPage"));
@@ -119,6 +126,7 @@ void ConfigurationListPage::createHeader()
                                          Qt::LinksAccessibleByKeyboard);
     m_linkLabel->setOpenExternalLinks(true);
     m_linkLabel->setPalette(withReadableLinks(palette()));
+    m_viewButton->setEnabled(false);
     m_viewButton->setToolTip(tr("View the selected configuration"));
     m_refreshButton->setToolTip(tr("Reload configurations from Tessera after updating them on the website"));
     connect(m_viewButton, &QPushButton::clicked, this, [this] { requestView(m_list->currentItem()); });
@@ -138,7 +146,7 @@ void ConfigurationListPage::createList()
     m_list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     m_list->header()->setResizeContentsPrecision(kMeasuredRows);
     m_list->header()->setSectionResizeMode(kNameColumn, QHeaderView::Stretch);
-    // Not the toolkit's activation: on some desktops one click would do, and no row could be selected.
+    // Not itemActivated(): on some desktops one click activates a row, so none could be selected.
     connect(m_list, &QTreeWidget::itemDoubleClicked, this, &ConfigurationListPage::requestView);
     m_list->installEventFilter(this);
     connect(m_list, &QTreeWidget::currentItemChanged, this,
@@ -163,12 +171,11 @@ void ConfigurationListPage::changeEvent(QEvent* event)
     QWidget::changeEvent(event);
 }
 
-void ConfigurationListPage::showDisc(const DiscScanResult& disc)
+void ConfigurationListPage::showDisc()
 {
     const QTreeWidgetItem* current = m_list->currentItem();
     const qint64 uid = uidOf(current);
     const bool isSelected = current != nullptr && current->isSelected();
-    m_disc = disc;
     showHeader();
     showRows();
     keepCurrentRow(uid, isSelected);
@@ -194,14 +201,15 @@ void ConfigurationListPage::showRows()
     m_list->clear();
     QList<QTreeWidgetItem*> rows;
     rows.reserve(m_disc.configurations.size());
-    for (const service::DiscConfiguration& configuration : std::as_const(m_disc.configurations)) {
+    for (const service::DiscConfiguration& configuration : m_disc.configurations) {
         auto* row = new ConfigurationRow(QStringList{configurationtext::name(configuration),
                                                      configurationtext::language(configuration),
                                                      configurationtext::addedBy(configuration)});
         row->setData(kNameColumn, kIndexRole, rows.size());
+        row->setData(kNameColumn, kUidRole, configuration.uid);
         rows.append(row);
     }
-    m_list->setSortingEnabled(false);  // else each row would be put in its place by itself
+    m_list->setSortingEnabled(false);  // a sorted list inserts each row by a search of its own
     m_list->addTopLevelItems(rows);
     m_list->setSortingEnabled(true);
 }
@@ -215,16 +223,11 @@ void ConfigurationListPage::keepCurrentRow(qint64 uid, bool isSelected)
                                           : QItemSelectionModel::NoUpdate);
         break;
     }
-    // A list that is cleared says nothing about its current row.
+    // QTreeWidget::clear() does not emit currentItemChanged().
     m_viewButton->setEnabled(m_list->currentItem() != nullptr);
 }
 
 void ConfigurationListPage::requestView(const QTreeWidgetItem* row)
 {
     if (row != nullptr) { Q_EMIT viewRequested(indexOf(*row)); }
-}
-
-qint64 ConfigurationListPage::uidOf(const QTreeWidgetItem* row) const
-{
-    return row == nullptr ? 0 : m_disc.configurations.at(indexOf(*row)).uid;
 }

@@ -1,4 +1,4 @@
-// The list of a disc's configurations, under what the service knows of the disc.
+// The list of a disc's configurations, below the disc's kind, its id in the service and the service's message.
 #pragma once
 
 #include "scan/disc_scan_result.h"
@@ -14,23 +14,24 @@ class ConfigurationListPage : public QWidget {
     Q_OBJECT
 
 public:
-    explicit ConfigurationListPage(QWidget* parent = nullptr);
+    // `disc` is the current scan result, which must outlive the page. Call showDisc() after each change of it.
+    explicit ConfigurationListPage(const DiscScanResult& disc, QWidget* parent = nullptr);
 
-    // Shows another disc, or the same one after a refresh. Sorting stays; the current row and its selection
-    // stay on the configuration of the same uid, where there still is one.
-    void showDisc(const DiscScanResult& disc);
+    // Rebuilds the header and the list. Keeps the sort order; keeps the current row and its selection if there is
+    // still a configuration with its uid.
+    void showDisc();
 
     void setRefreshEnabled(bool enabled);
 
 Q_SIGNALS:
     void refreshRequested();
-    // `index` is the configuration's place in the result.
+    // `index` is the configuration's index in the result.
     void viewRequested(qsizetype index);
 
 protected:
-    // Enter on a row of the list.
+    // Handles Enter on a row of the list.
     bool eventFilter(QObject* watched, QEvent* event) override;
-    // Another palette.
+    // Handles a change of the palette.
     void changeEvent(QEvent* event) override;
 
 private:
@@ -40,9 +41,8 @@ private:
     void showRows();
     void keepCurrentRow(qint64 uid, bool isSelected);
     void requestView(const QTreeWidgetItem* row);
-    [[nodiscard]] qint64 uidOf(const QTreeWidgetItem* row) const;
 
-    DiscScanResult m_disc;
+    const DiscScanResult& m_disc;
     QLabel* m_discLabel;
     QLabel* m_linkLabel;
     QPushButton* m_viewButton;

@@ -1,7 +1,6 @@
 #include "ui/configuration_text.h"
 
 #include "text/title_text.h"
-#include "ui/message_box.h"
 #include "ui/plain_text.h"
 
 #include <QCoreApplication>
@@ -21,7 +20,8 @@ struct Texts {
     Q_DECLARE_TR_FUNCTIONS(ConfigurationText)
 };
 
-// How much is shown of a text of the service. The header stands beside buttons; its text has been in a box before.
+// How much of a text from the service is shown. The header shares its row with buttons, so it shows little; a message
+// box has shown its text before.
 constexpr qsizetype kHeaderCharacters = 200;
 constexpr qsizetype kHeaderLines = 4;
 constexpr qsizetype kCellCharacters = 200;
@@ -29,7 +29,7 @@ constexpr qsizetype kPathCharacters = 2000;
 constexpr qsizetype kNoteCharacters = 10'000;
 constexpr qsizetype kNoteLines = 500;
 
-// By the number that stands for the type; 0 and what lies beyond have no name.
+// The index is the number of the type in the service's data. 0 and numbers beyond the table are "Unknown".
 constexpr std::array kTypeNames = {
     QT_TRANSLATE_NOOP("ConfigurationText", "Unknown"),
     QT_TRANSLATE_NOOP("ConfigurationText", "Movie"),
@@ -109,9 +109,8 @@ QString header(const DiscScanResult& disc)
 {
     const QString id = disc.discId == 0 ? Texts::tr("(none)") : QString::number(disc.discId);
     QString text = Texts::tr("Type: %1\nDisc ID: %2").arg(kindName(disc.discType), id);
-    if (disc.errorMessage.isEmpty()) { return text; }
-    const QString message =
-        plaintext::bounded(messagebox::translated(disc.errorMessage), kHeaderCharacters, kHeaderLines);
+    if (disc.error.isEmpty()) { return text; }
+    const QString message = plaintext::bounded(disc.error.translated(), kHeaderCharacters, kHeaderLines);
     return text + (disc.ok != 0 ? Texts::tr("\nNote: %1") : Texts::tr("\nError: %1")).arg(message);
 }
 

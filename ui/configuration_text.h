@@ -7,10 +7,11 @@
 
 namespace configurationtext {
 
-// Disc kind and id, a line each; behind them the note of a result that is ok, or the error of one that is not.
+// Two lines with the disc's kind and its id in the service, then the note of a successful result or the error of a
+// failed one. The service's text is cut to four lines.
 [[nodiscard]] QString header(const DiscScanResult& disc);
 
-// The columns of a configuration's row.
+// The columns of a configuration's row, each one line.
 [[nodiscard]] QString name(const service::DiscConfiguration& configuration);
 [[nodiscard]] QString language(const service::DiscConfiguration& configuration);
 [[nodiscard]] QString addedBy(const service::DiscConfiguration& configuration);
@@ -18,8 +19,8 @@ namespace configurationtext {
 // The first column of a title's row.
 [[nodiscard]] QString titleName(const service::ConfigurationTitle& title);
 
-// The details of a title: what the configuration says of it, then what the disc does. The disc's title is the
-// first one whose playlist id or title number is the title's id.
+// The details of a title, one fact a line: first those of the configuration, then those of the disc's title, which is
+// the first whose playlist id (Blu-ray) or title number (DVD) equals `title.id`.
 [[nodiscard]] QString details(const service::ConfigurationTitle& title,
                               const service::DiscConfiguration& configuration, const DiscScanResult& disc);
 

@@ -3,10 +3,10 @@
 #include "ui/configuration_detail_page.h"
 #include "ui/configuration_list_page.h"
 
-ConfigurationsPage::ConfigurationsPage(QWidget* parent)
+ConfigurationsPage::ConfigurationsPage(const DiscScanResult& disc, QWidget* parent)
     : QStackedWidget(parent)
-    , m_listPage(new ConfigurationListPage)
-    , m_detailPage(new ConfigurationDetailPage)
+    , m_listPage(new ConfigurationListPage(disc))
+    , m_detailPage(new ConfigurationDetailPage(disc))
 {
     setObjectName(QStringLiteral("configurationsPage"));
     addWidget(m_listPage);
@@ -17,10 +17,9 @@ ConfigurationsPage::ConfigurationsPage(QWidget* parent)
     connect(m_detailPage, &ConfigurationDetailPage::listRequested, this, &ConfigurationsPage::showList);
 }
 
-void ConfigurationsPage::showDisc(const DiscScanResult& disc)
+void ConfigurationsPage::showDisc()
 {
-    m_disc = disc;
-    m_listPage->showDisc(disc);
+    m_listPage->showDisc();
     setCurrentWidget(m_listPage);
 }
 
@@ -46,7 +45,6 @@ void ConfigurationsPage::showList()
 
 void ConfigurationsPage::showConfiguration(qsizetype index)
 {
-    if (index < 0 || index >= m_disc.configurations.size()) { return; }
     setCurrentWidget(m_detailPage);
-    m_detailPage->showConfiguration(m_disc, index);
+    m_detailPage->showConfiguration(index);
 }

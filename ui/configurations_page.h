@@ -1,4 +1,4 @@
-// The configurations that users have contributed for the open disc: their list, and a page for one of them.
+// The configurations that users have contributed for the open disc: a list of them, and a page for one of them.
 #pragma once
 
 #include "scan/disc_scan_result.h"
@@ -12,14 +12,15 @@ class ConfigurationsPage : public QStackedWidget {
     Q_OBJECT
 
 public:
-    explicit ConfigurationsPage(QWidget* parent = nullptr);
+    // `disc` is the current scan result, which must outlive the page. Call showDisc() after each change of it.
+    explicit ConfigurationsPage(const DiscScanResult& disc, QWidget* parent = nullptr);
 
-    // Shows the list of the disc's configurations: another disc's, or the same one's after a refresh.
-    void showDisc(const DiscScanResult& disc);
+    // Shows the list of the disc's configurations.
+    void showDisc();
 
     void setRefreshEnabled(bool enabled);
 
-    // Puts the keyboard into the list, or into the configuration that is shown.
+    // Gives the keyboard focus to the list, or to the configuration if one is shown.
     void takeFocus();
 
 Q_SIGNALS:
@@ -29,7 +30,6 @@ private:
     void showList();
     void showConfiguration(qsizetype index);
 
-    DiscScanResult m_disc;
     ConfigurationListPage* m_listPage;
     ConfigurationDetailPage* m_detailPage;
 };

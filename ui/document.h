@@ -1,4 +1,4 @@
-// The documents that come with the program, opened by the desktop's own viewer.
+// Finds the documents that are installed with the program, and opens them in the desktop's viewer.
 #pragma once
 
 #include <QCoreApplication>
@@ -8,13 +8,16 @@ namespace document {
 
 enum class Place { BesideExecutable, SharedDocuments };
 
-// Where the document is: in the first place that has it, or belongs, where none has it, to the first of all. It
-// may stand beside the executable; in ../share/doc/platterscope, as seen from there, which is how an
-// installation and a build tree are laid out; or in share/doc/platterscope. `first` is looked at first.
+// Returns the path of the document in the first of these folders that contains it:
+//   the executable's folder
+//   ../share/doc/platterscope from there, as in an installation and in a build tree
+//   share/doc/platterscope from there
+// `first` chooses which of the first two comes first. If no folder contains the document, returns its path in the
+// first.
 [[nodiscard]] QString path(const QString& fileName, Place first,
                            const QString& executableDirectory = QCoreApplication::applicationDirPath());
 
-// Whether the desktop took the file, which must exist, to open it.
+// Returns whether the file exists and the desktop accepted it.
 [[nodiscard]] bool open(const QString& path);
 
 }  // namespace document

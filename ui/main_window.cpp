@@ -1,6 +1,7 @@
 #include "ui/main_window.h"
 
 #include "monitor/inotify_watcher.h"
+#include "scan/error_result.h"
 #include "ui/configurations_page.h"
 #include "ui/monitor_page.h"
 #include "ui/placeholder_page.h"
@@ -22,7 +23,7 @@ constexpr QSize kInitialSize(900, 600);
 constexpr char kNotDone[] =
     QT_TRANSLATE_NOOP("Messages", "The system has not enough memory or threads left for this.");
 
-// The size to begin with, or as much of it as the screen has room for beside the window's frame.
+// The initial size, cut to what the screen can show together with the window's frame.
 QSize initialSize(const QWidget& window)
 {
     const int titleBarHeight = window.style()->pixelMetric(QStyle::PM_TitleBarHeight);
@@ -101,7 +102,7 @@ void MainWindow::createPages()
     m_pages->setObjectName(QStringLiteral("pages"));
     m_placeholderPage = new PlaceholderPage(m_pages);
     m_titlesPage = new TitlesPage(m_pages);
-    m_configurationsPage = new ConfigurationsPage(m_pages);
+    m_configurationsPage = new ConfigurationsPage(m_result, m_pages);
     m_monitorPage = new MonitorPage(m_pages);
     m_pages->addWidget(m_placeholderPage);
     m_pages->addWidget(m_titlesPage);
@@ -133,7 +134,7 @@ void MainWindow::showPage(Page page)
     QWidget* widget = widgetOf(shown);
     const bool hasFocusAlready = m_pages->currentWidget() == widget && widget->isAncestorOf(focusWidget());
     m_pages->setCurrentWidget(widget);
-    // To the page's main part; the toolkit would take whatever comes first.
+    // Focuses the page's main widget; the toolkit would choose the first one.
     if (!hasFocusAlready) {
         shown == Page::Configurations ? m_configurationsPage->takeFocus() : widget->setFocus();
     }
@@ -194,12 +195,12 @@ void MainWindow::endWork()
     if (m_closeRequested) { QMetaObject::invokeMethod(this, &QWidget::close, Qt::QueuedConnection); }
 }
 
-void MainWindow::tellNotDone(DiscScanResult& result)
+void MainWindow::setNotDone(DiscScanResult& result)
 {
-    result.errorMessage = QString::fromUtf8(kNotDone);
+    scan::setError(result, kNotDone);
 }
 
-void MainWindow::tellNotDone(service::AuthenticationOutcome& outcome)
+void MainWindow::setNotDone(service::AuthenticationOutcome& outcome)
 {
-    outcome.errorText = QString::fromUtf8(kNotDone);
+    outcome.error = kNotDone;
 }

@@ -1,7 +1,8 @@
-// The program's one top-level window. It owns the current scan result, shows it on one of four pages, and
-// runs every long operation behind the busy dialog.
+// The program's only top-level window. It owns the current scan result, shows it on one of four pages, and runs every
+// long operation while the busy dialog is shown.
 #pragma once
 
+#include "base/message.h"
 #include "scan/disc_scan_result.h"
 #include "scan/disc_scanner.h"
 #include "ui/busy_task.h"
@@ -29,15 +30,15 @@ class MainWindow : public QMainWindow {
 public:
     explicit MainWindow(QWidget* parent = nullptr);
 
-    // A disc to open once the start-up check of the key has ended, when there is a key then; empty for none.
+    // Sets the disc to open after the check of the key at start, if the key is accepted; empty: none.
     void setDiscToOpenAtStart(const QString& path) { m_discToOpenAtStart = path; }
 
-    // Puts the key in force, asks the service whether it accepts it, and stores it when it does. When it does
-    // not, the key that was in force before comes back and a box says why. Whether the key was accepted.
+    // Makes `key` the current key, asks the service to check it, and stores it if it is accepted. Otherwise restores
+    // the former key and shows the reason in a box. Returns whether the key was accepted and stored.
     bool authenticateAndSaveApiKey(const QString& key);
 
-    // Makes the result of scanning `path` the current one and shows it: title, pages, and a box with its error or
-    // its message.
+    // Makes the result of scanning `path` the current one and shows it: in the window's title, on the pages, and in a
+    // box if it has an error or a message.
     void populate(const QString& path, const DiscScanResult& result);
 
 public Q_SLOTS:
@@ -72,7 +73,7 @@ protected:
 private:
     enum class Page { Placeholder, Titles, Configurations, Monitor };
 
-    // Whether an accepted key is at hand. Every action that needs the service asks this first.
+    // Whether there is an accepted key. Every action that needs the service checks this first.
     [[nodiscard]] bool hasKey() const;
 
     void createMenus();
@@ -101,8 +102,8 @@ private:
     void setMonitoring(bool monitoring, const QString& status);
     void applyMonitorRule();
 
-    // Runs `work` on a worker thread behind the busy dialog and returns what it returned. `work` must own all it
-    // needs. Where the system could not run it to its end, the result is a failed one that says so.
+    // Runs `work` by runBusyTask() and returns its result. `work` must own all data that it uses. If it did not run to
+    // its end, returns a failed result with a message.
     template <typename Work>
     std::invoke_result_t<Work> runWithBusyDialog(const QString& title, const QString& label, Work work)
     {
@@ -111,26 +112,26 @@ private:
         const bool isDone =
             runBusyTask(this, title, label, [&slot, work = std::move(work)] { slot.emplace(work()); });
         endWork();
-        if (!isDone) { tellNotDone(slot.emplace()); }
+        if (!isDone) { setNotDone(slot.emplace()); }
         return *std::move(slot);
     }
 
     void beginWork() { m_working = true; }
     void endWork();
-    static void tellNotDone(DiscScanResult& result);
-    static void tellNotDone(service::AuthenticationOutcome& outcome);
+    static void setNotDone(DiscScanResult& result);
+    static void setNotDone(service::AuthenticationOutcome& outcome);
 
     InotifyWatcher* m_watcher;
-    DiscScanner* m_scanner;  // holds the key; each worker makes a scanner of its own
+    DiscScanner* m_scanner;  // holds the key; each worker thread has its own scanner
     QString m_discPath;
     QString m_discToOpenAtStart;
-    QString m_storedKeyProblem;  // why no stored key is in force
+    Message m_storedKeyProblem;  // why no stored key is used
     DiscScanResult m_result;
     bool m_discLoaded = false;
     bool m_apiKeyAccepted = false;
     bool m_monitoring = false;
-    bool m_working = false;           // nothing else begins meanwhile, whatever asks for it
-    bool m_closeRequested = false;    // while work ran; carried out when it has ended
+    bool m_working = false;           // a busy task runs; no other work may begin
+    bool m_closeRequested = false;    // during a busy task; the window closes after it
     Page m_page = Page::Placeholder;  // the page to show while there is a key
 
     QStackedWidget* m_pages = nullptr;

@@ -11,13 +11,13 @@ void MainWindow::refreshConfigurations()
         return;
     }
     const DiscScanResult result = reloadConfigurationsWithProgress(m_result);
-    if (result.ok == 0) {  // what there was stays as it was
+    if (result.ok == 0) {  // the current configurations stay
         showServiceMessage(result);
         return;
     }
-    const bool isNewMessage = result.errorMessage != m_result.errorMessage;
+    const bool isNewMessage = result.error.english() != m_result.error.english();
     m_result = result;
-    m_configurationsPage->showDisc(result);
+    m_configurationsPage->showDisc();
     applyEnableRule();
     if (isNewMessage) { showServiceMessage(result); }
 }

@@ -1,4 +1,4 @@
-// Opening a disc, by menu, by drop or at start, and showing what the scan found.
+// Opens a disc by menu, by drop or at start, and shows the result of the scan.
 #include "scan/disc_path.h"
 #include "scan/error_result.h"
 #include "ui/configurations_page.h"
@@ -16,7 +16,7 @@
 
 namespace {
 
-// The path of the one local directory, file or drive that is being dragged; empty for anything else.
+// The path of the dragged local directory, file or drive; empty for anything else and for more than one.
 QString draggedDisc(const QMimeData* data)
 {
     const QList<QUrl> urls = data->urls();
@@ -26,7 +26,7 @@ QString draggedDisc(const QMimeData* data)
     return info.isDir() || info.isFile() || scan::isBlockDevice(path) ? path : QString();
 }
 
-// What the window's title calls the disc: its own name where it has one, else what the user opened.
+// The disc's name for the window's title: its own name if it has one, otherwise that of the file or folder opened.
 QString displayName(const QString& path, const DiscScanResult& result)
 {
     if (result.discType == DiscType::None) { return {}; }
@@ -37,7 +37,7 @@ QString displayName(const QString& path, const DiscScanResult& result)
     return opened.fileName();
 }
 
-// Why a path was refused, a line for each reader that gives a reason.
+// One line for each reader that gave a reason for refusing the path.
 QString readerDetails(const QStringList& readerErrors)
 {
     const QStringList lines = {MainWindow::tr("Blu-ray: %1"), MainWindow::tr("DVD: %1")};
@@ -89,20 +89,20 @@ void MainWindow::dropEvent(QDropEvent* event)
     const QString path = draggedDisc(event->mimeData());
     if (!hasKey() || m_working || path.isEmpty()) { return; }
     event->acceptProposedAction();
-    // Not from inside the drop: its source waits until it has been handled.
+    // Queued, because the source of the drop waits until this handler returns.
     QMetaObject::invokeMethod(
         this, [this, path] { openDisc(path); }, Qt::QueuedConnection);
 }
 
 void MainWindow::openDisc(const QString& given)
 {
-    if (m_working) { return; }  // dropped or chosen before the busy dialog came, delivered behind it
+    if (m_working) { return; }  // a drop or a choice that was delivered after the busy dialog opened
     const auto [path, problem] = scan::discPathOf(given);
     if (!problem.isEmpty()) {
         populate(given, scan::errorResult(problem));
         return;
     }
-    stopMonitoring();  // first: the watch is for what others read, not for what the scan does
+    stopMonitoring();  // before the scan, whose own reading must not be reported
     DiscScanResult result = scanDiscWithProgress(path, false);
     if (!m_closeRequested && !result.readWarnings.isEmpty()) {
         messagebox::warning(this, tr("Disc Read Error"), result.readWarnings.join(QLatin1Char('\n')));
@@ -128,11 +128,11 @@ void MainWindow::populate(const QString& path, const DiscScanResult& result)
 
     QString name = plaintext::oneLine(displayName(path, result), messagebox::kTextLimit);
     if (!name.isEmpty()) {
-        // "[*]" in a title is the toolkit's mark for a modified document; twice it stands for itself.
+        // In a window's title the toolkit replaces "[*]" by the mark of a modified document, and "[*][*]" by "[*]".
         name.replace(QLatin1StringView("[*]"), QLatin1StringView("[*][*]"));
         setWindowTitle(tr("Platterscope - %1").arg(name));
     }
-    m_configurationsPage->showDisc(result);
+    m_configurationsPage->showDisc();
     showServiceMessage(result);
     m_titlesPage->showTitles(result);
     showPage(m_discLoaded ? Page::Titles : Page::Placeholder);
@@ -141,8 +141,8 @@ void MainWindow::populate(const QString& path, const DiscScanResult& result)
 
 void MainWindow::showServiceMessage(const DiscScanResult& result)
 {
-    if (m_closeRequested || result.errorMessage.isEmpty()) { return; }
-    const QString message = messagebox::translated(result.errorMessage);
+    if (m_closeRequested || result.error.isEmpty()) { return; }
+    const QString message = result.error.translated();
     if (result.ok == 0) {
         messagebox::critical(this, tr("Tessera Error"), message, readerDetails(result.readerErrors));
     } else {

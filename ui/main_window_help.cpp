@@ -1,4 +1,4 @@
-// The window's help: what this program is, and the documents that come with it.
+// The Help menu: the About box, the Configuration Library box and the documents that they open.
 #include "base/identity.h"
 #include "ui/document.h"
 #include "ui/main_window.h"
@@ -9,7 +9,7 @@
 
 namespace {
 
-// A box of rich text with one button of its own beside Close. Whether that one was chosen.
+// Shows a box of rich text with the buttons `buttonText` and Close. Returns whether the first was pressed.
 bool offerDocument(QWidget* parent, const QString& title, const QString& richText, const QString& buttonText)
 {
     QMessageBox box(QMessageBox::NoIcon, title, richText, QMessageBox::NoButton, parent);

@@ -1,4 +1,4 @@
-// The window's dealings with the API key: what happens at start, the key dialog, checking and storing.
+// The API key: loading it at start, the key dialog, checking and storing.
 #include "base/identity.h"
 #include "service/api_key_store.h"
 #include "service/authentication.h"
@@ -13,8 +13,8 @@
 
 namespace {
 
-// Whether `candidate` is a version number higher than `current`. White space around it, one leading "v" and a suffix
-// behind the numbers are ignored, and so are zeros at the end.
+// Whether `candidate` is a higher version number than `current`. Ignores surrounding white space, one leading "v", a
+// suffix after the numbers, and trailing zeros.
 bool isNewerVersion(const QString& candidate, const QString& current)
 {
     QString numbers = candidate.trimmed();
@@ -23,7 +23,7 @@ bool isNewerVersion(const QString& candidate, const QString& current)
            QVersionNumber::fromString(current).normalized();
 }
 
-// Wide enough to show a key of 64 characters; the margins and the frame take the room of a few more.
+// Wide enough to show a key of 64 characters and, with the width of 6 more, the margins and the frame.
 QSize keyDialogSize(const QInputDialog& dialog)
 {
     constexpr int kShownCharacters = 64 + 6;
@@ -38,10 +38,10 @@ void MainWindow::loadStoredKey()
     QString key;
     if (!service::loadApiKey(&key, &m_storedKeyProblem)) { return; }
     if (!service::isConfiguredKey(key)) {
-        m_storedKeyProblem = QString::fromUtf8(service::kApiKeyNotConfigured);
+        m_storedKeyProblem = service::kApiKeyNotConfigured;
         return;
     }
-    // Only accepted keys are stored, so a stored one counts as accepted until the service says otherwise.
+    // Only accepted keys are stored, so a stored key counts as accepted until the service refuses it.
     m_scanner->setApiKey(key);
     m_apiKeyAccepted = true;
 }
@@ -50,11 +50,11 @@ void MainWindow::startUp()
 {
     const service::ServiceAddress address = service::currentServiceAddress();
     if (!address.isUsable()) {
-        messagebox::warning(this, tr("Tessera Service Address"), messagebox::translated(address.problem));
+        messagebox::warning(this, tr("Tessera Service Address"), address.problem.translated());
     } else if (hasKey()) {
         authenticateAndSaveApiKey(m_scanner->apiKey());
     } else {
-        messagebox::warning(this, tr("API Key Security"), messagebox::translated(m_storedKeyProblem));
+        messagebox::warning(this, tr("API Key Security"), m_storedKeyProblem.translated());
         showApiKeyDialogSlot();
     }
     if (hasKey() && !m_closeRequested && !m_discToOpenAtStart.isEmpty()) { openDisc(m_discToOpenAtStart); }
@@ -85,9 +85,9 @@ bool MainWindow::authenticateAndSaveApiKey(const QString& key)
     const bool wasAccepted = m_apiKeyAccepted;
     setKey(newKey, false);
 
-    const QString fileProblem = service::apiKeyFileProblem();
+    const Message fileProblem = service::apiKeyFileProblem();
     if (!fileProblem.isEmpty()) {
-        messagebox::warning(this, tr("API Key Security"), messagebox::translated(fileProblem));
+        messagebox::warning(this, tr("API Key Security"), fileProblem.translated());
     }
     const auto outcome =
         runWithBusyDialog(tr("Connecting to Tessera"), tr("Authenticating with Tessera"), [newKey] {
@@ -97,14 +97,14 @@ bool MainWindow::authenticateAndSaveApiKey(const QString& key)
         });
     if (!outcome.ok) {
         setKey(formerKey, wasAccepted);
-        messagebox::critical(this, failureTitle, messagebox::translated(outcome.errorText));
+        messagebox::critical(this, failureTitle, outcome.error.translated());
         return false;
     }
     showUpdateNotice(outcome.user.latestVersion);
-    QString saveError;
+    Message saveError;
     if (!service::saveApiKey(newKey, &saveError)) {
         setKey(formerKey, wasAccepted);
-        messagebox::critical(this, tr("API Key Security"), messagebox::translated(saveError));
+        messagebox::critical(this, tr("API Key Security"), saveError.translated());
         return false;
     }
     setKey(newKey, true);

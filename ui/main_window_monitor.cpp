@@ -1,4 +1,4 @@
-// Watching which files of the open Blu-ray disc a player opens.
+// Monitors which files of the open Blu-ray disc other programs open.
 #include "monitor/inotify_watcher.h"
 #include "ui/main_window.h"
 #include "ui/message_box.h"
@@ -107,10 +107,9 @@ void MainWindow::onOpenFilesChanged(const QSet<QString>& openFiles)
 
 void MainWindow::onErrorOccurred(const QString& message)
 {
-    const QString text = messagebox::translated(message);
     m_watcher->stopWatching();
-    m_monitorPage->setStatus(tr("Error: %1").arg(plaintext::oneLine(text, messagebox::kTextLimit)));
-    messagebox::warning(this, tr("Access Monitor Error"), text);
+    m_monitorPage->setStatus(tr("Error: %1").arg(plaintext::oneLine(message, messagebox::kTextLimit)));
+    messagebox::warning(this, tr("Access Monitor Error"), message);
     setMonitoring(false, tr("Idle"));
 }
 

@@ -1,10 +1,7 @@
 #include "ui/message_box.h"
 
-#include "scan/disc_path.h"
-#include "service/http_client.h"
 #include "ui/plain_text.h"
 
-#include <QCoreApplication>
 #include <QMessageBox>
 #include <QStringList>
 
@@ -42,18 +39,6 @@ QMessageBox::StandardButton show(QMessageBox::Icon icon, QWidget* parent, const 
     return static_cast<QMessageBox::StandardButton>(box.exec());
 }
 
-// The message in the user's language where it is this sentence with its place filled in; else empty.
-QString translatedSentence(const char* sentence, const QString& message)
-{
-    const QString english = QString::fromLatin1(sentence);
-    const qsizetype place = english.indexOf(QLatin1StringView("%1"));
-    const QStringView before = QStringView(english).first(place);
-    const QStringView behind = QStringView(english).sliced(place + 2);
-    const qsizetype filledIn = message.size() - before.size() - behind.size();
-    if (filledIn < 0 || !message.startsWith(before) || !message.endsWith(behind)) { return {}; }
-    return QCoreApplication::translate("Messages", sentence).arg(message.mid(before.size(), filledIn));
-}
-
 }  // namespace
 
 void information(QWidget* parent, const QString& title, const QString& text)
@@ -75,17 +60,6 @@ bool ask(QWidget* parent, const QString& title, const QString& text)
 {
     return show(QMessageBox::Question, parent, title, text, QMessageBox::Yes | QMessageBox::No,
                 QMessageBox::No) == QMessageBox::Yes;
-}
-
-QString translated(const QString& message)
-{
-    // A service's text may be of any size and hold anything; the program's own sentences are short and plain.
-    if (message.size() > kTextLimit || message.contains(QChar(u'\0'))) { return message; }
-    for (const char* sentence : {service::kNetworkError, service::kHttpStatus, scan::kNotMounted}) {
-        QString text = translatedSentence(sentence, message);
-        if (!text.isEmpty()) { return text; }
-    }
-    return QCoreApplication::translate("Messages", message.toUtf8().constData());
 }
 
 }  // namespace messagebox

@@ -21,7 +21,4 @@ void critical(QWidget* parent, const QString& title, const QString& text, const 
 // A question answered with Yes or No; No is the default and what Escape means.
 [[nodiscard]] bool ask(QWidget* parent, const QString& title, const QString& text);
 
-// A message of a lower layer in the user's language, where it is one of the program's own sentences.
-[[nodiscard]] QString translated(const QString& message);
-
 }  // namespace messagebox

@@ -1,6 +1,6 @@
 #include "ui/monitor_page.h"
 
-#include "ui/disabled_button.h"
+#include "ui/push_button.h"
 #include "ui/row_view.h"
 
 #include <QFileInfo>
@@ -24,14 +24,14 @@ QListWidget* addList(QTabWidget* tabs, const QString& title, const QString& obje
     return list;
 }
 
-// A label over a tab for playlists and one for segments.
+// Adds a column with a heading and, below it, an empty tab widget.
 QTabWidget* addTabs(QHBoxLayout* columns, int stretch, const QString& heading,
                     const QString& objectNamePrefix)
 {
     auto* tabs = new QTabWidget;
     tabs->setObjectName(objectNamePrefix + QStringLiteral("Tabs"));
     tabs->setAccessibleName(heading);
-    tabs->setUsesScrollButtons(false);  // both tabs in full, on small screens too
+    tabs->setUsesScrollButtons(false);  // shows both tabs in full on small screens too
     tabs->setElideMode(Qt::ElideNone);
     tabs->tabBar()->setObjectName(objectNamePrefix + QStringLiteral("TabBar"));
     tabs->tabBar()->setAccessibleName(heading);
@@ -49,9 +49,9 @@ QTabWidget* addTabs(QHBoxLayout* columns, int stretch, const QString& heading,
 MonitorPage::MonitorPage(QWidget* parent)
     : QWidget(parent)
     , m_status(new QLabel)
-    , m_startButton(disabledButton(tr("Start"), QStringLiteral("startMonitoringButton")))
-    , m_stopButton(disabledButton(tr("Stop"), QStringLiteral("stopMonitoringButton")))
-    , m_clearButton(disabledButton(tr("Clear All"), QStringLiteral("clearMonitorButton")))
+    , m_startButton(pushButton(tr("Start"), QStringLiteral("startMonitoringButton")))
+    , m_stopButton(pushButton(tr("Stop"), QStringLiteral("stopMonitoringButton")))
+    , m_clearButton(pushButton(tr("Clear All"), QStringLiteral("clearMonitorButton")))
 {
     setObjectName(QStringLiteral("monitorPage"));
     auto* header = new QHBoxLayout;
@@ -124,7 +124,7 @@ void MonitorPage::setStatus(const QString& status)
 
 void MonitorPage::setControls(bool canStart, bool canStop, bool canClear)
 {
-    // The focus goes from Start to Stop and back: a button that is disabled loses it to whatever comes next.
+    // Moves the focus from Start to Stop and back. Otherwise a disabled button would pass it to the next widget.
     const QWidget* focused = window()->focusWidget();
     const bool isAtControl = focused == m_startButton || focused == m_stopButton;
     m_startButton->setEnabled(canStart);

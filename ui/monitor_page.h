@@ -1,4 +1,4 @@
-// The page that shows which files of a Blu-ray disc a player opens: what happened so far, and what is open now.
+// The page that shows which files of a Blu-ray disc a player opens: the events so far, and the files that are open now.
 #pragma once
 
 #include <QSet>
@@ -17,10 +17,10 @@ public:
 
     explicit MonitorPage(QWidget* parent = nullptr);
 
-    // Appends a line to the list of events and keeps the end of it in view.
+    // Appends a line to the list of events and scrolls to it.
     void addEvent(Files files, const QString& line);
 
-    // One row for each path, with its file name alone.
+    // Replaces the list of open files: one row for each path, which shows the file name.
     void showOpenFiles(Files files, const QSet<QString>& paths);
 
     // Empties all four lists.
@@ -33,13 +33,13 @@ Q_SIGNALS:
     void startRequested();
     void stopRequested();
     void clearRequested();
-    // A row was clicked, or Enter was pressed on it.
+    // After a click or Enter on a row.
     void eventChosen(QListWidgetItem* item);
     void openFileChosen(QListWidgetItem* item);
 
 private:
-    // The two lists of one kind of files. Both are brought up to date once for all that happened in between:
-    // scrolling for each of a thousand rows took eight seconds.
+    // The two lists of one kind of files. An update of the view is queued and serves all changes until then, because
+    // scrolling after each of a thousand rows took eight seconds.
     struct Lists {
         QListWidget* events = nullptr;
         QListWidget* openFiles = nullptr;

@@ -1,20 +1,19 @@
 #include "ui/placeholder_page.h"
 
+#include "ui/push_button.h"
+
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
 
 PlaceholderPage::PlaceholderPage(QWidget* parent)
     : QWidget(parent)
-    , m_label(new QLabel(this))
-    , m_keyButton(new QPushButton(tr("Enter My API Key"), this))
+    , m_label(new QLabel)
+    , m_keyButton(pushButton(tr("Enter My API Key"), QStringLiteral("enterKeyButton")))
 {
     setObjectName(QStringLiteral("placeholderPage"));
     m_label->setObjectName(QStringLiteral("placeholderLabel"));
     m_label->setAlignment(Qt::AlignCenter);
-    m_keyButton->setObjectName(QStringLiteral("enterKeyButton"));
-    m_keyButton->setAccessibleName(m_keyButton->text());
-    m_keyButton->setAutoDefault(true);
     m_label->setBuddy(m_keyButton);
     setFocusProxy(m_keyButton);
 

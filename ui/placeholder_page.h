@@ -1,4 +1,4 @@
-// The page shown while there is no disc: what the user has to do next.
+// The page shown while no disc is open. It asks for the key or for a disc.
 #pragma once
 
 #include <QWidget>
@@ -12,7 +12,7 @@ class PlaceholderPage : public QWidget {
 public:
     explicit PlaceholderPage(QWidget* parent = nullptr);
 
-    // With a key the page asks for a disc, without one for the key.
+    // Chooses the request: with a key for a disc, without one for the key.
     void setHasKey(bool hasKey);
 
 Q_SIGNALS:

@@ -8,21 +8,20 @@ namespace plaintext {
 
 namespace {
 
-// Everything that the toolkit begins a new line at.
+// Whether the toolkit begins a new line after `c`.
 bool isLineBreak(QChar c)
 {
     return (c >= u'\n' && c <= u'\r') || c == QChar(0x85) || c == QChar::LineSeparator ||
            c == QChar::ParagraphSeparator;
 }
 
-// What turns the direction of the text behind it, by which a name could be made to read as another. Letters of scripts
-// that run from right to left do without.
+// Whether `c` is a control that changes the direction of the following text. Right-to-left scripts do not need them.
 bool isDirection(QChar c)
 {
     return (c >= QChar(0x202A) && c <= QChar(0x202E)) || (c >= QChar(0x2066) && c <= QChar(0x2069));
 }
 
-// The beginning of the text, which does not end in half a character and runs in its own direction.
+// The first characters of the text, without half a surrogate pair at the end and without direction controls.
 QString beginning(const QString& text, qsizetype characters)
 {
     qsizetype end = qMin(text.size(), characters);

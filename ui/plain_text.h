@@ -1,20 +1,21 @@
-// Texts that come from a disc or from the service, made fit to be shown: never taken for markup, and never so
-// long that laying them out would hold the window up or take more than its place. Characters that turn the direction
-// of a text, by which a name could pass for another, give way to U+FFFD.
+// Prepares texts from a disc or from the service for display. They never act as markup, and are cut so that their
+// layout neither blocks the window nor exceeds its place. U+FFFD replaces characters that change the direction of a
+// text, with which one name could look like another.
 #pragma once
 
 #include <QString>
 
 namespace plaintext {
 
-// The text's first characters and lines, followed by an ellipsis where that is not all of it. Line breaks of every
-// kind become "\n".
+// Returns at most `characters` characters and `lines` lines of the text, followed by an ellipsis if that is not all of
+// it. Every kind of line break becomes "\n".
 [[nodiscard]] QString bounded(const QString& text, qsizetype characters, qsizetype lines);
 
-// At most so many characters on one line: line breaks, tabs and other control characters become blanks.
+// Returns at most `characters` characters on one line, followed by an ellipsis if that is not the whole text. Line
+// breaks, tabs and other control characters become blanks.
 [[nodiscard]] QString oneLine(const QString& text, qsizetype characters);
 
-// A tool tip cannot be told to be plain text: one that could be taken for markup is escaped as such.
+// Returns the text for setToolTip(), which has no plain-text mode: a text that looks like markup is escaped.
 [[nodiscard]] QString toolTip(const QString& text);
 
 }  // namespace plaintext

@@ -7,7 +7,7 @@
 
 namespace {
 
-// The least contrast of texts, by the Web Content Accessibility Guidelines; they also say how it is reckoned.
+// The minimum contrast of texts (level AA) of the Web Content Accessibility Guidelines, which also define the formulas.
 constexpr double kMinimumContrast = 4.5;
 
 double linear(double component)

@@ -7,8 +7,6 @@
 
 namespace {
 
-enum class Branches { Open, All };
-
 bool hasText(const QModelIndex& row, const QString& text)
 {
     const auto contains = [&text](const QVariant& value) {
@@ -21,56 +19,48 @@ bool hasText(const QModelIndex& row, const QString& text)
     return contains(row.data(kFindRole));
 }
 
-// The rows below `parent` in the order in which they are shown.
-void appendRows(const QAbstractItemView& view, const QModelIndex& parent, Branches branches,
-                QModelIndexList& rows)
+// Whether no branch hides the row. Trees have two levels.
+bool isInOpenBranch(const QAbstractItemView& view, const QModelIndex& row)
 {
     const auto* tree = qobject_cast<const QTreeView*>(&view);
-    const QAbstractItemModel& model = *view.model();
-    const int count = model.rowCount(parent);
-    for (int i = 0; i < count; ++i) {
-        const QModelIndex row = model.index(i, 0, parent);
-        rows.append(row);
-        if (tree != nullptr && (branches == Branches::All || tree->isExpanded(row))) {
-            appendRows(view, row, branches, rows);
-        }
-    }
+    return tree == nullptr || !row.parent().isValid() || tree->isExpanded(row.parent());
 }
 
-// The first row that has the text: from the current one on, or from the one behind it.
-QModelIndex rowWith(const QAbstractItemView& view, Branches branches, const QString& text,
-                    bool isBehindCurrent)
+// The row that `text` selects; invalid without a match. Searches from the current row or, if `skipsCurrent`, from the
+// row after it.
+QModelIndex matchingRow(const QAbstractItemView& view, const QString& text, bool skipsCurrent)
 {
-    QModelIndexList rows;
-    appendRows(view, view.rootIndex(), branches, rows);
+    const QAbstractItemModel& model = *view.model();
+    // Every text contains the empty one, so these are all rows, in the order of the view.
+    const QModelIndexList rows = model.match(model.index(0, 0), Qt::DisplayRole, QString(), -1,
+                                             Qt::MatchContains | Qt::MatchRecursive);
     const qsizetype current = rows.indexOf(view.currentIndex().siblingAtColumn(0));
-    const qsizetype first = current < 0 ? 0 : current + (isBehindCurrent ? 1 : 0);
+    const qsizetype first = current < 0 ? 0 : current + (skipsCurrent ? 1 : 0);
+    QModelIndex hidden;
     for (qsizetype i = 0; i < rows.size(); ++i) {
         const QModelIndex& row = rows.at((first + i) % rows.size());
-        if (hasText(row, text)) { return row; }
+        if (!hasText(row, text)) { continue; }
+        if (isInOpenBranch(view, row)) { return row; }
+        if (!hidden.isValid()) { hidden = row; }
     }
-    return {};
+    return hidden;
 }
 
 }  // namespace
 
 void RowFind::type(QAbstractItemView& view, const QString& typed)
 {
-    if (typed.isEmpty() || !typed.front().isPrint()) { return; }  // Escape and Tab type something, too
-    const bool isAgain = !m_text.isEmpty() && m_text.count(typed) * typed.size() == m_text.size();
+    if (typed.isEmpty() || !typed.front().isPrint()) { return; }  // Escape and Tab have texts too
+    const bool isRepeated = !m_text.isEmpty() && m_text.count(typed) * typed.size() == m_text.size();
     const bool isPaused =
         m_sinceLastKey.isValid() && m_sinceLastKey.elapsed() >= QApplication::keyboardInputInterval();
-    if (isPaused && !isAgain) { m_text.clear(); }
-    if (m_text.isEmpty() && typed.front().isSpace()) { return; }  // which selects the current row
+    if (isPaused && !isRepeated) { m_text.clear(); }
+    if (m_text.isEmpty() && typed.front().isSpace()) { return; }  // the space bar selects the current row
     m_text += typed;
     m_sinceLastKey.start();
 
-    const QString& wanted = isAgain ? typed : m_text;
-    for (const Branches branches : {Branches::Open, Branches::All}) {
-        const QModelIndex row = rowWith(view, branches, wanted, isAgain);
-        if (!row.isValid()) { continue; }
-        view.setCurrentIndex(row);
-        view.scrollTo(row);  // opens the branches that it is in
-        return;
-    }
+    const QModelIndex row = matchingRow(view, isRepeated ? typed : m_text, isRepeated);
+    if (!row.isValid()) { return; }
+    view.setCurrentIndex(row);
+    view.scrollTo(row);  // opens the branches above the row
 }

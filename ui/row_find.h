@@ -1,4 +1,4 @@
-// Finding a row of a tree or a list by typing a part of what it says.
+// Finds a row of a tree or a list by typed text.
 #pragma once
 
 #include <QElapsedTimer>
@@ -6,19 +6,19 @@
 
 class QAbstractItemView;
 
-// Role of the first column of a row: text that the row is found by beyond what its columns show.
+// Role of a row's first column: text that the row is found by in addition to the texts of its columns.
 inline constexpr int kFindRole = Qt::UserRole + 16;
 
-// What is typed without a pause (the toolkit's, QApplication::keyboardInputInterval()) is one text. It is looked for
-// without regard to case anywhere in the texts of a row's columns and in its kFindRole, from the current row on and
-// then from the first row to the current one. The same character again, and again, at whatever pace, goes on to the
-// next row that has it; so a text cannot begin with one character twice, and is found by what follows.
+// Characters typed without a pause (QApplication::keyboardInputInterval()) form one search text. A row matches if one
+// of its columns or its kFindRole contains the text, ignoring case. The search starts at the current row and continues
+// from the first row after the last one. Repeating one character selects the next match, without regard to pauses, so a
+// search text cannot start with a doubled character.
 //
-// Rows in sight, which those of open branches are, come first; only where none of them has the text are the closed
-// branches looked into, and the branch of the row found is opened. A text that no row has changes nothing.
+// Visible rows, which include those of open branches, come first. Only if none of them matches, the rows of closed
+// branches count; the branch of the row found is opened. A text without a match changes nothing.
 class RowFind {
 public:
-    // Takes what a key has typed and makes the row that it leads to the view's current one.
+    // Adds `typed`, the text of a key event, to the search text and makes the matching row the view's current one.
     void type(QAbstractItemView& view, const QString& typed);
 
 private:

@@ -49,7 +49,7 @@ bool handleKey(QAbstractItemView& view, QKeyEvent& event)
         return true;
     }
     if (event.key() == Qt::Key_F10 && event.modifiers() == Qt::ShiftModifier) {
-        // Not every platform takes it for the Menu key.
+        // Not every platform treats it as the Menu key.
         QContextMenuEvent menuKey(QContextMenuEvent::Keyboard, QPoint(), QPoint());
         QCoreApplication::sendEvent(&view, &menuKey);
         return true;

@@ -1,4 +1,4 @@
-// The trees and lists of this program: rows are found by typing, and copied by Ctrl+C or from a menu.
+// The trees and lists of this program. Typing finds a row; Ctrl+C and a context menu copy it.
 #pragma once
 
 #include "ui/row_find.h"
@@ -11,14 +11,14 @@ class QKeyEvent;
 
 namespace rowview {
 
-// Gives the view an action that copies its current row: "Copy".
+// Adds the action "Copy", which copies the current row, to the view.
 void addCopyAction(QAbstractItemView& view);
 
-// Whether the key was one of those that copy the row, ask for the menu, or (Escape) are for the page to answer.
+// Handles the keys that copy the row or open the menu, and leaves Escape to the page. Returns false for other keys.
 [[nodiscard]] bool handleKey(QAbstractItemView& view, QKeyEvent& event);
 
-// Shows the view's actions as a menu: at the row that was clicked, or below the current row when a key asked for it.
-// No row, no menu.
+// Shows the view's actions as a menu at the clicked row or, for a key, below the current row. Ignores the event without
+// a row.
 void showMenu(QAbstractItemView& view, QContextMenuEvent& event);
 
 }  // namespace rowview
@@ -33,7 +33,7 @@ public:
         rowview::addCopyAction(*this);
     }
 
-    // What the toolkit calls for each printable key.
+    // Called by the toolkit for each key that has a text.
     void keyboardSearch(const QString& typed) override { m_find.type(*this, typed); }
 
 protected:
@@ -42,7 +42,7 @@ protected:
         if (!rowview::handleKey(*this, *event)) { View::keyPressEvent(event); }
     }
     void contextMenuEvent(QContextMenuEvent* event) override { rowview::showMenu(*this, *event); }
-    // The toolkit makes the first row of a view without a current row current, but does not select it.
+    // If a view without a current row gets the focus, the toolkit makes the first row current without selecting it.
     void focusInEvent(QFocusEvent* event) override
     {
         const bool hadCurrentRow = this->currentIndex().isValid();

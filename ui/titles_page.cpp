@@ -21,17 +21,13 @@ namespace {
 constexpr int kTypeColumn = 0;
 constexpr int kDescriptionColumn = 1;
 
-// So many rows are measured for the width of a column: all titles of a disc full of decoys, some streams with them.
+// How many rows the tree measures for the width of a column: all titles of a disc full of decoys, and some streams.
 constexpr int kMeasuredRows = 2000;
 
-// A stream's row remembers which list it stands for and its place in it; a title's row is its place in the
-// tree.
-constexpr int kStreamKindRole = Qt::UserRole;
-constexpr int kIndexRole = Qt::UserRole + 1;
+// Role of a row's first column: the text of the details pane.
+constexpr int kDetailsRole = Qt::UserRole;
 
-enum class StreamKind { Video, Audio, Subtitle };
-
-// The language as the disc has it, by which a row is found beside its name in words.
+// A row finds a stream by the language code of the disc too; summary() shows the language's name.
 QString languageCode(const VideoStreamInfo& /*stream*/)
 {
     return {};
@@ -43,35 +39,44 @@ QString languageCode(const Track& track)
     return track.language;
 }
 
-// A title's row. In "Description" it sorts by the title's duration. Titles of equal duration, and all titles if the tree
-// is sorted by another column or not at all, keep the disc's order.
+// A title's row. In "Description" it sorts by the title's duration. Titles of equal duration, and all titles if the
+// tree is sorted by another column or not at all, keep the disc's order.
+template <typename Title>
 class TitleRow : public QTreeWidgetItem {
 public:
-    TitleRow(const QStringList& texts, quint64 durationMs)
-        : QTreeWidgetItem(texts)
-        , m_durationMs(durationMs)
+    // `index` is the title's place on the disc.
+    TitleRow(const Title& title, qsizetype index)
+        : QTreeWidgetItem(
+              {TitlesPage::tr("Title"), titletext::titleSummary(title.chapterCount, title.durationMs)})
+        , m_title(title)
+        , m_index(index)
     {}
 
     bool operator<(const QTreeWidgetItem& other) const override
     {
-        const auto& otherTitle = static_cast<const TitleRow&>(other);
+        const auto& otherRow = static_cast<const TitleRow&>(other);
         const int column = treeWidget()->sortColumn();
-        if (column == kDescriptionColumn && m_durationMs != otherTitle.m_durationMs) {
-            return m_durationMs < otherTitle.m_durationMs;
+        if (column == kDescriptionColumn && m_title.durationMs != otherRow.m_title.durationMs) {
+            return m_title.durationMs < otherRow.m_title.durationMs;
         }
-        const qint64 place = data(kTypeColumn, kIndexRole).toLongLong();
-        const qint64 otherPlace = other.data(kTypeColumn, kIndexRole).toLongLong();
         // A descending sort swaps the rows that it compares.
         const bool isDescending =
             column >= 0 && treeWidget()->header()->sortIndicatorOrder() == Qt::DescendingOrder;
-        return isDescending ? place > otherPlace : place < otherPlace;
+        return isDescending ? m_index > otherRow.m_index : m_index < otherRow.m_index;
+    }
+
+    [[nodiscard]] QVariant data(int column, int role) const override
+    {
+        if (role == kDetailsRole) { return titletext::details(m_title); }
+        return QTreeWidgetItem::data(column, role);
     }
 
 private:
-    quint64 m_durationMs;
+    Title m_title;
+    qsizetype m_index;
 };
 
-// A stream's row. Its tool tip is made when it is asked for: a disc of decoys has tens of thousands of streams.
+// A stream's row. It makes its tool tip on demand: a disc of decoys has tens of thousands of streams.
 template <typename Stream>
 class StreamRow : public QTreeWidgetItem {
 public:
@@ -86,6 +91,7 @@ public:
 
     [[nodiscard]] QVariant data(int column, int role) const override
     {
+        if (role == kDetailsRole) { return titletext::details(m_stream); }
         if (role == Qt::ToolTipRole) { return plaintext::toolTip(titletext::toolTip(m_stream, m_discType)); }
         if (role == kFindRole) { return languageCode(m_stream); }
         return QTreeWidgetItem::data(column, role);
@@ -97,32 +103,26 @@ private:
 };
 
 template <typename Stream>
-void addStreamRows(QTreeWidgetItem* titleRow, const QString& type, StreamKind kind,
-                   const QList<Stream>& streams, DiscType discType)
+void addStreamRows(QTreeWidgetItem* titleRow, const QString& type, const QList<Stream>& streams,
+                   DiscType discType)
 {
-    for (qsizetype i = 0; i < streams.size(); ++i) {
-        auto* row = new StreamRow(type, streams.at(i), discType);
-        row->setData(kTypeColumn, kStreamKindRole, static_cast<int>(kind));
-        row->setData(kTypeColumn, kIndexRole, i);
-        titleRow->addChild(row);
+    for (const Stream& stream : streams) {
+        titleRow->addChild(new StreamRow(type, stream, discType));
     }
 }
 
 template <typename Title>
 QTreeWidgetItem* titleRow(const Title& title, qsizetype index, DiscType discType)
 {
-    auto* row =
-        new TitleRow({TitlesPage::tr("Title"), titletext::titleSummary(title.chapterCount, title.durationMs)},
-                     title.durationMs);
-    row->setData(kTypeColumn, kIndexRole, index);
-    addStreamRows(row, TitlesPage::tr("Video"), StreamKind::Video, title.videoStreams, discType);
-    addStreamRows(row, TitlesPage::tr("Audio"), StreamKind::Audio, title.audioTracks, discType);
-    addStreamRows(row, TitlesPage::tr("Subtitle"), StreamKind::Subtitle, title.subtitleTracks, discType);
+    auto* row = new TitleRow(title, index);
+    addStreamRows(row, TitlesPage::tr("Video"), title.videoStreams, discType);
+    addStreamRows(row, TitlesPage::tr("Audio"), title.audioTracks, discType);
+    addStreamRows(row, TitlesPage::tr("Subtitle"), title.subtitleTracks, discType);
     return row;
 }
 
-// The place of the title that a user most likely wants: the one with the longest distinct play time, and of equally long
-// ones the first. -1 if there is none.
+// The index of the title that a user most likely wants: the first of those with the longest distinct play time. -1
+// without titles.
 template <typename Title>
 int mainTitle(const QList<Title>& titles)
 {
@@ -130,21 +130,6 @@ int mainTitle(const QList<Title>& titles)
         return a.distinctDurationMs < b.distinctDurationMs;
     });
     return longest == titles.end() ? -1 : static_cast<int>(longest - titles.begin());
-}
-
-template <typename Title>
-QString streamDetails(const Title& title, const QTreeWidgetItem& row)
-{
-    const auto index = row.data(kTypeColumn, kIndexRole).toLongLong();
-    switch (static_cast<StreamKind>(row.data(kTypeColumn, kStreamKindRole).toInt())) {
-    case StreamKind::Video:
-        return titletext::details(title.videoStreams.at(index));
-    case StreamKind::Audio:
-        return titletext::details(title.audioTracks.at(index));
-    case StreamKind::Subtitle:
-        return titletext::details(title.subtitleTracks.at(index));
-    }
-    return {};
 }
 
 }  // namespace
@@ -163,7 +148,7 @@ TitlesPage::TitlesPage(QWidget* parent)
     createTree();
     createDetails();
     connect(this, &QSplitter::splitterMoved, this, [this] { m_isDividedByUser = true; });
-    // Many titles may open at once; the rows are measured once for all of them.
+    // One measurement serves all titles that open at once.
     m_growTimer->setSingleShot(true);
     m_growTimer->setInterval(0);
     connect(m_tree, &QTreeWidget::itemExpanded, m_growTimer, qOverload<>(&QTimer::start));
@@ -185,7 +170,7 @@ void TitlesPage::createTree()
     m_tree->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     m_tree->header()->setSortIndicatorClearable(true);
     connect(m_tree->header(), &QHeaderView::sortIndicatorChanged, this, [this](int column) {
-        // A third click leaves no column to sort by. The tree would keep its order; the rows sort by their places.
+        // After a third click no column is the sort column. The tree would keep its order; sort() restores the disc's.
         if (column < 0) { m_tree->model()->sort(kTypeColumn); }
     });
     auto* copyDetails = new QAction(tr("Copy Details"), m_tree);
@@ -195,11 +180,8 @@ void TitlesPage::createTree()
     m_tree->addAction(copyDetails);
     auto* copySignature = new QAction(tr("Copy Signature"), m_tree);
     copySignature->setObjectName(QStringLiteral("copySignatureAction"));
-    connect(copySignature, &QAction::triggered, this, [this] {
-        const bool isBluray = m_result.discType == DiscType::Bluray;
-        const QByteArray& sha256 = isBluray ? m_result.blurayPackageSha256 : m_result.dvdPackageSha256;
-        QGuiApplication::clipboard()->setText(QString::fromLatin1(sha256.toHex()));
-    });
+    connect(copySignature, &QAction::triggered, this,
+            [this] { QGuiApplication::clipboard()->setText(m_signature); });
     m_tree->addAction(copySignature);
 }
 
@@ -209,15 +191,20 @@ void TitlesPage::createDetails()
     m_details->setAccessibleName(tr("Details of the selected title or stream"));
     m_details->setReadOnly(true);
     m_details->setTabChangesFocus(true);
-    connect(m_tree, &QTreeWidget::currentItemChanged, this,
-            [this](const QTreeWidgetItem* current) { showDetails(current); });
+    connect(m_tree, &QTreeWidget::currentItemChanged, this, [this](const QTreeWidgetItem* current) {
+        // Plain text always: names and codes come from the disc.
+        m_details->setPlainText(current == nullptr ? QString()
+                                                   : current->data(kTypeColumn, kDetailsRole).toString());
+    });
 }
 
 void TitlesPage::showTitles(const DiscScanResult& result)
 {
     m_tree->clear();
     m_details->clear();
-    m_result = result;
+    const bool isBluray = result.discType == DiscType::Bluray;
+    m_signature =
+        QString::fromLatin1((isBluray ? result.blurayPackageSha256 : result.dvdPackageSha256).toHex());
     QList<QTreeWidgetItem*> rows;
     for (const DvdTitleInfo& title : result.dvdTitles) {
         rows.append(titleRow(title, rows.size(), DiscType::Dvd));
@@ -233,8 +220,8 @@ void TitlesPage::showTitles(const DiscScanResult& result)
     m_tree->addTopLevelItems(rows);
     m_tree->header()->setSortIndicator(-1, Qt::AscendingOrder);
     m_tree->setSortingEnabled(true);
-    m_tree->setCurrentItem(m_tree->topLevelItem(
-        result.discType == DiscType::Bluray ? mainTitle(result.blurayTitles) : mainTitle(result.dvdTitles)));
+    m_tree->setCurrentItem(
+        m_tree->topLevelItem(isBluray ? mainTitle(result.blurayTitles) : mainTitle(result.dvdTitles)));
     m_tree->scrollToItem(m_tree->currentItem());
     m_isFitPending = !rows.isEmpty();
     if (isVisible()) { fitPendingTree(); }
@@ -255,7 +242,7 @@ void TitlesPage::fitPendingTree()
 void TitlesPage::fitTree(int least)
 {
     if (m_isDividedByUser) { return; }
-    // The scroll bar is included: it appears as soon as titles are opened.
+    // Includes the scroll bar, which appears as soon as titles are opened.
     int needed = 2 * m_tree->frameWidth() + m_tree->verticalScrollBar()->sizeHint().width();
     for (const int column : {kTypeColumn, kDescriptionColumn}) {
         m_tree->resizeColumnToContents(column);
@@ -263,22 +250,4 @@ void TitlesPage::fitTree(int least)
     }
     const int treeWidth = qMax(least, qMin(needed, window()->width() / 2));
     setSizes({treeWidth, width() - handleWidth() - treeWidth});
-}
-
-void TitlesPage::showDetails(const QTreeWidgetItem* item)
-{
-    // Plain text always: names and codes come from the disc.
-    m_details->setPlainText(item == nullptr ? QString() : detailsOf(*item));
-}
-
-QString TitlesPage::detailsOf(const QTreeWidgetItem& item) const
-{
-    const bool isTitle = item.parent() == nullptr;
-    const QTreeWidgetItem& titleItem = isTitle ? item : *item.parent();
-    const auto detailsIn = [&](const auto& titles) {
-        const auto& title = titles.at(titleItem.data(kTypeColumn, kIndexRole).toLongLong());
-        return isTitle ? titletext::details(title) : streamDetails(title, item);
-    };
-    return m_result.discType == DiscType::Bluray ? detailsIn(m_result.blurayTitles)
-                                                 : detailsIn(m_result.dvdTitles);
 }

@@ -1,5 +1,5 @@
-// The titles of the open disc: a tree of titles with their streams, and the details of the row selected. The tree takes
-// the width that its widest visible row needs, at most half of the window, until the user moves the division.
+// The titles of the open disc: a tree of titles with their streams, and the details of the selected row. The tree has
+// the width of its widest visible row, at most half of the window, until the user moves the splitter.
 #pragma once
 
 #include "scan/disc_scan_result.h"
@@ -9,7 +9,6 @@
 class QTextEdit;
 class QTimer;
 class QTreeWidget;
-class QTreeWidgetItem;
 
 class TitlesPage : public QSplitter {
     Q_OBJECT
@@ -17,8 +16,8 @@ class TitlesPage : public QSplitter {
 public:
     explicit TitlesPage(QWidget* parent = nullptr);
 
-    // Rebuilds the tree from the titles of the result's disc kind, in their order. The title with the longest distinct
-    // play time is selected.
+    // Rebuilds the tree from the titles of the result, in their order, and selects the title with the longest distinct
+    // play time.
     void showTitles(const DiscScanResult& result);
 
 protected:
@@ -28,15 +27,13 @@ private:
     void createTree();
     void createDetails();
     void fitPendingTree();
-    // Gives the tree the width of its rows, and not less than `least` pixels.
+    // Gives the tree the width of its rows, but at least `least` pixels.
     void fitTree(int least);
-    void showDetails(const QTreeWidgetItem* item);
-    [[nodiscard]] QString detailsOf(const QTreeWidgetItem& item) const;
 
-    DiscScanResult m_result;
+    QString m_signature;  // SHA-256 of the disc's package, in hexadecimal digits
     QTreeWidget* m_tree;
     QTextEdit* m_details;
-    QTimer* m_growTimer;          // runs after titles were opened in the tree
-    bool m_isFitPending = false;  // titles were set while the page, which has no size yet, was hidden
+    QTimer* m_growTimer;          // single shot; started when a title is opened in the tree
+    bool m_isFitPending = false;  // the tree was rebuilt while the page was hidden and had no size
     bool m_isDividedByUser = false;
 };

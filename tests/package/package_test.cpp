@@ -92,7 +92,7 @@ Discs sampleDiscs()
 struct Built {
     QByteArray bytes;
     QByteArray sha256 = "untouched";
-    QString error = QStringLiteral("of before");
+    Message error = "of before";
 };
 
 Built buildDvd(const Discs& discs)
@@ -108,7 +108,7 @@ Built buildDvd(const Discs& discs)
 Built buildBluray(const Discs& discs)
 {
     Built built;
-    const auto build = [&discs](QByteArray* sha256, QString* error) {
+    const auto build = [&discs](QByteArray* sha256, Message* error) {
         return package::buildBlurayPackage(&discs.bluray, discs.blurayTitles, &discs.blurayTotals, sha256,
                                            error);
     };
@@ -141,7 +141,7 @@ TEST(Packages, DvdIsByteForByteTheFormat)
     const Built built = buildDvd(sampleDiscs());
     EXPECT_EQ(built.bytes.toHex(' '), package.toHex(' '));
     EXPECT_EQ(built.sha256, sha256(package));
-    EXPECT_EQ(built.error, QString());
+    EXPECT_TRUE(built.error.isEmpty());
 }
 
 TEST(Packages, BlurayIsByteForByteTheFormat)
@@ -163,7 +163,7 @@ TEST(Packages, BlurayIsByteForByteTheFormat)
     const Built built = buildBluray(sampleDiscs());
     EXPECT_EQ(built.bytes.toHex(' '), package.toHex(' '));
     EXPECT_EQ(built.sha256, sha256(package));
-    EXPECT_EQ(built.error, QString());
+    EXPECT_TRUE(built.error.isEmpty());
 }
 
 TEST(Packages, DiscsThatBreakARuleHaveNone)
@@ -216,7 +216,7 @@ TEST(Packages, DiscsThatBreakARuleHaveNone)
             change(discs);
             const Built dvd = buildDvd(discs);
             const Built bluray = buildBluray(discs);
-            EXPECT_EQ((dvd.error + bluray.error).toStdString(), error);
+            EXPECT_EQ((dvd.error.english() + bluray.error.english()).toStdString(), error);
             for (const Built& built : {dvd, bluray}) {
                 EXPECT_EQ(built.bytes.isEmpty(), !built.error.isEmpty()) << error;
                 EXPECT_EQ(built.sha256 == "untouched", !built.error.isEmpty()) << error;
@@ -231,11 +231,11 @@ TEST(Packages, TitleChunksCheckTheirDiscThemselves)
     Discs discs = sampleDiscs();
     discs.blurayTitles.resize(3);
     QByteArray body;
-    QString error;
+    Message error;
     EXPECT_FALSE(package::writeTitleChunk(DvdDisc(), body, &error));
-    EXPECT_EQ(error, QStringLiteral("DVD package contains no title metadata."));
+    EXPECT_EQ(error.english(), QStringLiteral("DVD package contains no title metadata."));
     EXPECT_FALSE(package::writeTitleChunk(discs.bluray, discs.blurayTitles, body, &error));
-    EXPECT_EQ(error, QStringLiteral("Blu-ray title data does not match its playlist manifest."));
+    EXPECT_EQ(error.english(), QStringLiteral("Blu-ray title data does not match its playlist manifest."));
 }
 
 TEST(Packages, EachIdentifierOfABlurayDiscIsPresentOnItsOwn)

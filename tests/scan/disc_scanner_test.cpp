@@ -2,6 +2,7 @@
 #include "base/log.h"
 #include "scan/disc_path.h"
 #include "scan/disc_scanner.h"
+#include "scan/error_result.h"
 #include "tests/support/captured_log.h"
 #include "tests/support/golden.h"
 #include "tests/support/local_service.h"
@@ -243,7 +244,7 @@ TEST_F(DiscScans, AreRefreshedInTheirConfigurationsAlone)
         known.discId = row.discId;
         known.inDatabase = row.isKnown;
         known.configurations.resize(1);
-        known.errorMessage = QString::fromUtf8(row.message);
+        scan::setError(known, Message::verbatim(QString::fromUtf8(row.message)));
         known.newDiscUrl = u"https://example.org/new"_s;
         known.dvdPackage = "package";
         known.dvdTitles.resize(2);

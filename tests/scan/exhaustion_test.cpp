@@ -148,7 +148,7 @@ TEST(Exhaustion, OfAnyOperationIsAnErrorOrAWholeResult)
     });
     exhaust("an authentication", [&] {
         const service::AuthenticationOutcome user = scanner.authenticate();
-        EXPECT_EQ(user.errorText.isEmpty(), user.ok);
+        EXPECT_EQ(user.error.isEmpty(), user.ok);
         return Outcome{static_cast<std::size_t>(user.user.uid), !user.ok};
     });
     EXPECT_GT(failures, 1000);

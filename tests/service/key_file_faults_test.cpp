@@ -99,25 +99,25 @@ unsigned rightsOf(const fs::path& path)
 std::string loaded()
 {
     QString key = u"old content"_s;
-    QString errorText = u"old text"_s;
-    const bool isLoaded = service::loadApiKey(&key, &errorText);
-    EXPECT_TRUE(isLoaded ? errorText.isEmpty() : key.isEmpty());
-    return isLoaded ? key.toStdString() : "<" + errorText.toStdString() + ">";
+    Message error = "old text";
+    const bool isLoaded = service::loadApiKey(&key, &error);
+    EXPECT_TRUE(isLoaded ? error.isEmpty() : key.isEmpty());
+    return isLoaded ? key.toStdString() : "<" + error.english().toStdString() + ">";
 }
 
 // The failure's text; empty on success.
 std::string saved(const std::string& key)
 {
-    QString errorText = u"old text"_s;
-    const bool isSaved = service::saveApiKey(QString::fromStdString(key), &errorText);
-    EXPECT_EQ(isSaved, errorText.isEmpty());
-    EXPECT_FALSE(errorText.contains(QString::fromStdString(key)));
-    return errorText.toStdString();
+    Message error = "old text";
+    const bool isSaved = service::saveApiKey(QString::fromStdString(key), &error);
+    EXPECT_EQ(isSaved, error.isEmpty());
+    EXPECT_FALSE(error.english().contains(QString::fromStdString(key)));
+    return error.english().toStdString();
 }
 
 std::string problem()
 {
-    return service::apiKeyFileProblem().toStdString();
+    return service::apiKeyFileProblem().english().toStdString();
 }
 
 // A home directory of its own. Rights mean nothing to root, who therefore becomes another user meanwhile.
@@ -206,9 +206,9 @@ TEST_F(KeyFile, IsSavedAndLoadedTrimmed)
     EXPECT_EQ(loaded(), "another");
     expectPrivate();
 
-    QString errorText;
-    EXPECT_FALSE(service::loadApiKey(nullptr, &errorText));
-    EXPECT_EQ(errorText.toStdString(), "No API key output was provided.");
+    Message error;
+    EXPECT_FALSE(service::loadApiKey(nullptr, &error));
+    EXPECT_EQ(error.english().toStdString(), "No API key output was provided.");
 }
 
 TEST_F(KeyFile, MayHoldAnything)

@@ -45,7 +45,7 @@ TitlePackage packageOf(const QByteArray& bytes = "package bytes", DiscKind kind 
 std::string carryOut(Operation operation, const QString& key, const TitlePackage& package)
 {
     const auto ended = [](const auto& outcome, const QString& read) {
-        return (outcome.ok ? read : u"error: "_s + outcome.errorText).toStdString();
+        return (outcome.ok ? read : u"error: "_s + outcome.error.english()).toStdString();
     };
     if (operation == kAuthenticate) {
         const auto outcome = service::authenticate(key);
@@ -87,7 +87,7 @@ protected:
     {
         const service::HttpOutcome outcome = service::perform(request, limits);
         EXPECT_NE(outcome.ok, outcome.body.isEmpty());
-        return outcome.errorText.toStdString();
+        return outcome.error.english().toStdString();
     }
 
     ScriptedServer m_server;

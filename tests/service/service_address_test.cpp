@@ -13,7 +13,7 @@ TEST(ServiceAddress, IsAnOriginThatIsSecureOrThisComputers)
         const ServiceAddress address = service::parseServiceAddress(QString::fromUtf8(row.value(0)));
         const std::string origin = (address.origin + u' ' + address.host).toStdString();
         const std::string judgement = address.isUsable() ? origin + (address.isLoopback ? " loopback" : "")
-                                                         : address.problem.toStdString();
+                                                         : address.problem.english().toStdString();
         EXPECT_EQ(judgement, row.value(1).toStdString());
         EXPECT_EQ(address.isUsable(), !address.origin.isEmpty() && !address.host.isEmpty())
             << row.value(0).data();

@@ -26,6 +26,6 @@ TEST(SlowNames, DoNotOutlastTheTransferLimit)
     const auto start = std::chrono::steady_clock::now();
     const service::HttpOutcome outcome = service::perform(request, {.transferSeconds = 1});
     EXPECT_FALSE(outcome.ok);
-    EXPECT_EQ(outcome.errorText.toStdString(), "Network error: Timeout was reached");
+    EXPECT_EQ(outcome.error.english().toStdString(), "Network error: Timeout was reached");
     EXPECT_LT(std::chrono::steady_clock::now() - start, kNoAnswer / 4);
 }

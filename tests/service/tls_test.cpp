@@ -6,5 +6,5 @@
 int main()
 {
     const service::AuthenticationOutcome outcome = service::authenticate(QStringLiteral("some key"));
-    std::puts(outcome.ok ? "accepted" : outcome.errorText.toUtf8().constData());
+    std::puts(outcome.ok ? "accepted" : outcome.error.english().toUtf8().constData());
 }

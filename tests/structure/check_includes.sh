@@ -12,7 +12,7 @@ cd "${1:-$(dirname "$0")/../..}"
 # which holds base/native.
 declare -A allowed=(
     [app/main]="ui report app/command_line app/translation base"
-    [app/command_line]="base"
+    [app/command_line]=""
     [app/translation]=""
     [ui]="text scan monitor service base"
     [report]="text scan base"
@@ -23,7 +23,7 @@ declare -A allowed=(
     [service]="base base/native"
     [base]=""
     [base/native]=""
-    [package]="bdmeta dvdmeta discio"
+    [package]="base bdmeta dvdmeta discio"
     [bdmeta]="discio"
     [dvdmeta]="discio"
     [discio]="base/native"

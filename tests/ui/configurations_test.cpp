@@ -126,13 +126,13 @@ void ConfigurationsTest::theHeaderSaysWhatTheServiceKnows()
     QCOMPARE(configurationtext::header(result), QStringLiteral("Type: Unknown\nDisc ID: (none)"));
     result.discType = DiscType::Bluray;
     result.discId = -9223372036854775807 - 1;
-    result.errorMessage = QStringLiteral("<i>No</i>");
+    result.error = Message::verbatim(QStringLiteral("<i>No</i>"));
     QCOMPARE(configurationtext::header(result),
              QStringLiteral("Type: Blu-ray\nDisc ID: -9223372036854775808\nError: <i>No</i>"));
     result.ok = 1;
-    result.errorMessage = QString(60, QLatin1Char('x')) + QStringLiteral(" and more");
+    result.error = Message::verbatim(QString(60, QLatin1Char('x')) + QStringLiteral(" and more"));
     QCOMPARE(configurationtext::header(result),
-             QStringLiteral("Type: Blu-ray\nDisc ID: -9223372036854775808\nNote: ") + result.errorMessage);
+             QStringLiteral("Type: Blu-ray\nDisc ID: -9223372036854775808\nNote: ") + result.error.english());
 }
 
 void ConfigurationsTest::theListOpensConfigurations()
@@ -347,8 +347,8 @@ void ConfigurationsTest::aMessageOfTheServiceIsShown()
     DiscScanResult result;
     result.ok = 1;
     result.discType = DiscType::Dvd;
-    result.errorMessage = QStringLiteral("Two lines\nof news.");
-    fixture.driver.expectBox(QStringLiteral("Tessera Message"), result.errorMessage);
+    result.error = Message::verbatim(QStringLiteral("Two lines\nof news."));
+    fixture.driver.expectBox(QStringLiteral("Tessera Message"), result.error.english());
     fixture.window->populate(QStringLiteral("/disc"), result);
     QCOMPARE(fixture.part<QLabel>("configurationDiscLabel")->text(),
              QStringLiteral("Type: DVD\nDisc ID: (none)\nNote: Two lines\nof news."));
@@ -356,7 +356,7 @@ void ConfigurationsTest::aMessageOfTheServiceIsShown()
     // It stays in the header after a refresh, and is not said again.
     result.inDatabase = true;
     result.discId = 17;
-    fixture.driver.expectBox(QStringLiteral("Tessera Message"), result.errorMessage);
+    fixture.driver.expectBox(QStringLiteral("Tessera Message"), result.error.english());
     fixture.window->populate(QStringLiteral("/disc"), result);
     fixture.trigger("configurationsAction");
     fixture.server.play({.body = "[]"});
@@ -373,7 +373,7 @@ void ConfigurationsTest::aLongErrorMakesNoWindowWider()
     QVERIFY(fixture.startWithKey());
     DiscScanResult result;
     result.discType = DiscType::Dvd;
-    result.errorMessage = QString(300, QLatin1Char('x')) + QString(1000, QChar::LineSeparator);
+    result.error = Message::verbatim(QString(300, QLatin1Char('x')) + QString(1000, QChar::LineSeparator));
     fixture.driver.expectBox(QStringLiteral("Tessera Error"), QString());
     fixture.window->populate(QStringLiteral("/disc"), result);
     QVERIFY(fixture.window->minimumSizeHint().width() < 600);

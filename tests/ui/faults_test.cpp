@@ -267,9 +267,9 @@ void FaultsTest::hugeAndEmptyResultsDoNotHoldTheWindowUp_data()
     QTest::newRow("a name of line breaks") << result;
     result.blurayDiscName.clear();
     result.ok = 0;
-    result.errorMessage = QStringLiteral("<b>\u05D0\n").repeated(20'000'000);
+    result.error = Message::verbatim(QStringLiteral("<b>\u05D0\n").repeated(20'000'000));
     QTest::newRow("an error of 100 MB") << result;
-    result.errorMessage = QString(100'000'000, QChar(u'\0'));
+    result.error = Message::verbatim(QString(100'000'000, QChar(u'\0')));
     QTest::newRow("an error of 100 MB of NUL") << result;
 }
 
@@ -278,7 +278,7 @@ void FaultsTest::hugeAndEmptyResultsDoNotHoldTheWindowUp()
     QFETCH(DiscScanResult, result);
     WindowFixture fixture(QStringLiteral("key"));
     QVERIFY(fixture.startWithKey());
-    if (!result.errorMessage.isEmpty()) { fixture.driver.expectBox(kError, {}); }
+    if (!result.error.isEmpty()) { fixture.driver.expectBox(kError, {}); }
     const LagMeter lag;
     fixture.window->populate(QString(), result);
     QCoreApplication::processEvents();

@@ -1,7 +1,7 @@
 // Texts of others, made fit to be shown, and messages in the user's language; needs no window.
 #include "app/translation.h"
+#include "base/message.h"
 #include "text/title_text.h"
-#include "ui/message_box.h"
 #include "ui/plain_text.h"
 
 #include <QTest>
@@ -38,24 +38,21 @@ void TextTest::textsOfOthersAreCutToTheirPlace()
 
 void TextTest::messagesAndDiscsAreInTheUsersLanguage()
 {
-    const auto shown = [](const char* message) { return messagebox::translated(QString::fromUtf8(message)); };
     const AudioTrackInfo track{.language = QStringLiteral("ji"),
                                .codecName = QStringLiteral("AC-3"),
                                .channelLayout = QStringLiteral("6 channels"),
                                .sampleRate = QStringLiteral("48 kHz")};
     BlurayTitleInfo title;
-    title.label = QStringLiteral("#1 00800 (2 angles)");
+    title.name = QStringLiteral("#1 00800");
     title.angleCount = 2;
-    QCOMPARE(shown("Network error: Timeout was reached"),
-             QStringLiteral("Network error: Timeout was reached"));
-    QCOMPARE(titletext::label(title), title.label);
+    const Message failed("Network error: %1", {QStringLiteral("Timeout was reached")});
+    QCOMPARE(titletext::label(title), QStringLiteral("#1 00800 (2 angles)"));
 
     installTranslations(*qApp, {QStringLiteral("de")}, QStringLiteral(PLATTERSCOPE_COMPILED_TRANSLATIONS));
-    QCOMPARE(shown("Network error: Timeout was reached"),
-             QStringLiteral("Netzwerkfehler: Timeout was reached"));
-    QCOMPARE(shown("Tessera returned HTTP 503."), QStringLiteral("Tessera antwortete mit HTTP 503."));
-    QCOMPARE(shown("The monitored disc was removed."), QStringLiteral("Die überwachte Disc wurde entfernt."));
-    QCOMPARE(shown("What the service says."), QStringLiteral("What the service says."));
+    QCOMPARE(failed.english(), QStringLiteral("Network error: Timeout was reached"));
+    QCOMPARE(failed.translated(), QStringLiteral("Netzwerkfehler: Timeout was reached"));
+    QCOMPARE(Message::verbatim(QStringLiteral("%1 %2")).translated(), QStringLiteral("%1 %2"));
+    QVERIFY(Message().translated().isEmpty() && Message::verbatim({}).isEmpty());
     QCOMPARE(titletext::summary(track), QStringLiteral("Jiddisch, AC-3, 6 Kanäle, 48 kHz"));
     QCOMPARE(titletext::label(title), QStringLiteral("#1 00800 (2 Blickwinkel)"));
 }

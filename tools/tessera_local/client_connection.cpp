@@ -78,7 +78,7 @@ ssize_t ClientConnection::receive()
 
 ssize_t ClientConnection::write(const char* from, std::size_t size)
 {
-    // Sent before waited for: a reply that fits the socket's buffer goes out even while the service stops.
+    // Sends before it waits, so that a reply that fits the socket's buffer is sent even while the service stops.
     for (;;) {
         const ssize_t sent = ::send(m_socket, from, size, MSG_NOSIGNAL);
         if (sent >= 0) { return sent; }
@@ -86,7 +86,7 @@ ssize_t ClientConnection::write(const char* from, std::size_t size)
     }
 }
 
-// Nothing asks who is at the other end.
+// The service does not use the addresses.
 void ClientConnection::get_remote_ip_and_port(std::string& /*ip*/, int& /*port*/) const {}
 
 void ClientConnection::get_local_ip_and_port(std::string& /*ip*/, int& /*port*/) const {}
@@ -96,7 +96,7 @@ socket_t ClientConnection::socket() const
     return m_socket;
 }
 
-// False when the time is over, the service stops or the wait fails.
+// Waits for the events of poll(). Returns false if the time is over, the service stops or the wait fails.
 bool ClientConnection::waitFor(short events) const
 {
     for (;;) {

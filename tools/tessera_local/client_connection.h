@@ -1,7 +1,6 @@
-// An accepted connection as the byte stream that the HTTP library reads a request from and writes the reply
-// to. The library's own stream bounds neither the time of a whole request nor the size of its headers, and
-// ends a connection so abruptly that a client which is still sending loses the reply; this one does all
-// three.
+// An accepted connection as the byte stream that the HTTP library reads a request from and writes the reply to. In
+// contrast to the library's own stream it limits the time of the whole request and the size of the headers, and it
+// closes the connection so that a client that is still sending receives the reply.
 #pragma once
 
 #include <httplib.h>
@@ -16,23 +15,25 @@ class ClientConnection final : public httplib::Stream {
 public:
     using Duration = std::chrono::milliseconds;
 
-    // Takes over `socket`. At first `bytes` may be read, all within `time`; see allow(). As soon as
-    // `stopDescriptor` becomes readable, whatever would have to wait for the client fails instead.
+    // Owns `socket` from now on. The first limits are `bytes` and `time`; see allow(). While `stopDescriptor` is
+    // readable, a function that would have to wait for the client fails instead.
     ClientConnection(int socket, int stopDescriptor, std::uint64_t bytes, Duration time);
 
-    // Ends the connection politely: no more is sent, and what the client still sends is thrown away for a
-    // short time, since closing on unread bytes would reset the connection and could destroy the reply.
+    // Ends the sending, then discards what the client still sends for a short time: to close a socket with unread bytes
+    // would reset the connection and could destroy the reply.
     ~ClientConnection() override;
 
     ClientConnection(const ClientConnection&) = delete;
     ClientConnection& operator=(const ClientConnection&) = delete;
 
-    // From now on `bytes` more may be received, and all reading and writing must end within `time`.
+    // Allows `bytes` more to be received; all reading and writing must end within `time` from now.
     void allow(std::uint64_t bytes, Duration time);
 
     bool is_readable() const override;
     bool is_writable() const override;
-    ssize_t read(char* to, std::size_t size) override;  // 0 at the client's end; -1: limit, time or failure
+    ssize_t
+    read(char* to,
+         std::size_t size) override;  // 0 if the client has ended its sending; -1 at a limit or on failure
     ssize_t write(const char* from, std::size_t size) override;
     void get_remote_ip_and_port(std::string& ip, int& port) const override;
     void get_local_ip_and_port(std::string& ip, int& port) const override;

@@ -15,7 +15,7 @@ namespace tessera_local {
 
 namespace {
 
-constexpr auto kFields = titleFields(DiscKind::Dvd);  // for what both kinds of disc have in common
+constexpr auto kFields = titleFields(DiscKind::Dvd);  // for what is the same for both kinds of disc
 
 // A name or value. Trims it and turns its line breaks into "\n".
 QString decoded(QStringView encoded)
@@ -44,7 +44,7 @@ bool isEmptyRow(TitleRow row)
     return row == TitleRow();
 }
 
-// What to do about a value; empty if it can be stored.
+// The sentence about an invalid value; empty if the value can be stored.
 QString problemOf(const QString& value, const Field& field)
 {
     static const QRegularExpression language(u"\\A[A-Za-z]{2,3}(-[A-Za-z0-9]{2,8})*\\z"_s);

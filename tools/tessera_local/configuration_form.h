@@ -1,4 +1,4 @@
-// The form of a new configuration: its fields, their values, and what is wrong with these.
+// The form of a new configuration: its fields, their values, and the check of these.
 //
 //   disc_name, language_code       both are required
 //   title_N_id, _type, _name, _file, _note, _first_chapter, _last_chapter
@@ -92,7 +92,8 @@ struct FormProblem {
 // Whether `c` is a control character other than a line break.
 bool isControl(QChar c);
 
-// Why the form of a disc of `kind` cannot be saved: at most one problem for each field, in the order of the fields.
+// Returns why the form of a disc of `kind` cannot be saved: at most one problem for each field, in the order of the
+// fields.
 std::vector<FormProblem> problemsOf(const ConfigurationForm& form, DiscKind kind);
 
 // A form without problems as the JSON document that is stored:

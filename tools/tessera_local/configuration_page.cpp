@@ -72,7 +72,7 @@ QString typesHtml(const QString& value)
     return types;
 }
 
-// A field with its label, hint and problem, which stand before the control.
+// A control, preceded by its label, hint and problem.
 QString fieldHtml(const FormPage& page, const Field& field, const QString& name, const QString& value,
                   bool isFocused = false)
 {

@@ -8,8 +8,10 @@
 
 namespace tessera_local {
 
-// The path of the forms of `kind`, "/tessera/KIND/new/", and the address of one disc's form, the same with "?uid=NUMBER".
+// The path of the forms of `kind`, "/tessera/KIND/new/".
 std::string formPath(DiscKind kind);
+
+// The address of one disc's form: the path with "?uid=NUMBER".
 std::string formAddress(DiscKind kind, std::int64_t discId);
 
 struct FormPage {

@@ -26,7 +26,7 @@ struct InflateEnd {
 
 enum class StreamState { Whole, Broken, TooLong };
 
-// Takes the inflated bytes window by window: their number, the header and the hash.
+// Takes the inflated bytes window by window; collects their number, the header and the hash.
 class PackageInspection {
 public:
     PackageInspection(DiscKind kind, std::uint64_t maximumBytes)
@@ -34,7 +34,7 @@ public:
         , m_maximumBytes(maximumBytes)
     {}
 
-    // False once the package is longer than allowed.
+    // Returns false if the package is longer than allowed.
     bool take(std::span<const std::uint8_t> window)
     {
         const bool isFirst = m_sizeBytes == 0;

@@ -32,11 +32,11 @@ inline constexpr std::uint64_t kMaximumPackageBytes = std::uint64_t{1} << 30;
 // Whether `text` is a SHA-256 digest as it is sent: 64 lower-case hexadecimal digits.
 bool isSha256Text(std::string_view text);
 
-// Checks an upload: `body` must be exactly one zlib stream, of a package of `kind` that has the length in its header and
-// the digest `statedSha256`. Returns nothing if it is, otherwise what to answer:
+// Checks an upload: `body` must be exactly one zlib stream of a package of `kind` with the length in its header and
+// the digest `statedSha256`. Returns nullopt if it is, otherwise the refusal:
 //   400  not a zlib stream, damaged, cut short, or followed by more bytes; `statedSha256` is no digest
 //   413  it inflates to more than `maximumPackageBytes`
-//   422  the inflated bytes are no such package, have another length or another digest
+//   422  the inflated bytes are not such a package, or have another length or digest
 // Inflates the package through a small window, so memory does not depend on its size.
 std::optional<Refusal> checkPackageUpload(std::span<const std::uint8_t> body, DiscKind kind,
                                           std::string_view statedSha256,

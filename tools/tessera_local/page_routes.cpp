@@ -1,5 +1,5 @@
-// The web pages among the server's addresses. A browser sends no API key. Instead, the host name of a request must be
-// one that no foreign name server can give to this address, and a form must come from a page of this service.
+// The addresses of the web pages. A browser sends no API key. Instead, the host name of a request must be one that no
+// foreign name server can map to this address, and a form must come from a page of this service.
 #include "tools/tessera_local/configuration_page.h"
 #include "tools/tessera_local/server.h"
 #include "tools/tessera_local/whole_number.h"
@@ -74,7 +74,7 @@ bool isOwnAuthority(const std::string& authority, const std::string& ownName)
     return isIpLiteral(AF_INET, host) || host == "localhost" || host == lowerCase(ownName);
 }
 
-// What the headers of a request for a page give reason to refuse.
+// The reason to refuse a request for a page by its headers, if there is one.
 std::optional<Refusal> checkPageHeaders(const httplib::Request& request, const std::string& ownName)
 {
     const std::string host = singleHeader(request, "Host");
@@ -100,7 +100,7 @@ std::optional<Refusal> checkPageHeaders(const httplib::Request& request, const s
     return std::nullopt;
 }
 
-// Receives the body of a form; returns what to answer instead if it has more than `maximumBytes` or does not arrive.
+// Receives the body of a form. Returns the refusal if it has more than `maximumBytes` or does not arrive.
 std::optional<Refusal> receiveForm(const httplib::ContentReader& reader, std::uint64_t maximumBytes,
                                    std::string& body)
 {
@@ -117,7 +117,7 @@ std::optional<Refusal> receiveForm(const httplib::ContentReader& reader, std::ui
 
 }  // namespace
 
-// The disc of a page that may be shown; otherwise nothing, and `response` has the reason.
+// The disc of a page. Returns nullopt if the page must not be shown; then `response` has the refusal.
 std::optional<std::int64_t> Server::discOfPage(DiscKind kind, const httplib::Request& request,
                                                httplib::Response& response)
 {
@@ -172,7 +172,7 @@ void Server::takeForm(DiscKind kind, const httplib::Request& request, httplib::R
     saveForm(std::move(page), response);
 }
 
-// Answers with the filled-in form if it cannot be saved, so that nothing typed is lost.
+// Saves the form. If that fails, the reply is the page with the values that the user typed.
 void Server::saveForm(FormPage page, httplib::Response& response)
 {
     std::optional<std::int64_t> uid;

@@ -24,7 +24,7 @@ constexpr char kJson[] = "application/json";
 constexpr char kUserPath[] = "/api/tessera/user/";
 constexpr char kSha256Header[] = "X-Platterscope-Package-SHA256";
 constexpr char kContentEncoding[] = "Content-Encoding";
-// Content-Encoding where the HTTP library does not see it; a client cannot send a name with a ':' in it.
+// The name that hides Content-Encoding from the HTTP library. A client cannot send a name with a ':'.
 constexpr char kSetAsideEncoding[] = "Encoding:as-sent";
 constexpr std::size_t kWorkers = 16;
 constexpr int kBacklog = 128;
@@ -52,7 +52,7 @@ bool isPage(const std::string& path)
     return path == formPath(DiscKind::Dvd) || path == formPath(DiscKind::Bluray);
 }
 
-// The methods of a path, as the header Allow lists them; nothing for a path where nothing is.
+// The methods of a path, as the header Allow lists them; nullopt for an unknown path.
 std::optional<std::string> methodsOf(const std::string& path)
 {
     if (path == kUserPath) { return "POST"; }
@@ -69,7 +69,7 @@ std::span<const std::uint8_t> bytesOf(const std::string& text)
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
-// Equal in a time that does not tell how much of the key was right.
+// Compares in a time that does not depend on how much of the key is right.
 bool isSameKey(const std::string& sent, const std::string& key)
 {
     if (sent.size() != key.size()) { return false; }
@@ -80,7 +80,7 @@ bool isSameKey(const std::string& sent, const std::string& key)
     return difference == 0;
 }
 
-// What the headers of an upload alone give reason to refuse.
+// The reason to refuse an upload by its headers, if there is one.
 std::optional<Refusal> checkUploadHeaders(DiscKind kind, const httplib::Request& request,
                                           std::uint64_t maximumBytes)
 {
@@ -99,7 +99,7 @@ std::optional<Refusal> checkUploadHeaders(DiscKind kind, const httplib::Request&
     return std::nullopt;
 }
 
-// A path as it may stand in a line of a log: short, and without anything a terminal would act on.
+// A path for a line of the log: short, without characters that a terminal would act on.
 std::string loggable(const std::string& path)
 {
     std::string text = path.substr(0, kLoggedPathBytes);
@@ -137,7 +137,7 @@ int Server::bind(const std::string& host, int port)
 {
     m_host = host;
     const int bound = port == 0 ? bind_to_any_port(host) : bind_to_port(host, port) ? port : -1;
-    // The library lets five clients queue; a sixth would be kept waiting for a whole second.
+    // The library's backlog is 5 connections; the next client would wait for a whole second.
     if (bound > 0) { ::listen(svr_sock_, kBacklog); }
     return bound;
 }
@@ -153,10 +153,10 @@ void Server::stop()
     httplib::Server::stop();
 }
 
-// The library would inflate a body with a Content-Encoding by itself, before any handler sees it. Tried with
-// 0.11.4: it takes a stream that is cut short for a whole one (with the last bytes or only the checksum
-// missing), takes gzip for deflate, and leaves how much comes out to the handler. So the header is set aside
-// before the library looks at it: the body arrives as it was sent, and checkPackageUpload() inflates it.
+// The library would inflate a body with a Content-Encoding before a handler sees it. Version 0.11.4 accepts a stream
+// that is cut short (without its last bytes or its checksum), accepts gzip as deflate, and does not limit the result.
+// So this function renames the header before the library reads it: the handler gets the body as it was sent, and
+// checkPackageUpload() inflates it.
 bool Server::process_and_close_socket(socket_t socket)
 {
     ClientConnection connection(socket, m_stopDescriptor, m_limits.headerBytes, m_limits.headerTime);
@@ -171,7 +171,7 @@ bool Server::process_and_close_socket(socket_t socket)
         request.headers.emplace(kSetAsideEncoding, encoding);
         request.ranges.clear();  // replies are short and always whole
     };
-    // One request per connection: what a refused upload leaves unread is never taken for the next request.
+    // One request per connection, so that the unread rest of a refused upload is not parsed as the next request.
     const bool closeAfterwards = true;
     bool isClosed = false;
     return process_request(connection, closeAfterwards, isClosed, afterHeaders);
@@ -187,17 +187,17 @@ const User* Server::userOf(const httplib::Request& request) const
     return found;
 }
 
-// Judges path, method and key, before anything of a body is read.
+// Checks path, method and key before the body is read. If it returns true, `response` has the refusal.
 bool Server::isRefused(const httplib::Request& request, httplib::Response& response) const
 {
     const std::optional<std::string> methods = methodsOf(request.path);
     if (!methods) {
         refuse(response, 404, "There is nothing at this address.");
-    } else if (methods->find(request.method) == std::string::npos) {  // the library knows all methods by name
+    } else if (methods->find(request.method) == std::string::npos) {  // always a whole method's name
         response.set_header("Allow", *methods);
         refuse(response, 405, "This address takes " + *methods + " requests only.");
     } else if (isPage(request.path) || userOf(request) != nullptr) {
-        return false;  // a page is judged by rules of its own: a browser has no key
+        return false;  // page_routes.cpp checks the pages: a browser has no key
     } else if (request.get_header_value("apiKey").empty()) {
         refuse(response, 401, "An API key is needed.");
     } else {
@@ -224,7 +224,7 @@ void Server::answerFind(DiscKind kind, const std::string& sha256, httplib::Respo
     answerJson(response, findReply(discId, m_store.configurations(discId.value_or(0))));  // ids start at 1
 }
 
-// Receives and checks an upload. False: it is refused, and `response` says why.
+// Receives and checks an upload. If it returns false, `response` has the refusal.
 bool Server::takePackage(DiscKind kind, const httplib::Request& request, httplib::Response& response,
                          const httplib::ContentReader& reader, std::string& deflated) const
 {
@@ -260,7 +260,7 @@ void Server::addPackageRoutes(DiscKind kind, const std::string& base)
         if (!takePackage(kind, request, response, reader, deflated)) { return; }
         const auto id = m_store.addDisc(kind, request.get_header_value(kSha256Header), bytesOf(deflated));
         response.status = 200;
-        response.set_content(std::to_string(id), kPlainText);  // nothing may follow the digits
+        response.set_content(std::to_string(id), kPlainText);  // digits only, without a line break
     });
 }
 
@@ -287,7 +287,7 @@ void Server::addHandlers()
     set_pre_routing_handler([this](const Request& request, Response& response) {
         return isRefused(request, response) ? HandlerResponse::Handled : HandlerResponse::Unhandled;
     });
-    // A client that asks first is told at once, and keeps its body.
+    // If the client waits for 100-continue, refuses it before it sends the body.
     set_expect_100_continue_handler([this](const Request& request, Response& response) {
         return isRefused(request, response) ? response.status : 100;
     });
@@ -299,7 +299,7 @@ void Server::addHandlers()
             std::fprintf(stderr, "tessera_local: error: %s\n", exception.what());
         }
     });
-    // Requests the library itself refuses get a text too.
+    // Adds a text to the refusals of the library.
     set_error_handler([](const Request& /*request*/, Response& response) {
         if (response.body.empty()) { response.set_content("The request cannot be understood.", kPlainText); }
     });

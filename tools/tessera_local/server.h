@@ -1,5 +1,5 @@
-// The service's HTTP side: the addresses of the wire, who may use them, and what they answer.
-// The manual page packaging/tessera_local.1 describes the requests.
+// The service's HTTP server: its addresses, the check of the key, and the replies. The manual page
+// packaging/tessera_local.1 describes the requests.
 #pragma once
 
 #include "tools/tessera_local/configuration_page.h"
@@ -17,14 +17,15 @@
 
 namespace tessera_local {
 
-// What one request may cost.
+// Limits of one request.
 struct Limits {
     std::uint64_t headerBytes = 64 * 1024;
     std::chrono::milliseconds headerTime{10'000};
     std::uint64_t bodyBytes = std::uint64_t{256} << 20;  // deflated; SQLite holds at most 10^9 in one value
     std::chrono::milliseconds bodyTime{60'000};          // to receive the body and send the reply
     std::uint64_t packageBytes = kMaximumPackageBytes;   // inflated
-    // Of a form, which anybody may send: no more time than for headers, or a few clients could hold all workers.
+    // Of a form. Anybody may send one, so it gets no more time than headers; otherwise a few clients could occupy all
+    // workers.
     std::uint64_t formBytes = std::uint64_t{4} << 20;
     std::chrono::milliseconds formTime{10'000};
 };
@@ -35,21 +36,22 @@ public:
     Server(Store& store, std::vector<User> users, std::string latestVersion, const Limits& limits = {});
     ~Server() override;
 
-    // Takes the port, or any free one for 0, and gives its number; -1 when that is impossible. The web pages
-    // answer to the name `host`, to "localhost" and to IP addresses.
+    // Binds to the port, or to any free one if it is 0, and returns its number; returns -1 on failure. The web pages
+    // accept the host name `host`, "localhost" and IP addresses.
     int bind(const std::string& host, int port);
 
-    // Serves until stop() is called (true) or listening fails (false). Needs a successful bind().
+    // Serves until stop() is called (returns true) or listening fails (returns false). Call bind() first.
     bool serve();
 
-    // Whether serve() is at work, so that stop() has something to stop.
+    // Whether serve() is running. Before that stop() has no effect.
     bool isServing() const { return is_running(); }
 
-    // Ends serve() from another thread: clients that are waited for are dropped, replies under way are sent.
+    // Ends serve() from another thread. Drops the connections that wait for their client; finishes the replies that
+    // have begun.
     void stop();
 
 private:
-    // Called on a pool thread for each accepted connection.
+    // Called by the library on a pool thread for each accepted connection.
     bool process_and_close_socket(socket_t socket) override;
 
     const User* userOf(const httplib::Request& request) const;

@@ -23,7 +23,7 @@
 
 namespace tessera_local {
 
-// What a user published about a disc. `data` is JSON text, which the service does not look into.
+// A configuration that a user added to a disc. `data` is JSON text, which the service does not parse.
 struct Configuration {
     std::int64_t uid = 0;
     std::int64_t discId = 0;
