@@ -91,7 +91,7 @@ public:
 
     bool run(const char* path)
     {
-        if (openBluraySource(path, m_source, m_error.data(), m_error.capacity()) != 0) { return false; }
+        if (openBluraySource(path, m_source, m_error) != 0) { return false; }
         m_streamTables.emplace(*m_source.budget);
         m_disc.volumeId = m_source.volumeId;
         readIdentity();
@@ -116,16 +116,18 @@ public:
     int fail() const
     {
         const char* const bound = m_source.budget ? m_source.budget->reached() : nullptr;
-        if (bound != nullptr) { return m_error.fail("%s", bound); }
+        if (bound != nullptr) { return m_error.fail(bound); }
         switch (m_step) {
         case Step::Opening:  // has its message
             break;
         case Step::Listing:
-            return m_error.fail("cannot enumerate BDMV playlist or clip information files");
+            return m_error.fail(
+                MESSAGE_NOOP("Messages", "cannot enumerate BDMV playlist or clip information files"));
         case Step::Playlists:
-            return m_error.fail("cannot parse playlist '%s'", m_path.data());
+            return m_error.fail(MESSAGE_NOOP("Messages", "cannot parse playlist '%1'"), {m_path.data()});
         case Step::Clips:
-            return m_error.fail("cannot parse clip information '%s'", m_path.data());
+            return m_error.fail(MESSAGE_NOOP("Messages", "cannot parse clip information '%1'"),
+                                {m_path.data()});
         }
         return -1;
     }
@@ -135,7 +137,7 @@ public:
     {
         const auto isBehind = [this](const char* path, discio::BlurayUse use) {
             const auto unreadable = findUnreadable(m_source, path, use);
-            return unreadable && unreadable->reason == discio::kBehindImageLimit;
+            return unreadable && unreadable->isAfterLimit;
         };
         switch (m_step) {
         case Step::Opening:
@@ -179,14 +181,14 @@ private:
     // What has failed may also not be there, which is no warning.
     void warnOfUnreadable(const char* path, discio::BlurayUse use)
     {
-        std::vector<std::string>& warnings = m_disc.readWarnings;
+        std::vector<discio::Message>& warnings = m_disc.readWarnings;
         if (m_source.budget->reached() != nullptr || warnings.size() > kMaxReadWarnings) { return; }
-        const auto unreadable = findUnreadable(m_source, path, use);
-        if (!unreadable) { return; }
-        std::string text = "cannot read '" + unreadable->path + "': " + unreadable->reason;
-        if (std::ranges::find(warnings, text) != warnings.end()) { return; }
-        if (warnings.size() == kMaxReadWarnings) { text = "more of the disc cannot be read"; }
-        warnings.push_back(std::move(text));
+        auto unreadable = findUnreadable(m_source, path, use);
+        if (!unreadable || std::ranges::find(warnings, unreadable->message) != warnings.end()) { return; }
+        if (warnings.size() == kMaxReadWarnings) {
+            unreadable->message = {MESSAGE_NOOP("Messages", "more of the disc cannot be read"), {}};
+        }
+        warnings.push_back(std::move(unreadable->message));
     }
 
     bool listSorted(const char* directory, const char* suffix, std::vector<std::string>& names)
@@ -242,16 +244,17 @@ private:
 
 }  // namespace
 
-int readBlurayDisc(const char* path, BlurayDisc* disc, char* errorText, std::size_t errorCapacity)
+int readBlurayDisc(const char* path, BlurayDisc* disc, const ErrorText& error)
 {
-    const ErrorText error(errorText, errorCapacity);
-    if (path == nullptr || disc == nullptr) { return error.fail("path and disc are required"); }
+    if (path == nullptr || disc == nullptr) {
+        return error.fail(MESSAGE_NOOP("Messages", "path and disc are required"));
+    }
     releaseBlurayDisc(*disc);
     DiscRead read(*disc, error);
     try {
         if (read.run(path)) { return 0; }
         releaseBlurayDisc(*disc);
-        if (read.isBehindImageLimit()) { disc->readWarnings = {discio::kBehindImageLimit}; }
+        if (read.isBehindImageLimit()) { disc->readWarnings = {{discio::kAfterImageLimit, {}}}; }
     } catch (const std::bad_alloc&) {  // fails the step in which it is thrown
         releaseBlurayDisc(*disc);
     }

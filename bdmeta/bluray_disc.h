@@ -3,6 +3,8 @@
 // together by name alone: a PlayItem's clipName is the name of a clip, which the disc may lack.
 #pragma once
 
+#include "discio/error_text.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -151,16 +153,20 @@ struct BlurayDisc {
     std::uint32_t titleCount = 0;                   // declared by index.bdmv
     std::vector<BlurayPlaylist> playlists;          // in byte-wise order of their names
     std::vector<BlurayClip> clips;                  // likewise
-    // What the disc may lack, and has, but could not be read, each with its reason: the disc was read as one without
-    // it. Of a disc that could not be read: what may help to read it.
-    std::vector<std::string> readWarnings;
+    // Optional files that exist but cannot be read, and the reasons; the other fields are those of a disc without these
+    // files. If the disc cannot be read: advice that may help.
+    std::vector<discio::Message> readWarnings;
 };
 
-// Reads a disc directory or image. 0 on success. -1 on failure with a printf-style message in `errorText`;
-// `disc` is then empty but for its warnings. One bad playlist or clip information file fails the whole disc, and so does a bound that
+// Reads a disc directory or image. 0 on success. -1 on failure with a message; `disc` is then empty except for its
+// warnings. One bad playlist or clip information file fails the whole disc, and so does a bound that
 // is reached (discio/read_budget.h). Either of `errorText` and its capacity may be missing.
-[[nodiscard]] int readBlurayDisc(const char* path, BlurayDisc* disc, char* errorText,
-                                 std::size_t errorCapacity);
+[[nodiscard]] int readBlurayDisc(const char* path, BlurayDisc* disc, const discio::ErrorText& error);
+[[nodiscard]] inline int readBlurayDisc(const char* path, BlurayDisc* disc, char* errorText,
+                                        std::size_t errorCapacity)
+{
+    return readBlurayDisc(path, disc, discio::ErrorText(errorText, errorCapacity));
+}
 
 // Frees what a read retained.
 void releaseBlurayDisc(BlurayDisc& disc);

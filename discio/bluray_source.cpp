@@ -41,7 +41,7 @@ int openTree(const std::string& path, BlurayDiscSource& source, const ErrorText&
     }
     std::string bdmvPath;
     if (resolveDirectoryPath(source, kBdmv, bdmvPath) != 0) {
-        return error.fail("'%s' has no BDMV directory", path.c_str());
+        return error.fail(MESSAGE_NOOP("Messages", "'%1' has no BDMV directory"), {path});
     }
     return 0;
 }
@@ -50,7 +50,8 @@ int openImage(const std::string& path, BlurayDiscSource& source, const ErrorText
 {
     const OpenedFile opened = openRegularFile(path);
     if (!opened.stream) {
-        return error.fail("cannot open '%s': %s", path.c_str(), systemErrorText(opened.errorNumber));
+        return error.fail(MESSAGE_NOOP("Messages", "cannot open '%1': %2"),
+                          {path, systemErrorText(opened.errorNumber)});
     }
     source.image = {opened.stream, opened.sizeBytes, source.budget};
     source.budget->holdToImage(opened.sizeBytes);
@@ -70,9 +71,9 @@ int openImage(const std::string& path, BlurayDiscSource& source, const ErrorText
             source.udf = std::move(*udf);
         }
     }
-    if (const char* const bound = source.budget->reached()) { return error.fail("%s", bound); }
+    if (const char* const bound = source.budget->reached()) { return error.fail(bound); }
     if (source.mode == BluraySourceMode::Directory) {
-        return error.fail("'%s' is not a supported ISO-9660 or UDF image", path.c_str());
+        return error.fail(MESSAGE_NOOP("Messages", "'%1' is not a supported ISO-9660 or UDF image"), {path});
     }
     return 0;
 }
@@ -83,7 +84,8 @@ int openPath(const char* path, BlurayDiscSource& source, const ErrorText& error)
     const PathStatus status = queryPath(path);
     switch (status.kind) {
     case PathKind::Missing:
-        return error.fail("cannot stat '%s': %s", path, systemErrorText(status.errorNumber));
+        return error.fail(MESSAGE_NOOP("Messages", "cannot stat '%1': %2"),
+                          {path, systemErrorText(status.errorNumber)});
     case PathKind::Directory:
         return openTree(path, source, error);
     case PathKind::RegularFile:
@@ -92,7 +94,7 @@ int openPath(const char* path, BlurayDiscSource& source, const ErrorText& error)
         break;
     }
     // Deliberate: nothing has failed, so the text is that of whatever failed last.
-    return error.fail("cannot open '%s': %s", path, systemErrorText(errno));
+    return error.fail(MESSAGE_NOOP("Messages", "cannot open '%1': %2"), {path, systemErrorText(errno)});
 }
 
 // ---- Reading ----
@@ -125,71 +127,82 @@ bool readFromImage(const BlurayDiscSource& source, std::string_view relativePath
 
 using Components = std::span<const std::string_view>;
 
-constexpr char kUnreadableData[] = "its data cannot be read";
-constexpr char kNoRegularFile[] = "it is no regular file";
+// The reasons why something cannot be read. %1 is its path, %2 the system's text.
+constexpr char kSystemReason[] = MESSAGE_NOOP("Messages", "cannot read '%1': %2");
+constexpr char kUnreadableData[] = MESSAGE_NOOP("Messages", "cannot read '%1': its data cannot be read");
+constexpr char kUnreadableEntry[] =
+    MESSAGE_NOOP("Messages", "cannot read '%1': its file entry cannot be read");
+constexpr char kNoRegularFile[] = MESSAGE_NOOP("Messages", "cannot read '%1': it is no regular file");
+constexpr char kAfterLimit[] =
+    MESSAGE_NOOP("Messages", "cannot read '%1': the file lies behind the image's first 2 GiB; "
+                             "mount the image and open the directory");
 
-// The words for a path whose state the system does not tell; empty where it says that there is no such file.
-std::string missingReason(int errorNumber)
+struct Reason {
+    const char* sentence = nullptr;  // null if the file is missing, or nothing is wrong with it
+    int systemError = 0;
+};
+
+Reason systemReason(int errorNumber)
 {
-    return errorNumber == ENOENT ? std::string() : systemErrorText(errorNumber);
+    return errorNumber == ENOENT ? Reason() : Reason{kSystemReason, errorNumber};
 }
 
-// Empty where nothing is there, or nothing is wrong with it.
-std::string treeReason(const std::string& path, BlurayUse use)
+Reason treeReason(const std::string& path, BlurayUse use)
 {
     const PathStatus status = queryPath(path);
-    if (status.kind == PathKind::Missing) { return missingReason(status.errorNumber); }
+    if (status.kind == PathKind::Missing) { return systemReason(status.errorNumber); }
     if (use == BlurayUse::Directory) {
-        if (status.kind != PathKind::Directory) { return systemErrorText(ENOTDIR); }
-        errno = 0;  // Windows leaves it so
+        if (status.kind != PathKind::Directory) { return systemReason(ENOTDIR); }
+        errno = 0;  // Windows does not set it
         const bool isListed = listDirectory(path).has_value();
-        return isListed || errno == 0 ? kUnreadableData : systemErrorText(errno);
+        return isListed || errno == 0 ? Reason{kUnreadableData} : systemReason(errno);
     }
-    if (status.kind == PathKind::Directory) { return systemErrorText(EISDIR); }
-    if (status.kind != PathKind::RegularFile) { return kNoRegularFile; }
+    if (status.kind == PathKind::Directory) { return systemReason(EISDIR); }
+    if (status.kind != PathKind::RegularFile) { return {kNoRegularFile}; }
     if (use == BlurayUse::Size) { return {}; }
     const OpenedFile opened = openRegularFile(path);
-    return opened.stream ? kUnreadableData : missingReason(opened.errorNumber);
+    return opened.stream ? Reason{kUnreadableData} : systemReason(opened.errorNumber);
 }
 
-std::string imageReason(const BlurayDiscSource& source, Components components, BlurayUse use)
+Reason imageReason(const BlurayDiscSource& source, Components components, BlurayUse use)
 {
     ExtentList data;
     bool isDirectory = false;
     if (resolveImagePath(source, joinPath(components), data, isDirectory) != 0) {
         const DiscEntry* const entry = entryAt(source, components).entry;
         const auto offset = udfByteOffset(source.udf, {entry->block, entry->partition});
-        return offset && *offset >= kImageOffsetLimit ? kBehindImageLimit : "its file entry cannot be read";
+        return {offset && *offset >= kImageOffsetLimit ? kAfterLimit : kUnreadableEntry};
     }
-    if (isDirectory != (use == BlurayUse::Directory)) {
-        return systemErrorText(isDirectory ? EISDIR : ENOTDIR);
-    }
+    if (isDirectory != (use == BlurayUse::Directory)) { return systemReason(isDirectory ? EISDIR : ENOTDIR); }
     if (use == BlurayUse::Size) { return {}; }
-    const auto isBehind = [](const ImageExtent& extent) { return extent.offset >= kImageOffsetLimit; };
-    return std::ranges::any_of(data.extents, isBehind) ? kBehindImageLimit : kUnreadableData;
+    const auto isAfterLimit = [](const ImageExtent& extent) { return extent.offset >= kImageOffsetLimit; };
+    return {std::ranges::any_of(data.extents, isAfterLimit) ? kAfterLimit : kUnreadableData};
 }
 
 std::optional<UnreadableEntry> findUnreadableAt(const BlurayDiscSource& source, Components components,
                                                 BlurayUse use)
 {
-    if (components.empty()) { return UnreadableEntry{"/", kUnreadableData}; }
+    if (components.empty()) { return UnreadableEntry{{kUnreadableData, {"/"}}, false}; }
     const FoundEntry found = entryAt(source, components);
     if (found.entry == nullptr) {
         if (found.directory != nullptr && found.directory->isListable) { return std::nullopt; }
         return findUnreadableAt(source, components.first(components.size() - 1), BlurayUse::Directory);
     }
-    std::string reason = source.mode == BluraySourceMode::Directory
-                             ? treeReason(found.directory->path + '/' + found.entry->name, use)
-                             : imageReason(source, components, use);
-    if (reason.empty()) { return std::nullopt; }
-    return UnreadableEntry{joinPath(components), std::move(reason)};
+    const Reason reason = source.mode == BluraySourceMode::Directory
+                              ? treeReason(found.directory->path + '/' + found.entry->name, use)
+                              : imageReason(source, components, use);
+    if (reason.sentence == nullptr) { return std::nullopt; }
+    UnreadableEntry unreadable = {{reason.sentence, {joinPath(components)}}, reason.sentence == kAfterLimit};
+    if (reason.systemError != 0) {
+        unreadable.message.arguments.emplace_back(systemErrorText(reason.systemError));
+    }
+    return unreadable;
 }
 
 }  // namespace
 
-int openBluraySource(const char* path, BlurayDiscSource& source, char* errorText, std::size_t errorCapacity)
+int openBluraySource(const char* path, BlurayDiscSource& source, const ErrorText& error)
 {
-    const ErrorText error(errorText, errorCapacity);
     source = {};
     const int result = openPath(path, source, error);
     if (result != 0) { source = {}; }

@@ -15,6 +15,7 @@
 
 #include "discio/disc_directory.h"
 #include "discio/disc_image.h"
+#include "discio/error_text.h"
 #include "discio/iso9660.h"
 #include "discio/udf.h"
 
@@ -53,8 +54,12 @@ struct BlurayDiscSource {
 //
 // Deliberate: only "/" separates, a path without any is always taken as a root, so a bare "BDMV" is probed
 // for a BDMV inside it; and so is a path that ends in "/".
-[[nodiscard]] int openBluraySource(const char* path, BlurayDiscSource& source, char* errorText,
-                                   std::size_t errorCapacity);
+[[nodiscard]] int openBluraySource(const char* path, BlurayDiscSource& source, const ErrorText& error);
+[[nodiscard]] inline int openBluraySource(const char* path, BlurayDiscSource& source, char* errorText,
+                                          std::size_t errorCapacity)
+{
+    return openBluraySource(path, source, ErrorText(errorText, errorCapacity));
+}
 
 // Directory mode: the real path on disk. In each component an entry of exactly the wanted case comes before
 // the first one in another case. 0, or -1 where a component is missing or cannot be listed.
@@ -78,12 +83,12 @@ struct BlurayDiscSource {
 enum class BlurayUse { File, Size, Directory };
 
 struct UnreadableEntry {
-    std::string path;    // of the file, or of the directory on the way to it that cannot be read
-    std::string reason;  // in words
+    Message message;            // names the file, or the directory on the way to it that cannot be read
+    bool isAfterLimit = false;  // the file or directory begins after the image's first 2 GiB
 };
 
-inline constexpr char kBehindImageLimit[] =
-    "the file lies behind the image's first 2 GiB; mount the image and open the directory";
+inline constexpr char kAfterImageLimit[] = MESSAGE_NOOP(
+    "Messages", "the file lies behind the image's first 2 GiB; mount the image and open the directory");
 
 // Any mode, for a path of which the use has failed: what cannot be read there, and why. Empty where nothing is there:
 // no directory lists it, or the system says that there is no such file.

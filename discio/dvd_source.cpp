@@ -33,7 +33,7 @@ int openDirectory(const std::string& path, DvdDiscSource& source, const ErrorTex
             return 0;
         }
     }
-    return error.fail("'%s' has no VIDEO_TS directory", path.c_str());
+    return error.fail(MESSAGE_NOOP("Messages", "'%1' has no VIDEO_TS directory"), {path});
 }
 
 int openImage(const std::string& path, DvdDiscSource& source, const ErrorText& error)
@@ -41,18 +41,23 @@ int openImage(const std::string& path, DvdDiscSource& source, const ErrorText& e
     source.isImage = true;
     const OpenedFile opened = openRegularFile(path);
     if (!opened.stream) {
-        return error.fail("cannot open '%s': %s", path.c_str(), systemErrorText(opened.errorNumber));
+        return error.fail(MESSAGE_NOOP("Messages", "cannot open '%1': %2"),
+                          {path, systemErrorText(opened.errorNumber)});
     }
     source.budget->holdToImage(opened.sizeBytes);
     const std::optional<IsoVolume> volume = readPrimaryVolumeDescriptor(*opened.stream);
-    if (!volume) { return error.fail("'%s' is not a supported ISO-9660 image", path.c_str()); }
+    if (!volume) {
+        return error.fail(MESSAGE_NOOP("Messages", "'%1' is not a supported ISO-9660 image"), {path});
+    }
     if (volume->blockSize != kDvdBlockSize || volume->rootRecordLength < kIsoRecordMinimum) {
-        return error.fail("'%s' has an unsupported ISO block size", path.c_str());
+        return error.fail(MESSAGE_NOOP("Messages", "'%1' has an unsupported ISO block size"), {path});
     }
     const auto videoTs =
         findDirectoryRecord(*opened.stream, volume->blockSize, volume->root, kVideoTs, *source.budget);
-    if (const char* const bound = source.budget->reached()) { return error.fail("%s", bound); }
-    if (!videoTs || !videoTs->isDirectory) { return error.fail("ISO image has no VIDEO_TS directory"); }
+    if (const char* const bound = source.budget->reached()) { return error.fail(bound); }
+    if (!videoTs || !videoTs->isDirectory) {
+        return error.fail(MESSAGE_NOOP("Messages", "ISO image has no VIDEO_TS directory"));
+    }
 
     source.image = opened.stream;
     source.blockSize = volume->blockSize;
@@ -63,7 +68,7 @@ int openImage(const std::string& path, DvdDiscSource& source, const ErrorText& e
             {std::move(record->name), record->isDirectory, record->extent.block, record->extent.sizeBytes});
     }
     const char* const bound = source.budget->reached();
-    return bound == nullptr ? 0 : error.fail("%s", bound);
+    return bound == nullptr ? 0 : error.fail(bound);
 }
 
 // The file in the image: the first record of its name, whatever its kind, must be one of a file.
@@ -81,30 +86,33 @@ int openInDirectory(const DvdDiscSource& source, const std::string& name, DiscFi
     const std::string path = source.videoTsPath + '/' + name;
     const OpenedFile opened = openRegularFile(path);
     if (!opened.stream) {
-        if (opened.isSpecial) { return error.fail("cannot determine size of '%s'", path.c_str()); }
+        if (opened.isSpecial) {
+            return error.fail(MESSAGE_NOOP("Messages", "cannot determine size of '%1'"), {path});
+        }
         if (absent != nullptr && opened.errorNumber == ENOENT) {
             *absent = true;
             return -1;
         }
-        return error.fail("cannot open '%s': %s", path.c_str(), systemErrorText(opened.errorNumber));
+        return error.fail(MESSAGE_NOOP("Messages", "cannot open '%1': %2"),
+                          {path, systemErrorText(opened.errorNumber)});
     }
     const std::optional<std::uint64_t> sizeBytes = streamSize(*opened.stream);
-    if (!sizeBytes) { return error.fail("cannot determine size of '%s'", path.c_str()); }
+    if (!sizeBytes) { return error.fail(MESSAGE_NOOP("Messages", "cannot determine size of '%1'"), {path}); }
     ref = {opened.stream, 0, *sizeBytes};
     return 0;
 }
 
 }  // namespace
 
-int openDvdSource(const char* path, DvdDiscSource& source, char* errorText, std::size_t errorCapacity)
+int openDvdSource(const char* path, DvdDiscSource& source, const ErrorText& error)
 {
-    const ErrorText error(errorText, errorCapacity);
     source = {};
     source.budget = std::make_shared<ReadBudget>();
     const PathStatus status = queryPath(path);
     switch (status.kind) {
     case PathKind::Missing:
-        return error.fail("cannot stat '%s': %s", path, systemErrorText(status.errorNumber));
+        return error.fail(MESSAGE_NOOP("Messages", "cannot stat '%1': %2"),
+                          {path, systemErrorText(status.errorNumber)});
     case PathKind::Directory:
         return openDirectory(path, source, error);
     case PathKind::RegularFile:
@@ -112,25 +120,23 @@ int openDvdSource(const char* path, DvdDiscSource& source, char* errorText, std:
     case PathKind::Other:
         break;
     }
-    return error.fail("'%s' is neither a directory nor an ISO image", path);
+    return error.fail(MESSAGE_NOOP("Messages", "'%1' is neither a directory nor an ISO image"), {path});
 }
 
-int openDvdFile(const DvdDiscSource& source, const std::string& name, DiscFileRef& ref, char* errorText,
-                std::size_t errorCapacity)
+int openDvdFile(const DvdDiscSource& source, const std::string& name, DiscFileRef& ref,
+                const ErrorText& error)
 {
-    const ErrorText error(errorText, errorCapacity);
     ref = {};
     if (!source.isImage) { return openInDirectory(source, name, ref, nullptr, error); }
     const auto found = findInImage(source, name);
-    if (!found) { return error.fail("ISO image has no VIDEO_TS/%s", name.c_str()); }
+    if (!found) { return error.fail(MESSAGE_NOOP("Messages", "ISO image has no VIDEO_TS/%1"), {name}); }
     ref = *found;
     return 0;
 }
 
 int openDvdFileOptional(const DvdDiscSource& source, const std::string& name, DiscFileRef& ref,
-                        char* errorText, std::size_t errorCapacity)
+                        const ErrorText& error)
 {
-    const ErrorText error(errorText, errorCapacity);
     ref = {};
     if (!source.isImage) {
         bool absent = false;

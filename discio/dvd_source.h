@@ -46,17 +46,33 @@ struct DiscFileBytes {
 //
 // Deliberate: a path without any separator is always taken as a parent, so a bare "VIDEO_TS" is probed for a
 // VIDEO_TS inside it; and so is a path that ends in a separator.
-[[nodiscard]] int openDvdSource(const char* path, DvdDiscSource& source, char* errorText,
-                                std::size_t errorCapacity);
+[[nodiscard]] int openDvdSource(const char* path, DvdDiscSource& source, const ErrorText& error);
 
 // Opens the file `name` of VIDEO_TS. In an image letter case does not matter; in a directory the file system
 // decides. 0 on success; -1 with a message when it is absent or cannot be opened.
 [[nodiscard]] int openDvdFile(const DvdDiscSource& source, const std::string& name, DiscFileRef& ref,
-                              char* errorText, std::size_t errorCapacity);
+                              const ErrorText& error);
 
 // The same for a file that may be absent: 1 opened; 0 absent, without a message; -1 with a message.
 [[nodiscard]] int openDvdFileOptional(const DvdDiscSource& source, const std::string& name, DiscFileRef& ref,
-                                      char* errorText, std::size_t errorCapacity);
+                                      const ErrorText& error);
+
+// The same with a buffer that the caller provides.
+[[nodiscard]] inline int openDvdSource(const char* path, DvdDiscSource& source, char* errorText,
+                                       std::size_t errorCapacity)
+{
+    return openDvdSource(path, source, ErrorText(errorText, errorCapacity));
+}
+[[nodiscard]] inline int openDvdFile(const DvdDiscSource& source, const std::string& name, DiscFileRef& ref,
+                                     char* errorText, std::size_t errorCapacity)
+{
+    return openDvdFile(source, name, ref, ErrorText(errorText, errorCapacity));
+}
+[[nodiscard]] inline int openDvdFileOptional(const DvdDiscSource& source, const std::string& name,
+                                             DiscFileRef& ref, char* errorText, std::size_t errorCapacity)
+{
+    return openDvdFileOptional(source, name, ref, ErrorText(errorText, errorCapacity));
+}
 
 // Reads a file's bytes, as many as are there; none where they are more than the budget allows. Memory is taken for
 // what the stream holds, never for a size that only a directory record claims.

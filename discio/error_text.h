@@ -1,29 +1,40 @@
-// The caller's buffer for one failure message. The readers report failure by -1 and a printf-style text;
-// either the buffer or its capacity may be missing, in which case nothing is written.
+// The failure message of a reader, in two forms: an English text in the caller's buffer, and its parts for a translation.
 #pragma once
 
 #include <cstddef>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Marks a sentence for the translations, like QT_TRANSLATE_NOOP, which the readers do not have.
+#define MESSAGE_NOOP(context, sentence) sentence
 
 namespace discio {
 
+struct Message {
+    const char* sentence = nullptr;  // English; %1 and %2 are the places of the arguments; null: no message
+    std::vector<std::string> arguments;  // in the system's 8-bit encoding
+
+    bool operator==(const Message&) const = default;
+};
+
 class ErrorText {
 public:
-    // Wraps the buffer and empties it, so that a failure without a message of its own leaves it empty.
-    ErrorText(char* text, std::size_t capacity);
+    // Wraps the buffer and empties it. The buffer, its capacity and `message` may be missing.
+    ErrorText(char* text, std::size_t capacity, Message* message = nullptr);
 
-    // Writes the message, cut to the capacity, and returns -1.
-    [[gnu::format(printf, 2, 3)]] int fail(const char* format, ...) const;
-
-    // For passing the same buffer on to another entry point.
-    [[nodiscard]] char* data() const { return m_text; }
-    [[nodiscard]] std::size_t capacity() const { return m_capacity; }
+    // Writes the English sentence, cut to the buffer's capacity, and its parts. Returns -1. If memory runs out, the parts
+    // are missing.
+    int fail(const char* sentence, std::initializer_list<std::string_view> arguments = {}) const noexcept;
 
 private:
     char* m_text;
     std::size_t m_capacity;
+    Message* m_message;
 };
 
-// The system's own words for an error number of the C library.
+// The system's text for an error number of the C library.
 [[nodiscard]] const char* systemErrorText(int errorNumber);
 
 }  // namespace discio

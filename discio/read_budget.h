@@ -3,6 +3,8 @@
 // it never changes what is read of one, and the message of that failure is the bound's own, not one about a file.
 #pragma once
 
+#include "discio/error_text.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -40,7 +42,7 @@ public:
     void holdToImage(std::uint64_t imageSizeBytes)
     {
         lower(Bound::NavigationBytes, imageSizeBytes,
-              "the navigation files are larger than the image that holds them");
+              MESSAGE_NOOP("Messages", "the navigation files are larger than the image that holds them"));
     }
 
     [[nodiscard]] std::uint64_t left(Bound bound) const
@@ -61,12 +63,13 @@ private:
 
     // In the order of Bound.
     std::array<Allowance, 6> m_allowances = {{
-        {512ULL << 20U, "the navigation files are larger than 512 MiB"},
-        {32ULL << 20U, "the directories and file entries are larger than 32 MiB"},
-        {262'144, "the files are in more than 262,144 pieces"},
-        {2'000'000, "the playlists and clips have more than 2,000,000 streams"},
-        {1'000'000'000, "the searches for entry points take more than 1,000,000,000 steps"},
-        {250'000, "the disc has more than 250,000 titles and streams to show"},
+        {512ULL << 20U, MESSAGE_NOOP("Messages", "the navigation files are larger than 512 MiB")},
+        {32ULL << 20U, MESSAGE_NOOP("Messages", "the directories and file entries are larger than 32 MiB")},
+        {262'144, MESSAGE_NOOP("Messages", "the files are in more than 262,144 pieces")},
+        {2'000'000, MESSAGE_NOOP("Messages", "the playlists and clips have more than 2,000,000 streams")},
+        {1'000'000'000,
+         MESSAGE_NOOP("Messages", "the searches for entry points take more than 1,000,000,000 steps")},
+        {250'000, MESSAGE_NOOP("Messages", "the disc has more than 250,000 titles and streams to show")},
     }};
     const char* m_reached = nullptr;
 };

@@ -53,15 +53,15 @@ public:
     {
         const int outcome = read(path);
         const char* const bound = m_source.budget->reached();
-        return bound == nullptr ? outcome : m_error.fail("%s", bound);
+        return bound == nullptr ? outcome : m_error.fail(bound);
     }
 
 private:
     int read(const char* path)
     {
-        if (openDvdSource(path, m_source, m_error.data(), m_error.capacity()) != 0) { return -1; }
+        if (openDvdSource(path, m_source, m_error) != 0) { return -1; }
         discio::DiscFileRef ref;
-        if (openDvdFile(m_source, kManagerName, ref, m_error.data(), m_error.capacity()) != 0) { return -1; }
+        if (openDvdFile(m_source, kManagerName, ref, m_error) != 0) { return -1; }
         IfoFile manager = load(kManagerName, ref);
         if (readManager(manager) != 0 || retain(std::move(manager)) != 0 || readTitleSets() != 0) {
             return -1;
@@ -79,7 +79,7 @@ private:
     {
         if (manager.sizeBytes() < kVmgHeaderSize || !manager.at(0, kVmgHeaderSize).ok() ||
             !manager.beginsWith(kVmgMagic)) {
-            return m_error.fail("VIDEO_TS.IFO is not a DVD-Video manager IFO");
+            return m_error.fail(MESSAGE_NOOP("Messages", "VIDEO_TS.IFO is not a DVD-Video manager IFO"));
         }
         std::ranges::copy(manager.at(kProviderOffset, kIdentifierSize).bytes(kIdentifierSize),
                           m_disc.providerRaw.begin());
@@ -87,13 +87,15 @@ private:
 
         const std::uint64_t table = manager.at(kTitleTableSectorOffset, 4).be32() * kSectorSize;
         ByteReader header = manager.at(table, kTitleTableHeaderSize);
-        if (table == 0 || !header.ok()) { return m_error.fail("VIDEO_TS.IFO has no readable title table"); }
+        if (table == 0 || !header.ok()) {
+            return m_error.fail(MESSAGE_NOOP("Messages", "VIDEO_TS.IFO has no readable title table"));
+        }
         const std::uint64_t declaredCount = header.be16();
         header.skip(2);
         std::uint64_t endAddress = header.be32();
         if (endAddress == 0) { endAddress = declaredCount * kTitleEntrySize + 7; }
         if (endAddress < 7 || endAddress + 1 > manager.sizeBehind(table)) {
-            return m_error.fail("VIDEO_TS.IFO has an invalid title table");
+            return m_error.fail(MESSAGE_NOOP("Messages", "VIDEO_TS.IFO has an invalid title table"));
         }
         const std::uint64_t count =
             std::min({declaredCount, (endAddress - 7) / kTitleEntrySize, std::uint64_t{kMaxTitles}});
@@ -114,7 +116,10 @@ private:
             entry.skip(2);
             title.titleSetNumber = entry.u8();
             title.vtsTtn = entry.u8();
-            if (!entry.ok()) { return m_error.fail("cannot read title %u", title.titleNumber); }
+            if (!entry.ok()) {
+                return m_error.fail(MESSAGE_NOOP("Messages", "cannot read title %1"),
+                                    {std::to_string(title.titleNumber)});
+            }
             if (title.titleSetNumber == 0 || title.vtsTtn == 0) { return -1; }
 
             const IfoFile* titleSet = loadTitleSet(title.titleSetNumber);
@@ -131,7 +136,7 @@ private:
         if (known != m_titleSetFiles.end()) { return &known->second; }
         const std::string name = titleSetFileName(number);
         discio::DiscFileRef ref;
-        if (openDvdFile(m_source, name, ref, m_error.data(), m_error.capacity()) != 0) { return nullptr; }
+        if (openDvdFile(m_source, name, ref, m_error) != 0) { return nullptr; }
         return &m_titleSetFiles.emplace(number, load(name, ref)).first->second;
     }
 
@@ -144,8 +149,7 @@ private:
             } else {
                 const std::string name = titleSetFileName(number);
                 discio::DiscFileRef ref;
-                const int opened =
-                    openDvdFileOptional(m_source, name, ref, m_error.data(), m_error.capacity());
+                const int opened = openDvdFileOptional(m_source, name, ref, m_error);
                 if (opened < 0) { return -1; }
                 if (opened == 0) { continue; }
                 file = load(name, ref);
@@ -163,9 +167,11 @@ private:
     int checkRetainable(const IfoFile& file) const
     {
         if (m_disc.rawIfos.size() >= kMaxRawIfos || file.sizeBytes() == 0) {
-            return m_error.fail("DVD has too many or invalid IFO files");
+            return m_error.fail(MESSAGE_NOOP("Messages", "DVD has too many or invalid IFO files"));
         }
-        if (!file.isComplete()) { return m_error.fail("cannot read VIDEO_TS/%s", file.name().c_str()); }
+        if (!file.isComplete()) {
+            return m_error.fail(MESSAGE_NOOP("Messages", "cannot read VIDEO_TS/%1"), {file.name()});
+        }
         return 0;
     }
 
@@ -194,10 +200,11 @@ private:
 
 }  // namespace
 
-int readDvdDisc(const char* path, DvdDisc* disc, char* errorText, std::size_t errorCapacity)
+int readDvdDisc(const char* path, DvdDisc* disc, const ErrorText& error)
 {
-    const ErrorText error(errorText, errorCapacity);
-    if (path == nullptr || disc == nullptr) { return error.fail("path and disc are required"); }
+    if (path == nullptr || disc == nullptr) {
+        return error.fail(MESSAGE_NOOP("Messages", "path and disc are required"));
+    }
     releaseDvdDisc(*disc);
     int outcome = -1;
     try {

@@ -2,6 +2,8 @@
 // title set (VTS_01_0.IFO to VTS_99_0.IFO), and the raw bytes of these files.
 #pragma once
 
+#include "discio/error_text.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -106,9 +108,14 @@ struct DvdDisc {
 };
 
 // Reads the disc directory or ISO image at `path` into `disc`. Returns 0; or -1 with `disc` empty and a message
-// in `errorText`. The message is "" if a title's numbers are 0 or memory does not suffice. One bad file fails the
-// whole disc, and so does a bound that is reached (discio/read_budget.h). `errorText` may be null.
-[[nodiscard]] int readDvdDisc(const char* path, DvdDisc* disc, char* errorText, std::size_t errorCapacity);
+// in `error`. The message is "" if a title's numbers are 0 or memory does not suffice. One bad file fails the
+// whole disc, and so does a bound that is reached (discio/read_budget.h). The buffer may be null.
+[[nodiscard]] int readDvdDisc(const char* path, DvdDisc* disc, const discio::ErrorText& error);
+[[nodiscard]] inline int readDvdDisc(const char* path, DvdDisc* disc, char* errorText,
+                                     std::size_t errorCapacity)
+{
+    return readDvdDisc(path, disc, discio::ErrorText(errorText, errorCapacity));
+}
 
 // Empties the record and frees its memory.
 void releaseDvdDisc(DvdDisc& disc);

@@ -76,17 +76,19 @@ int readPttTable(const IfoFile& ifo, std::uint64_t table, DvdTitle& title, std::
     ByteReader own = ifo.at(entry, kPttOffsetSize);
     if (!header.ok() || title.vtsTtn == 0 || title.vtsTtn > titleCount ||
         endAddress + 1 > ifo.sizeBehind(table) || !own.ok()) {
-        return error.fail("%s has invalid title PTT data", name);
+        return error.fail(MESSAGE_NOOP("Messages", "%1 has invalid title PTT data"), {name});
     }
     const std::uint64_t begin = own.be32();
     std::uint64_t end = endAddress + 1;
     if (title.vtsTtn < titleCount) {
         ByteReader next = ifo.at(entry + kPttOffsetSize, kPttOffsetSize);
         end = next.be32();
-        if (!next.ok()) { return error.fail("cannot read PTT table in %s", name); }
+        if (!next.ok()) {
+            return error.fail(MESSAGE_NOOP("Messages", "cannot read PTT table in %1"), {name});
+        }
     }
     if (begin > end || end > endAddress + 1 || (end - begin) % kPttSize != 0) {
-        return error.fail("%s has malformed PTT offsets", name);
+        return error.fail(MESSAGE_NOOP("Messages", "%1 has malformed PTT offsets"), {name});
     }
     title.chapterCount = static_cast<std::uint32_t>((end - begin) / kPttSize);
     listStart = table + begin;
@@ -102,7 +104,7 @@ int readProgramChain(const IfoFile& ifo, std::uint64_t table, std::uint16_t pgcN
     entry.skip(4);
     const std::uint64_t offset = entry.be32();
     if (!header.ok() || pgcNumber == 0 || pgcNumber > pgcCount || !entry.ok()) {
-        return error.fail("%s has invalid PGC data", ifo.name().c_str());
+        return error.fail(MESSAGE_NOOP("Messages", "%1 has invalid PGC data"), {ifo.name()});
     }
 
     pgc.start = table + offset;
@@ -114,7 +116,9 @@ int readProgramChain(const IfoFile& ifo, std::uint64_t table, std::uint16_t pgcN
     reader.seek(230);
     pgc.programMapOffset = reader.be16();
     pgc.cellPlaybackOffset = reader.be16();
-    if (!reader.ok()) { return error.fail("cannot read title PGC in %s", ifo.name().c_str()); }
+    if (!reader.ok()) {
+        return error.fail(MESSAGE_NOOP("Messages", "cannot read title PGC in %1"), {ifo.name()});
+    }
     return 0;
 }
 
@@ -126,12 +130,12 @@ int readStartCell(const IfoFile& ifo, const ProgramChain& pgc, std::uint16_t sta
     if (pgc.programMapOffset == 0 || pgc.cellPlaybackOffset == 0 ||
         ifo.sizeBehind(pgc.start + pgc.programMapOffset) == 0 || startProgram == 0 ||
         startProgram > pgc.programCount || ifo.sizeBehind(cellTable) < pgc.cellCount * kCellPlaybackSize) {
-        return error.fail("%s has invalid cell playback data", ifo.name().c_str());
+        return error.fail(MESSAGE_NOOP("Messages", "%1 has invalid cell playback data"), {ifo.name()});
     }
     ByteReader entry = ifo.at(pgc.start + pgc.programMapOffset + startProgram - 1ULL, 1);
     startCell = entry.u8();
     if (!entry.ok() || startCell == 0 || startCell > pgc.cellCount) {
-        return error.fail("%s has an invalid title start program", ifo.name().c_str());
+        return error.fail(MESSAGE_NOOP("Messages", "%1 has an invalid title start program"), {ifo.name()});
     }
     return 0;
 }
@@ -153,7 +157,9 @@ int readCells(const IfoFile& ifo, const ProgramChain& pgc, std::uint8_t startCel
         const std::uint32_t first = reader.be32();
         reader.seek(20);
         const std::uint32_t last = reader.be32();
-        if (!reader.ok()) { return error.fail("cannot read cell playback data in %s", ifo.name().c_str()); }
+        if (!reader.ok()) {
+            return error.fail(MESSAGE_NOOP("Messages", "cannot read cell playback data in %1"), {ifo.name()});
+        }
 
         const bool inAngleBlock = (block & 0x30U) == 0x10;
         const bool isFirstOfBlock = block >> 6U == 1;
@@ -193,20 +199,22 @@ std::uint64_t playbackTimeMs(const std::array<std::uint8_t, 4>& time)
 int readTitle(const IfoFile& ifo, DvdTitle& title, const ErrorText& error)
 {
     const char* name = ifo.name().c_str();
-    if (!isVtsIfo(ifo)) { return error.fail("%s is not a valid VTS IFO", name); }
+    if (!isVtsIfo(ifo)) { return error.fail(MESSAGE_NOOP("Messages", "%1 is not a valid VTS IFO"), {name}); }
     const auto tables = parseTableAddresses(ifo);
-    if (!tables) { return error.fail("%s has missing title tables", name); }
+    if (!tables) { return error.fail(MESSAGE_NOOP("Messages", "%1 has missing title tables"), {name}); }
     std::uint64_t pttList = 0;
     if (readPttTable(ifo, tables->ptt, title, pttList, error) != 0) { return -1; }
     auto streams = parseStreamAttributes(ifo);
-    if (!streams) { return error.fail("%s has an invalid declared stream count", name); }
+    if (!streams) {
+        return error.fail(MESSAGE_NOOP("Messages", "%1 has an invalid declared stream count"), {name});
+    }
     title.streams = std::move(*streams);
 
     ByteReader ptt = ifo.at(pttList, kPttSize);
     FirstPtt first;
     first.pgcNumber = ptt.be16();
     first.programNumber = ptt.be16();
-    if (!ptt.ok()) { return error.fail("cannot read first PTT in %s", name); }
+    if (!ptt.ok()) { return error.fail(MESSAGE_NOOP("Messages", "cannot read first PTT in %1"), {name}); }
     ProgramChain pgc;
     if (readProgramChain(ifo, tables->pgc, first.pgcNumber, pgc, error) != 0) { return -1; }
 
@@ -222,11 +230,15 @@ int readTitle(const IfoFile& ifo, DvdTitle& title, const ErrorText& error)
 int readTitleSet(const IfoFile& ifo, std::uint32_t number, DvdDisc& disc, const ErrorText& error)
 {
     if (disc.titleSets.size() >= kMaxTitleSets || number < 1 || number > kMaxTitleSets) {
-        return error.fail("DVD has invalid VTS metadata");
+        return error.fail(MESSAGE_NOOP("Messages", "DVD has invalid VTS metadata"));
     }
-    if (!isVtsIfo(ifo)) { return error.fail("%s is not a valid VTS IFO", ifo.name().c_str()); }
+    if (!isVtsIfo(ifo)) {
+        return error.fail(MESSAGE_NOOP("Messages", "%1 is not a valid VTS IFO"), {ifo.name()});
+    }
     auto streams = parseStreamAttributes(ifo);
-    if (!streams) { return error.fail("%s has an invalid declared stream count", ifo.name().c_str()); }
+    if (!streams) {
+        return error.fail(MESSAGE_NOOP("Messages", "%1 has an invalid declared stream count"), {ifo.name()});
+    }
     disc.titleSets.push_back({number, std::move(*streams)});
     return 0;
 }

@@ -42,6 +42,11 @@ QJsonObject object(const VideoStreamInfo& stream)
     };
 }
 
+QJsonValue object(const Message& message)
+{
+    return message.english();
+}
+
 QJsonObject object(const AudioTrackInfo& track)
 {
     return {
@@ -175,8 +180,8 @@ QByteArray jsonReport(const QString& path, const scan::ParsedDisc& disc, const D
         {u"path"_s, path},
         {u"disc"_s, identity(disc, result)},
         {u"titles"_s, isDvd ? array(result.dvdTitles) : array(result.blurayTitles)},
-        {u"warnings"_s, QJsonArray::fromStringList(result.readWarnings)},
-        {u"packageSha256"_s, hexadecimal(isDvd ? result.dvdPackageSha256 : result.blurayPackageSha256)},
+        {u"warnings"_s, array(result.readWarnings)},
+        {u"packageSha256"_s, hexadecimal(packageSha256Of(result))},
     };
     return terminaltext::json(QString::fromUtf8(QJsonDocument(report).toJson(QJsonDocument::Indented)));
 }

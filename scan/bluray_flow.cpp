@@ -3,6 +3,7 @@
 #include "base/log.h"
 #include "bdmeta/distinct_play_time.h"
 #include "package/bluray_package.h"
+#include "scan/disc_reader.h"
 #include "scan/error_result.h"
 
 namespace scan {
@@ -132,8 +133,8 @@ DiscScanResult describeBluray(const bdmeta::BlurayDisc* disc)
     DiscScanResult result;
     result.discType = DiscType::Bluray;
     result.blurayTitles = describeBlurayTitles(*disc, titles);
-    for (const std::string& warning : disc->readWarnings) {
-        result.readWarnings.append(text(warning));
+    for (const discio::Message& warning : disc->readWarnings) {
+        result.readWarnings.append(messageOf(warning));
     }
     takeSummary(summary, result);
     Message packageError;

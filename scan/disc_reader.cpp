@@ -15,21 +15,32 @@ constexpr std::size_t kErrorCapacity = 256;
 
 constexpr char kNoDisc[] = QT_TRANSLATE_NOOP("Messages", "Path is not a valid Blu-ray or DVD.");
 
-using ReaderError = std::array<char, kErrorCapacity>;
+// The failure of a reader: its English text, as it is logged, and its parts.
+struct ReaderError {
+    std::array<char, kErrorCapacity> text = {};
+    discio::Message parts;
 
-void logWarnings(const std::vector<std::string>& warnings)
+    discio::ErrorText out() { return {text.data(), text.size(), &parts}; }
+    [[nodiscard]] QString english() const { return QString::fromLocal8Bit(text.data()); }
+    [[nodiscard]] Message message() const
+    {
+        return parts.sentence == nullptr ? Message::verbatim(english()) : messageOf(parts);
+    }
+};
+
+void logWarnings(const std::vector<discio::Message>& warnings)
 {
-    for (const std::string& warning : warnings) {
-        logging::log(logging::kBdmeta, logging::kWarning, QString::fromLocal8Bit(warning));
+    for (const discio::Message& warning : warnings) {
+        logging::log(logging::kBdmeta, logging::kWarning, messageOf(warning).english());
     }
 }
 
-// Each reads a disc of its kind. False, with the reader's text in `error`, if the path is no such disc.
+// Each reads a disc of its kind. False, with the reader's failure in `error`, if the path is no such disc.
 
 bool readBluray(const QByteArray& path, bdmeta::BlurayDisc& disc, ReaderError& error)
 {
     logging::log(logging::kBdmeta, logging::kInfo, QStringLiteral("started parsing"));
-    if (bdmeta::readBlurayDisc(path.constData(), &disc, error.data(), error.size()) != 0) { return false; }
+    if (bdmeta::readBlurayDisc(path.constData(), &disc, error.out()) != 0) { return false; }
     logging::log(logging::kBdmeta, logging::kInfo,
                  QStringLiteral("finished parsing: %1 playlists, %2 clips")
                      .arg(disc.playlists.size())
@@ -41,7 +52,7 @@ bool readBluray(const QByteArray& path, bdmeta::BlurayDisc& disc, ReaderError& e
 bool readDvd(const QByteArray& path, dvdmeta::DvdDisc& disc, ReaderError& error)
 {
     logging::log(logging::kDvdmeta, logging::kInfo, QStringLiteral("started parsing"));
-    if (dvdmeta::readDvdDisc(path.constData(), &disc, error.data(), error.size()) != 0) { return false; }
+    if (dvdmeta::readDvdDisc(path.constData(), &disc, error.out()) != 0) { return false; }
     logging::log(logging::kDvdmeta, logging::kInfo,
                  QStringLiteral("finished parsing: %1 titles").arg(disc.titles.size()));
     return true;
@@ -49,23 +60,30 @@ bool readDvd(const QByteArray& path, dvdmeta::DvdDisc& disc, ReaderError& error)
 
 }  // namespace
 
+Message messageOf(const discio::Message& message)
+{
+    QStringList arguments;
+    for (const std::string& argument : message.arguments) {
+        arguments.append(QString::fromLocal8Bit(argument));
+    }
+    return {message.sentence, arguments};
+}
+
 ParsedDisc readDisc(const QByteArray& localPath)
 {
     ParsedDisc disc;
-    ReaderError blurayError = {};
+    ReaderError blurayError;
     auto& bluray = disc.emplace<bdmeta::BlurayDisc>();
     if (readBluray(localPath, bluray, blurayError)) { return disc; }
-    const std::vector<std::string> warnings = std::move(bluray.readWarnings);
+    const std::vector<discio::Message> warnings = std::move(bluray.readWarnings);
     logging::log(logging::kBdmeta, logging::kInfo,
                  QStringLiteral("not a Blu-ray source; trying DVD parsing"));
-    ReaderError dvdError = {};
+    ReaderError dvdError;
     if (readDvd(localPath, disc.emplace<dvdmeta::DvdDisc>(), dvdError)) { return disc; }
-    const NoDisc none = {
-        {QString::fromLocal8Bit(blurayError.data()), QString::fromLocal8Bit(dvdError.data())}};
-    logging::log(logging::kBdmeta, logging::kError, none.readerErrors.first());
+    logging::log(logging::kBdmeta, logging::kError, blurayError.english());
     logWarnings(warnings);
-    logging::log(logging::kDvdmeta, logging::kError, none.readerErrors.last());
-    return none;
+    logging::log(logging::kDvdmeta, logging::kError, dvdError.english());
+    return NoDisc{{blurayError.message(), dvdError.message()}};
 }
 
 DiscScanResult describeDisc(const ParsedDisc& disc)

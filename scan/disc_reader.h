@@ -13,8 +13,11 @@ namespace scan {
 
 // A path that is no disc: the error of the Blu-ray reader, then that of the DVD reader.
 struct NoDisc {
-    QStringList readerErrors;
+    QList<Message> readerErrors;
 };
+
+// A reader's message, with its arguments decoded from the system's 8-bit encoding.
+[[nodiscard]] Message messageOf(const discio::Message& message);
 
 // A disc of either kind, or none.
 using ParsedDisc = std::variant<NoDisc, bdmeta::BlurayDisc, dvdmeta::DvdDisc>;

@@ -109,8 +109,8 @@ struct DiscScanResult {
     QString blurayDiscLabel;
     QByteArray blurayDiscIdBytes;  // 16 raw bytes
     quint64 extra = 0;             // reserved, carried along
-    QStringList readerErrors;      // of a refused path: the Blu-ray reader's error, then the DVD reader's
-    QStringList readWarnings;      // optional files that exist but cannot be read, with the reason
+    QList<Message> readerErrors;   // of a refused path: the Blu-ray reader's error, then the DVD reader's
+    QList<Message> readWarnings;   // optional files that exist but cannot be read, with the reason
     Message error;                 // for the user, if not ok
 };
 

@@ -10,13 +10,13 @@ lupdate=/usr/lib/qt6/bin/lupdate
 [[ -x $lupdate ]] || { echo "translations: $lupdate is missing; see tools/setup.sh" >&2; exit 1; }
 
 # The folders with texts that a user can see.
-folders=(app base monitor package report scan service text ui)
+folders=(app base bdmeta discio dvdmeta monitor package report scan service text ui)
 
 # update FOLDER: updates its .ts files, without line numbers, which would change with every commit.
 update() {
     local file
     for file in "$1"/*.ts; do
-        "$lupdate" -silent -locations none -no-obsolete -I . "${folders[@]}" -ts "$file"
+        "$lupdate" -tr-function-alias QT_TRANSLATE_NOOP+=MESSAGE_NOOP -silent -locations none -no-obsolete -I . "${folders[@]}" -ts "$file"
     done
 }
 

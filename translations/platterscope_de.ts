@@ -1195,6 +1195,198 @@ Neue Version: %2</translation>
         <source>DVD title metadata is not in canonical order.</source>
         <translation>Die Titeldaten der DVD stehen nicht in der vorgeschriebenen Reihenfolge.</translation>
     </message>
+    <message>
+        <source>cannot enumerate BDMV playlist or clip information files</source>
+        <translation>Die Playlists oder Clip-Informationsdateien des BDMV lassen sich nicht auflisten</translation>
+    </message>
+    <message>
+        <source>cannot parse playlist &apos;%1&apos;</source>
+        <translation>Die Playlist „%1“ lässt sich nicht auswerten</translation>
+    </message>
+    <message>
+        <source>cannot parse clip information &apos;%1&apos;</source>
+        <translation>Die Clip-Information „%1“ lässt sich nicht auswerten</translation>
+    </message>
+    <message>
+        <source>more of the disc cannot be read</source>
+        <translation>weitere Dateien der Disc lassen sich nicht lesen</translation>
+    </message>
+    <message>
+        <source>path and disc are required</source>
+        <translation>Pfad und Disc sind erforderlich</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; has no BDMV directory</source>
+        <translation>„%1“ hat kein Verzeichnis BDMV</translation>
+    </message>
+    <message>
+        <source>cannot open &apos;%1&apos;: %2</source>
+        <translation>„%1“ lässt sich nicht öffnen: %2</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; is not a supported ISO-9660 or UDF image</source>
+        <translation>„%1“ ist kein unterstütztes ISO-9660- oder UDF-Image</translation>
+    </message>
+    <message>
+        <source>cannot stat &apos;%1&apos;: %2</source>
+        <translation>„%1“ lässt sich nicht abfragen: %2</translation>
+    </message>
+    <message>
+        <source>cannot read &apos;%1&apos;: %2</source>
+        <translation>„%1“ lässt sich nicht lesen: %2</translation>
+    </message>
+    <message>
+        <source>cannot read &apos;%1&apos;: its data cannot be read</source>
+        <translation>„%1“ lässt sich nicht lesen: die Daten sind nicht lesbar</translation>
+    </message>
+    <message>
+        <source>cannot read &apos;%1&apos;: its file entry cannot be read</source>
+        <translation>„%1“ lässt sich nicht lesen: der Dateieintrag ist nicht lesbar</translation>
+    </message>
+    <message>
+        <source>cannot read &apos;%1&apos;: it is no regular file</source>
+        <translation>„%1“ lässt sich nicht lesen: es ist keine reguläre Datei</translation>
+    </message>
+    <message>
+        <source>cannot read &apos;%1&apos;: the file lies behind the image&apos;s first 2 GiB; mount the image and open the directory</source>
+        <translation>„%1“ lässt sich nicht lesen: die Datei liegt hinter den ersten 2 GiB des Images; hängen Sie das Image ein und öffnen Sie das Verzeichnis</translation>
+    </message>
+    <message>
+        <source>the file lies behind the image&apos;s first 2 GiB; mount the image and open the directory</source>
+        <translation>die Datei liegt hinter den ersten 2 GiB des Images; hängen Sie das Image ein und öffnen Sie das Verzeichnis</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; has no VIDEO_TS directory</source>
+        <translation>„%1“ hat kein Verzeichnis VIDEO_TS</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; is not a supported ISO-9660 image</source>
+        <translation>„%1“ ist kein unterstütztes ISO-9660-Image</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; has an unsupported ISO block size</source>
+        <translation>„%1“ hat eine nicht unterstützte ISO-Blockgröße</translation>
+    </message>
+    <message>
+        <source>ISO image has no VIDEO_TS directory</source>
+        <translation>Das ISO-Image hat kein Verzeichnis VIDEO_TS</translation>
+    </message>
+    <message>
+        <source>cannot determine size of &apos;%1&apos;</source>
+        <translation>Die Größe von „%1“ lässt sich nicht bestimmen</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; is neither a directory nor an ISO image</source>
+        <translation>„%1“ ist weder ein Verzeichnis noch ein ISO-Image</translation>
+    </message>
+    <message>
+        <source>ISO image has no VIDEO_TS/%1</source>
+        <translation>Das ISO-Image hat kein VIDEO_TS/%1</translation>
+    </message>
+    <message>
+        <source>the navigation files are larger than the image that holds them</source>
+        <translation>die Navigationsdateien sind größer als das Image, das sie enthält</translation>
+    </message>
+    <message>
+        <source>the navigation files are larger than 512 MiB</source>
+        <translation>die Navigationsdateien sind größer als 512 MiB</translation>
+    </message>
+    <message>
+        <source>the directories and file entries are larger than 32 MiB</source>
+        <translation>die Verzeichnisse und Dateieinträge sind größer als 32 MiB</translation>
+    </message>
+    <message>
+        <source>the files are in more than 262,144 pieces</source>
+        <translation>die Dateien liegen in mehr als 262.144 Stücken</translation>
+    </message>
+    <message>
+        <source>the playlists and clips have more than 2,000,000 streams</source>
+        <translation>die Playlists und Clips haben mehr als 2.000.000 Streams</translation>
+    </message>
+    <message>
+        <source>the searches for entry points take more than 1,000,000,000 steps</source>
+        <translation>die Suche nach Einstiegspunkten braucht mehr als 1.000.000.000 Schritte</translation>
+    </message>
+    <message>
+        <source>the disc has more than 250,000 titles and streams to show</source>
+        <translation>die Disc hat mehr als 250.000 Titel und Streams</translation>
+    </message>
+    <message>
+        <source>VIDEO_TS.IFO is not a DVD-Video manager IFO</source>
+        <translation>VIDEO_TS.IFO ist keine Manager-IFO einer DVD-Video</translation>
+    </message>
+    <message>
+        <source>VIDEO_TS.IFO has no readable title table</source>
+        <translation>VIDEO_TS.IFO hat keine lesbare Titeltabelle</translation>
+    </message>
+    <message>
+        <source>VIDEO_TS.IFO has an invalid title table</source>
+        <translation>VIDEO_TS.IFO hat eine ungültige Titeltabelle</translation>
+    </message>
+    <message>
+        <source>cannot read title %1</source>
+        <translation>Titel %1 lässt sich nicht lesen</translation>
+    </message>
+    <message>
+        <source>DVD has too many or invalid IFO files</source>
+        <translation>Die DVD hat zu viele oder ungültige IFO-Dateien</translation>
+    </message>
+    <message>
+        <source>cannot read VIDEO_TS/%1</source>
+        <translation>VIDEO_TS/%1 lässt sich nicht lesen</translation>
+    </message>
+    <message>
+        <source>%1 has invalid title PTT data</source>
+        <translation>%1 hat ungültige PTT-Daten eines Titels</translation>
+    </message>
+    <message>
+        <source>cannot read PTT table in %1</source>
+        <translation>Die PTT-Tabelle in %1 lässt sich nicht lesen</translation>
+    </message>
+    <message>
+        <source>%1 has malformed PTT offsets</source>
+        <translation>%1 hat fehlerhafte PTT-Adressen</translation>
+    </message>
+    <message>
+        <source>%1 has invalid PGC data</source>
+        <translation>%1 hat ungültige PGC-Daten</translation>
+    </message>
+    <message>
+        <source>cannot read title PGC in %1</source>
+        <translation>Die PGC eines Titels in %1 lässt sich nicht lesen</translation>
+    </message>
+    <message>
+        <source>%1 has invalid cell playback data</source>
+        <translation>%1 hat ungültige Zellendaten</translation>
+    </message>
+    <message>
+        <source>%1 has an invalid title start program</source>
+        <translation>%1 hat ein ungültiges Startprogramm eines Titels</translation>
+    </message>
+    <message>
+        <source>cannot read cell playback data in %1</source>
+        <translation>Die Zellendaten in %1 lassen sich nicht lesen</translation>
+    </message>
+    <message>
+        <source>%1 is not a valid VTS IFO</source>
+        <translation>%1 ist keine gültige VTS-IFO</translation>
+    </message>
+    <message>
+        <source>%1 has missing title tables</source>
+        <translation>In %1 fehlen Titeltabellen</translation>
+    </message>
+    <message>
+        <source>%1 has an invalid declared stream count</source>
+        <translation>%1 gibt eine ungültige Anzahl von Streams an</translation>
+    </message>
+    <message>
+        <source>cannot read first PTT in %1</source>
+        <translation>Der erste PTT in %1 lässt sich nicht lesen</translation>
+    </message>
+    <message>
+        <source>DVD has invalid VTS metadata</source>
+        <translation>Die DVD hat ungültige VTS-Metadaten</translation>
+    </message>
 </context>
 <context>
     <name>MonitorPage</name>

@@ -38,12 +38,14 @@ QString displayName(const QString& path, const DiscScanResult& result)
 }
 
 // One line for each reader that gave a reason for refusing the path.
-QString readerDetails(const QStringList& readerErrors)
+QString readerDetails(const QList<Message>& readerErrors)
 {
     const QStringList lines = {MainWindow::tr("Blu-ray: %1"), MainWindow::tr("DVD: %1")};
     QStringList details;
     for (qsizetype i = 0; i < qMin(lines.size(), readerErrors.size()); ++i) {
-        if (!readerErrors.at(i).isEmpty()) { details.append(lines.at(i).arg(readerErrors.at(i))); }
+        if (!readerErrors.at(i).isEmpty()) {
+            details.append(lines.at(i).arg(readerErrors.at(i).translated()));
+        }
     }
     return details.join(QLatin1Char('\n'));
 }
@@ -105,7 +107,11 @@ void MainWindow::openDisc(const QString& given)
     stopMonitoring();  // before the scan, whose own reading must not be reported
     DiscScanResult result = scanDiscWithProgress(path, false);
     if (!m_closeRequested && !result.readWarnings.isEmpty()) {
-        messagebox::warning(this, tr("Disc Read Error"), result.readWarnings.join(QLatin1Char('\n')));
+        QStringList warnings;
+        for (const Message& warning : result.readWarnings) {
+            warnings.append(warning.translated());
+        }
+        messagebox::warning(this, tr("Disc Read Error"), warnings.join(QLatin1Char('\n')));
     }
     const bool isUnknown = result.ok != 0 && !result.inDatabase;
     if (isUnknown && !m_closeRequested &&
