@@ -20,8 +20,8 @@ constexpr std::string_view kBdmv = "BDMV";
 constexpr std::size_t kComponentLimit = 64;   // of a path in an image
 constexpr std::size_t kRootPathLimit = 4096;  // of a directory tree
 
-// The padding is taken off before the text is cut at its first NUL, so that blanks before an inner NUL stay; a DVD's
-// fields are cut first (fixedFieldText).
+// Removes the padding before cutting the text at its first NUL, so blanks before an inner NUL stay. A DVD's fields are
+// cut first (fixedFieldText).
 std::string trimmedVolumeId(std::span<const std::uint8_t> field)
 {
     std::string text(field.begin(), field.end());
@@ -91,7 +91,7 @@ int openPath(const char* path, BlurayDiscSource& source, const ErrorText& error)
     case PathKind::Other:
         break;
     }
-    // Deliberate: nothing has failed, so the text is that of whatever failed last.
+    // Deliberate: no call has failed here, so errno is that of an earlier failure.
     return error.fail("cannot open '%s': %s", path, systemErrorText(errno));
 }
 
@@ -121,27 +121,27 @@ bool readFromImage(const BlurayDiscSource& source, std::string_view relativePath
            readExtents(source.image, data, bytes);
 }
 
-// ---- What cannot be read ----
+// ---- Unreadable entries ----
 
 using Components = std::span<const std::string_view>;
 
 constexpr char kUnreadableData[] = "its data cannot be read";
 constexpr char kNoRegularFile[] = "it is no regular file";
 
-// The words for a path whose state the system does not tell; empty where it says that there is no such file.
+// The reason for a failed query of a path; empty if there is no such file.
 std::string missingReason(int errorNumber)
 {
     return errorNumber == ENOENT ? std::string() : systemErrorText(errorNumber);
 }
 
-// Empty where nothing is there, or nothing is wrong with it.
+// Returns why the use of a path failed; empty if the path is absent or nothing is wrong with it.
 std::string treeReason(const std::string& path, BlurayUse use)
 {
     const PathStatus status = queryPath(path);
     if (status.kind == PathKind::Missing) { return missingReason(status.errorNumber); }
     if (use == BlurayUse::Directory) {
         if (status.kind != PathKind::Directory) { return systemErrorText(ENOTDIR); }
-        errno = 0;  // Windows leaves it so
+        errno = 0;  // the Windows listing does not set it
         const bool isListed = listDirectory(path).has_value();
         return isListed || errno == 0 ? kUnreadableData : systemErrorText(errno);
     }
@@ -159,14 +159,14 @@ std::string imageReason(const BlurayDiscSource& source, Components components, B
     if (resolveImagePath(source, joinPath(components), data, isDirectory) != 0) {
         const DiscEntry* const entry = entryAt(source, components).entry;
         const auto offset = udfByteOffset(source.udf, {entry->block, entry->partition});
-        return offset && *offset >= kImageOffsetLimit ? kBehindImageLimit : "its file entry cannot be read";
+        return offset && *offset >= kImageOffsetLimit ? kBeyondImageLimit : "its file entry cannot be read";
     }
     if (isDirectory != (use == BlurayUse::Directory)) {
         return systemErrorText(isDirectory ? EISDIR : ENOTDIR);
     }
     if (use == BlurayUse::Size) { return {}; }
-    const auto isBehind = [](const ImageExtent& extent) { return extent.offset >= kImageOffsetLimit; };
-    return std::ranges::any_of(data.extents, isBehind) ? kBehindImageLimit : kUnreadableData;
+    const auto isBeyondLimit = [](const ImageExtent& extent) { return extent.offset >= kImageOffsetLimit; };
+    return std::ranges::any_of(data.extents, isBeyondLimit) ? kBeyondImageLimit : kUnreadableData;
 }
 
 std::optional<UnreadableEntry> findUnreadableAt(const BlurayDiscSource& source, Components components,
