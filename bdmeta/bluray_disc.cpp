@@ -71,7 +71,7 @@ void parseId(std::span<const std::uint8_t> bytes, BlurayDisc& disc)
     disc.discId = hexText(bytes.subspan(44, 16));
 }
 
-// A path on the disc. One that is longer than this is cut, looked up so and shown so.
+// A path on the disc. A longer path is cut, also for the look-up.
 using DiscPath = std::array<char, 64>;
 
 DiscPath discPath(const char* directory, const std::string& name, const char* suffix)
@@ -81,7 +81,7 @@ DiscPath discPath(const char* directory, const std::string& name, const char* su
     return path;
 }
 
-// Reads one disc, step by step, and words the failure of the step that it has come to.
+// Reads one disc in steps; fail() writes the message of the failed step.
 class DiscRead {
 public:
     DiscRead(BlurayDisc& disc, const ErrorText& error)
@@ -108,7 +108,7 @@ public:
             std::ranges::all_of(playlists, [this](const std::string& name) { return readPlaylist(name); });
         if (!arePlaylistsRead) { return false; }
         m_step = Step::Clips;
-        // Also a file that the disc may lack, or a stream file's size, may have been what reached a bound.
+        // An optional file, or the size of a stream file, can have reached a bound without a failure.
         return std::ranges::all_of(clips, [this](const std::string& name) { return readClip(name); }) &&
                m_source.budget->reached() == nullptr;
     }
@@ -118,7 +118,7 @@ public:
         const char* const bound = m_source.budget ? m_source.budget->reached() : nullptr;
         if (bound != nullptr) { return m_error.fail(bound); }
         switch (m_step) {
-        case Step::Opening:  // has its message
+        case Step::Opening:  // openBluraySource() has written the message
             break;
         case Step::Listing:
             return m_error.fail(
@@ -132,22 +132,22 @@ public:
         return -1;
     }
 
-    // Whether the step's file or directory lies where no read of an image begins.
-    [[nodiscard]] bool isBehindImageLimit() const
+    // Returns whether the failed step's file or directory lies after the image's limit of reading.
+    [[nodiscard]] bool isBeyondImageLimit() const
     {
-        const auto isBehind = [this](const char* path, discio::BlurayUse use) {
+        const auto isBeyondLimit = [this](const char* path, discio::BlurayUse use) {
             const auto unreadable = findUnreadable(m_source, path, use);
-            return unreadable && unreadable->isAfterLimit;
+            return unreadable && unreadable->isBeyondLimit;
         };
         switch (m_step) {
         case Step::Opening:
             break;
         case Step::Listing:
-            return isBehind(kPlaylistDirectory, discio::BlurayUse::Directory) ||
-                   isBehind(kClipInfoDirectory, discio::BlurayUse::Directory);
+            return isBeyondLimit(kPlaylistDirectory, discio::BlurayUse::Directory) ||
+                   isBeyondLimit(kClipInfoDirectory, discio::BlurayUse::Directory);
         case Step::Playlists:
         case Step::Clips:
-            return isBehind(m_path.data(), discio::BlurayUse::File);
+            return isBeyondLimit(m_path.data(), discio::BlurayUse::File);
         }
         return false;
     }
@@ -155,7 +155,7 @@ public:
 private:
     enum class Step { Opening, Listing, Playlists, Clips };
 
-    // Both files may be missing or malformed.
+    // Both files are optional; a malformed one is ignored.
     void readIdentity()
     {
         std::vector<std::uint8_t> bytes;
@@ -178,7 +178,7 @@ private:
         return sizeBytes;
     }
 
-    // What has failed may also not be there, which is no warning.
+    // Adds no warning if the path does not exist.
     void warnOfUnreadable(const char* path, discio::BlurayUse use)
     {
         std::vector<discio::Message>& warnings = m_disc.readWarnings;
@@ -198,8 +198,8 @@ private:
         return true;
     }
 
-    // Reads a file of a listed name into `bytes`. In an image a name may hold the separator of paths; its path would
-    // lead to another file.
+    // Reads the file of a listed name. A name in an image can contain the separator of paths; its path would be that of
+    // another file.
     bool readListed(const std::string& name, std::vector<std::uint8_t>& bytes)
     {
         return name.find('/') == std::string::npos && readWholeFile(m_source, m_path.data(), bytes) == 0;
@@ -254,7 +254,7 @@ int readBlurayDisc(const char* path, BlurayDisc* disc, const ErrorText& error)
     try {
         if (read.run(path)) { return 0; }
         releaseBlurayDisc(*disc);
-        if (read.isBehindImageLimit()) { disc->readWarnings = {{discio::kAfterImageLimit, {}}}; }
+        if (read.isBeyondImageLimit()) { disc->readWarnings = {{discio::kBeyondImageLimit, {}}}; }
     } catch (const std::bad_alloc&) {  // fails the step in which it is thrown
         releaseBlurayDisc(*disc);
     }

@@ -1,6 +1,6 @@
-// What the navigation files of a Blu-ray disc say: its identity, every playlist (BDMV/PLAYLIST/*.mpls) and
-// every clip information file (BDMV/CLIPINF/*.clpi), and the raw bytes of both. Playlists and clips are tied
-// together by name alone: a PlayItem's clipName is the name of a clip, which the disc may lack.
+// The contents of a Blu-ray disc's navigation files: the disc's identity, every playlist (BDMV/PLAYLIST/*.mpls) and
+// every clip information file (BDMV/CLIPINF/*.clpi), and the raw bytes of both. A PlayItem's clipName is the name of
+// its clip, which the disc may lack.
 #pragma once
 
 #include "discio/error_text.h"
@@ -15,12 +15,13 @@
 
 namespace bdmeta {
 
-// A text from a fixed field of a file, in place: up to `Capacity` characters, ended by its first NUL.
+// A text of at most `Capacity` characters from a fixed field of a file. Needs no memory of its own; ends at the first
+// NUL.
 template <std::size_t Capacity>
 class FixedText {
 public:
     FixedText() = default;
-    // The text, cut to the capacity.
+    // Cuts the text at its first NUL and to the capacity.
     explicit FixedText(std::string_view text)
     {
         text = text.substr(0, text.find('\0'));
@@ -47,7 +48,7 @@ enum class StreamKind : std::uint8_t {
     InteractiveGraphics = 4
 };
 
-// The groups of a PlayItem's stream table (STN), in their order there.
+// The groups of a PlayItem's stream table (STN), in their order in the table.
 enum class StreamCategory : std::uint8_t {
     None = 0,  // streams of clip information
     PrimaryVideo = 1,
@@ -59,8 +60,8 @@ enum class StreamCategory : std::uint8_t {
     DolbyVision = 7
 };
 
-// An elementary stream. The names point into fixed tables and are never null; they are "" where the kind has
-// none.
+// An elementary stream. The names point into constant tables and are never null; a name that the kind does not have is
+// "".
 struct BlurayStream {
     const char* codingName = "";
     const char* videoFormatName = "";    // video: "1080p"
@@ -90,7 +91,7 @@ struct BlurayAngle {
     std::uint8_t stcId = 0;
 };
 
-// PlayItems whose tables are the same bytes share one: a disc of decoys repeats one table a hundred thousand
+// PlayItems with byte-wise equal tables share one: a disc of decoy playlists repeats one table a hundred thousand
 // times.
 using StreamTable = std::shared_ptr<const std::vector<BlurayStream>>;
 
@@ -118,7 +119,7 @@ struct BlurayPlaylistMark {
 };
 
 struct BlurayPlaylist {
-    FixedText<5> name;  // of the file without ".mpls", cut
+    FixedText<5> name;  // of the file without ".mpls", cut to 5 characters
     FixedText<4> version;
     std::vector<std::uint8_t> rawData;
     std::uint8_t playbackType = 0;
@@ -132,7 +133,7 @@ struct BlurayPlaylist {
 };
 
 struct BlurayClip {
-    ClipName name;  // of the file without ".clpi", cut
+    ClipName name;  // of the file without ".clpi", cut to 5 characters
     FixedText<4> version;
     std::vector<std::uint8_t> rawData;
     std::uint8_t clipStreamType = 0;
@@ -153,22 +154,24 @@ struct BlurayDisc {
     std::uint32_t titleCount = 0;                   // declared by index.bdmv
     std::vector<BlurayPlaylist> playlists;          // in byte-wise order of their names
     std::vector<BlurayClip> clips;                  // likewise
-    // Optional files that exist but cannot be read, and the reasons; the other fields are those of a disc without these
-    // files. If the disc cannot be read: advice that may help.
+    // Optional files and directories that exist but could not be read, each with its reason; the disc was read without
+    // them. If the whole disc could not be read: advice how to read it.
     std::vector<discio::Message> readWarnings;
 };
 
-// Reads a disc directory or image. 0 on success. -1 on failure with a message; `disc` is then empty except for its
-// warnings. One bad playlist or clip information file fails the whole disc, and so does a bound that
-// is reached (discio/read_budget.h). Either of `errorText` and its capacity may be missing.
+// Reads a disc directory or image. Returns 0, or -1 with a message; `disc` then holds only warnings. A malformed playlist
+// or clip information file fails the whole disc, and so does a bound that is reached (discio/read_budget.h). The message
+// is empty if memory ran out while the disc was opened.
 [[nodiscard]] int readBlurayDisc(const char* path, BlurayDisc* disc, const discio::ErrorText& error);
+
+// The same with a buffer that the caller provides: `errorText` may be null, and `errorCapacity` 0.
 [[nodiscard]] inline int readBlurayDisc(const char* path, BlurayDisc* disc, char* errorText,
                                         std::size_t errorCapacity)
 {
     return readBlurayDisc(path, disc, discio::ErrorText(errorText, errorCapacity));
 }
 
-// Frees what a read retained.
+// Empties the record and frees its memory.
 void releaseBlurayDisc(BlurayDisc& disc);
 
 }  // namespace bdmeta

@@ -14,10 +14,10 @@ namespace {
 
 constexpr std::size_t kMaxDiscNameLength = 255;
 
-// Computes what titles play; holds the clips by name, and the EP maps of those that a PlayItem has used.
-class Sizes {
+// Computes the playback sizes of titles. Holds the clips by name, and the EP maps of clips that a PlayItem has used.
+class PlaybackSizes {
 public:
-    Sizes(const BlurayDisc& disc, SizeFallback& fallback, discio::ReadBudget& budget)
+    PlaybackSizes(const BlurayDisc& disc, SizeFallback& fallback, discio::ReadBudget& budget)
         : m_fallback(fallback)
         , m_budget(budget)
     {
@@ -70,7 +70,7 @@ std::size_t distinctStreamCount(const BlurayTitle& title)
     return title.videoCodecs.size() + title.audioTracks.size() + title.subtitleTracks.size();
 }
 
-BlurayTitle deriveTitle(const BlurayPlaylist& playlist, Sizes& sizes, TitleStreams& streams)
+BlurayTitle deriveTitle(const BlurayPlaylist& playlist, PlaybackSizes& sizes, TitleStreams& streams)
 {
     BlurayTitle title;
     title.titleNumber =
@@ -99,7 +99,7 @@ std::optional<unsigned> hexDigit(char digit)
     return std::nullopt;
 }
 
-// The bytes of two digits each, up to the first pair that is missing or no number.
+// Returns the bytes of pairs of hexadecimal digits, up to the first pair that is missing or invalid.
 std::array<std::uint8_t, 16> discIdBytes(std::string_view discId)
 {
     std::array<std::uint8_t, 16> bytes = {};
@@ -139,7 +139,7 @@ int derive(const BlurayDisc& disc, std::vector<BlurayTitle>& titles, BlurayDiscS
            SizeFallback& fallback, discio::ReadBudget& budget)
 {
     if (disc.playlists.empty()) { return 0; }
-    Sizes sizes(disc, fallback, budget);
+    PlaybackSizes sizes(disc, fallback, budget);
     titles.reserve(disc.playlists.size());
     TitleStreams streams;
     for (const BlurayPlaylist& playlist : disc.playlists) {
@@ -165,7 +165,7 @@ int deriveBlurayTitles(const BlurayDisc* disc, std::vector<BlurayTitle>* titles,
     int outcome = -1;
     try {
         outcome = derive(*disc, *titles, *summary, *fallback, budget);
-    } catch (const std::bad_alloc&) {  // reported like any failure
+    } catch (const std::bad_alloc&) {  // returns -1, like other failures
     }
     if (outcome != 0) {
         *titles = {};

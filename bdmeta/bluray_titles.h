@@ -1,6 +1,6 @@
-// Titles from playlists: each playlist is a title with its stream counts, distinct streams and the size of
-// what angle 1 plays. Sizes come from the clips' entry point maps; a PlayItem whose range cannot be found
-// there counts its whole stream file, and its title is marked.
+// Derives a title from each playlist: stream counts, distinct streams and the size of angle 1. Sizes come from the
+// clips' EP maps. A PlayItem whose range is not in its clip's EP map counts the whole stream file, and its title is
+// marked as approximate.
 #pragma once
 
 #include "bdmeta/bluray_disc.h"
@@ -14,7 +14,7 @@ struct BlurayVideoCodec {
     std::uint8_t entryType = 0;
     std::uint16_t pid = 0;
     StreamCategory category = StreamCategory::None;
-    // For the views; the same stream's.
+    // Of the same stream, for the views.
     std::uint16_t width = 0;
     std::uint16_t height = 0;
     const char* videoFormatName = "";
@@ -62,7 +62,7 @@ struct BlurayTitle {
     std::uint32_t secondaryAudioCount = 0;
     std::uint32_t secondaryVideoCount = 0;
     std::vector<ClipName> segmentMap;  // each PlayItem's clip
-    // Distinct streams, in the order they are met.
+    // Distinct streams, in the order of their first occurrence.
     std::vector<BlurayVideoCodec> videoCodecs;
     std::vector<BlurayAudioTrack> audioTracks;
     std::vector<BluraySubtitleTrack> subtitleTracks;
@@ -86,16 +86,16 @@ struct BlurayDiscSummary {
     std::uint32_t totalSecondaryVideo = 0;
 };
 
-// How often a derivation had to count a whole stream file, and where first. The caller logs it.
+// How many PlayItems of a derivation counted a whole stream file, and the first of them. The caller logs it.
 struct SizeFallback {
     std::uint64_t count = 0;
     FixedText<5> firstPlaylist;
     ClipName firstClip;
 };
 
-// Derives a title from every playlist, in their order. 0 on success; -1 when an argument is missing, memory
-// runs out or a bound of the budget is reached, which is then the one to ask. A disc without playlists succeeds with no
-// titles and an empty summary.
+// Derives a title from every playlist, in their order. Returns 0, or -1 if an argument is null, memory runs out or a
+// bound of the budget is reached; budget.reached() is then its message. A disc without playlists gives no titles and an
+// empty summary.
 [[nodiscard]] int deriveBlurayTitles(const BlurayDisc* disc, std::vector<BlurayTitle>* titles,
                                      BlurayDiscSummary* summary, SizeFallback* fallback,
                                      discio::ReadBudget& budget);

@@ -39,7 +39,8 @@ Header parseHeader(ByteReader file, BlurayClip& clip)
     return header;
 }
 
-// A section with its length field; a failed reader where it has no address or does not lie inside the file.
+// Returns a reader over a section and its length field; a failed reader if the section has no address or is not all in
+// the file.
 ByteReader section(ByteReader file, std::uint32_t address)
 {
     if (address == 0) { return file.slice(file.size(), 1); }

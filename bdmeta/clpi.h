@@ -5,11 +5,11 @@
 //     12  address of ProgramInfo()
 //     16  address of CPI(), see ep_map.h
 //
-// ProgramInfo():  0 length behind this field, 5 number of programs, 6 the programs
+// ProgramInfo():  0 length after this field, 5 number of programs, 6 the programs
 //     program:    6 number of streams, 8 the streams: u16 PID, StreamCodingInfo() (a length byte and the
 //                 body of stream_attributes.h)
 //
-// SequenceInfo(): 0 length behind this field, 5 number of ATC sequences, 6 the ATC sequences
+// SequenceInfo(): 0 length after this field, 5 number of ATC sequences, 6 the ATC sequences
 //     ATC:        0 SPN_ATC_start, 4 number of STC sequences, 5 offset_STC_id, 6 the STC sequences
 //     STC:        0 PCR PID, 2 SPN_STC_start, 6 presentation start, 10 presentation end, 45 kHz ticks
 #pragma once
@@ -21,9 +21,8 @@
 
 namespace bdmeta {
 
-// All that a clip information file says, but for its EP map; empty where it is malformed. A malformed
-// SequenceInfo() does no harm: its complete STC sequences count. The name, the raw data and the stream file's
-// size are the caller's to set.
+// Parses a clip information file without its EP map. Empty if the file is malformed. Of a malformed SequenceInfo() the
+// complete STC sequences count. The caller sets the name, the raw data and the stream file's size.
 [[nodiscard]] std::optional<BlurayClip> parseClipInfoBytes(std::span<const std::uint8_t> bytes);
 
 }  // namespace bdmeta

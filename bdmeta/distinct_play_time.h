@@ -1,4 +1,4 @@
-// How much a playlist plays when nothing counts twice: a menu's loop plays one short clip hundreds of times and can be
+// The play time of a playlist without repetitions: a menu's loop plays one short clip hundreds of times and can be
 // longer than the film.
 #pragma once
 

@@ -1,5 +1,5 @@
-// The entry points of one elementary stream in a clip's EP map: coarse entries, each with a run of fine
-// entries that complete its time and packet number.
+// The entry points of one elementary stream in a clip's EP map: coarse entries, each with a run of fine entries that
+// complete its time and its packet number.
 //
 //      0  offset of the fine entries, counted from here
 //      4  coarse entries, 8 bytes: number of the first fine entry (18 bits), PTS_EP_coarse (14 bits),
@@ -8,8 +8,8 @@
 //         SPN_EP_fine (17 bits)
 //
 // A coarse entry owns the fine entries from its first to the next coarse entry's first, the last one up to
-// their count. First entries that go backwards leave the one before without any, and let fine entries have
-// several owners.
+// their count. If the next first entry is not larger, a coarse entry owns none; so a fine entry can have several
+// owners.
 #pragma once
 
 #include "discio/byte_reader.h"
@@ -25,7 +25,7 @@ struct EpEntry {
     std::uint32_t packet = 0;  // source packet number
 };
 
-// Where an EP stream's tables are, and what they claim to hold.
+// The place of an EP stream's tables, and their declared sizes.
 struct EpTableHeader {
     std::uint32_t start = 0;  // in the EP map
     std::uint32_t coarseCount = 0;
@@ -36,11 +36,11 @@ struct EpTableHeader {
 
 class EpTable {
 public:
-    // `map` holds the EP map from its start to the file's end, the tables' one bound; its bytes must outlive
+    // `map` reads from the start of the EP map to the file's end, which alone bounds the tables. Its bytes must outlive
     // the table.
     EpTable(discio::ByteReader map, const EpTableHeader& header);
 
-    // Whether all coarse entries and all fine entries that they own lie inside the file.
+    // Returns whether the file holds all coarse entries and all fine entries that they own.
     [[nodiscard]] bool isWhole() const { return m_isWhole; }
 
     // The number of coarse entries, and of the entry points that a walk visits. A fine entry counts once for each
@@ -69,7 +69,7 @@ private:
 
     struct Coarse {
         std::uint32_t firstFine = 0;
-        std::uint32_t time = 0;    // the part that a fine entry completes
+        std::uint32_t time = 0;    // without the part in the fine entries
         std::uint32_t packet = 0;  // likewise
     };
 
@@ -98,7 +98,7 @@ private:
     }
 
     std::span<const std::uint8_t> m_coarse;
-    std::span<const std::uint8_t> m_fine;  // from the first to the file's end
+    std::span<const std::uint8_t> m_fine;  // from the first fine entry to the file's end
     std::uint32_t m_fineCount;
     std::uint64_t m_entryCount = 0;
     bool m_isWhole = false;

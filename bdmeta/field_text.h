@@ -1,4 +1,4 @@
-// Texts that stand in fixed fields of the navigation files.
+// Texts in fixed fields of the navigation files.
 #pragma once
 
 #include "bdmeta/bluray_disc.h"
@@ -8,7 +8,7 @@
 
 namespace bdmeta {
 
-// The next `Capacity` bytes as a text, which ends at its first NUL; empty where fewer remain.
+// Takes the next `Capacity` bytes as a text, which ends at its first NUL; empty if fewer remain.
 template <std::size_t Capacity>
 [[nodiscard]] FixedText<Capacity> readText(discio::ByteReader& reader)
 {

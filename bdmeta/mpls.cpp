@@ -18,10 +18,10 @@ constexpr std::size_t kMarkSize = 14;
 constexpr std::size_t kAngleSize = 10;
 
 constexpr std::size_t kAppInfoOffset = 40;
-// Deliberate: an AppInfoPlayList() of the usual length, 14, is not looked at; its fields then stay 0.
+// Deliberate: an AppInfoPlayList() of the usual length, 14, is ignored; its fields stay 0.
 constexpr std::uint32_t kAppInfoMinimum = 17;
 
-// A PlayItem without further angles, behind its length field.
+// The size of a PlayItem without further angles, after its length field.
 constexpr std::size_t kPlayItemMinimum = 32;
 constexpr std::size_t kLengthFieldSize = 2;
 
@@ -50,7 +50,7 @@ BlurayAngle parseAngle(ByteReader& reader)
     return angle;
 }
 
-// The fields of fixed place; whether the PlayItem has several angles.
+// Parses the fields at fixed offsets. Returns whether the PlayItem has several angles.
 bool parseFields(ByteReader& reader, BlurayPlayItem& item)
 {
     item.clipName = readText<5>(reader);
@@ -71,7 +71,7 @@ bool parseFields(ByteReader& reader, BlurayPlayItem& item)
     return (flags & 0x10U) != 0;
 }
 
-// Parses the PlayItem at the reader, which is over the whole file, and moves to its end.
+// Parses the PlayItem at the position of `file`, a reader over the whole file, and moves to its end.
 bool parsePlayItem(ByteReader& file, std::span<const std::uint8_t> bytes, StreamTables& tables,
                    BlurayPlayItem& item)
 {
@@ -94,7 +94,7 @@ bool parsePlayItem(ByteReader& file, std::span<const std::uint8_t> bytes, Stream
     }
     if (!reader.ok()) { return false; }
 
-    // Deliberate: the stream table may go beyond the item, whose length alone says where the next one begins.
+    // Deliberate: the stream table may extend past the item; the next item begins after the item's own length.
     item.streams = tables.read(bytes.subspan(start + reader.position()));
     file.skip(length);
     return item.streams != nullptr;

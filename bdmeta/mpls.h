@@ -9,7 +9,7 @@
 //                 8 entry PID, 10 duration
 //
 // PlayItem():
-//      0  length behind this field                 14  IN time, 18 OUT time, 45 kHz ticks
+//      0  length after this field                  14  IN time, 18 OUT time, 45 kHz ticks
 //      2  clip name, 7 codec identifier            30  bit 7: random access
 //     12  bit 4: several angles; low 4 bits:       31  still mode, 32 still time
 //         connection condition                     34  several angles only: their number, 36 the further ones
@@ -26,8 +26,8 @@
 
 namespace bdmeta {
 
-// All that a playlist file says; empty where it is malformed. The name and the raw data are the caller's to
-// set. `tables` are those of the disc that the playlist belongs to.
+// Parses a playlist file. Empty if it is malformed, or the disc's `tables` exceed their budget. The caller sets the
+// name and the raw data.
 [[nodiscard]] std::optional<BlurayPlaylist> parsePlaylistBytes(std::span<const std::uint8_t> bytes,
                                                                StreamTables& tables);
 

@@ -14,16 +14,15 @@ namespace {
 constexpr std::size_t kHeaderSize = 16;
 constexpr std::size_t kLengthFieldSize = 2;
 
-// How many tables are remembered, and up to which size: a table of a hundred streams takes some 1,600 bytes.
-// Both are small so that a disc whose tables differ in their last byte alone costs little more than its
-// parse.
+// The number of recent tables, and the size of the largest; a table of a hundred streams has about 1,600 bytes. Both
+// are small, so that the search for an equal table costs little on a disc whose tables all differ in their last byte.
 constexpr std::size_t kMaxRecentTables = 32;
 constexpr std::size_t kMaxSharedTableSize = 2048;
 
 struct StreamGroup {
     StreamCategory category;
     unsigned streamCount;
-    unsigned referenceListCount;  // behind each of its entries
+    unsigned referenceListCount;  // after each of its entries
 };
 
 std::uint16_t be16At(std::span<const std::uint8_t> bytes, std::size_t offset)
@@ -33,7 +32,7 @@ std::uint16_t be16At(std::span<const std::uint8_t> bytes, std::size_t offset)
     return reader.be16();
 }
 
-// `entry` holds the length byte and what it counts, the type first.
+// `entry` begins with the length byte and the type.
 std::uint16_t entryPid(std::span<const std::uint8_t> entry, std::uint8_t entryType)
 {
     switch (entryType) {
@@ -49,7 +48,7 @@ std::uint16_t entryPid(std::span<const std::uint8_t> entry, std::uint8_t entryTy
     }
 }
 
-// A length byte and the bytes that it counts, at least one; empty, and failure, otherwise.
+// Takes a length byte and as many bytes, together. Empty if the length is 0 or the bytes end before.
 std::span<const std::uint8_t> readCounted(ByteReader& reader)
 {
     const std::size_t start = reader.position();
@@ -135,9 +134,9 @@ std::optional<ParsedStreamTable> parseStreamTable(std::span<const std::uint8_t> 
 
 StreamTable StreamTables::read(std::span<const std::uint8_t> bytes)
 {
-    // The declared length is held against the file's end, which equal bytes do not tell.
+    // Needed also for a shared table: equal tables can have different distances to the file's end.
     if (!isDeclaredLengthValid(bytes)) { return nullptr; }
-    const auto known = std::ranges::find_if(m_recent, [bytes](const Known& recent) {
+    const auto known = std::ranges::find_if(m_recent, [bytes](const RecentTable& recent) {
         return recent.bytes.size() <= bytes.size() &&
                std::ranges::equal(recent.bytes, bytes.first(recent.bytes.size()));
     });

@@ -48,7 +48,7 @@ struct VideoFormat {
     std::uint16_t height = 0;
 };
 
-// Every code of four bits has its place; those without a meaning are unknown.
+// Indexed by codes of four bits; unassigned codes are unknown.
 constexpr std::array<VideoFormat, 16> kVideoFormats = {{
     {},
     {"480i", 720, 480},
@@ -89,7 +89,7 @@ std::uint8_t lowNibble(std::uint8_t byte)
     return byte & 0x0FU;
 }
 
-// Deliberate: a playlist holds both in one byte, clip information spreads them over two.
+// Deliberate: a playlist has both in one byte, clip information in two.
 void decodeHevc(BlurayStream& stream, ByteReader reader, bool fromClipInfo)
 {
     const std::uint8_t first = reader.u8();

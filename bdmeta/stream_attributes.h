@@ -1,5 +1,5 @@
-// The attributes of an elementary stream, as a PlayItem's stream table (stream_attributes) and clip
-// information (StreamCodingInfo) give them. The body, behind its length byte:
+// The attributes of an elementary stream in a PlayItem's stream table (stream_attributes) and in clip information
+// (StreamCodingInfo). The body, after its length byte:
 //
 //     0  stream_coding_type
 //     1  video: format (high 4 bits), frame rate (low 4 bits)      HEVC: 2-3 dynamic range and colour space
@@ -14,9 +14,8 @@
 
 namespace bdmeta {
 
-// Fills `stream` from the body of its attributes. A body too short for its kind gives the PID, the coding
-// type and its name only; an empty one the PID alone. Clip information (`fromClipInfo`) lays HEVC out
-// differently.
+// Fills `stream` from the body of its attributes. A body that is too short for its kind sets only the PID, the coding
+// type and its name; an empty body only the PID. Clip information (`fromClipInfo`) has another layout for HEVC.
 void decodeStreamAttributes(BlurayStream& stream, std::uint16_t pid, std::span<const std::uint8_t> attributes,
                             bool fromClipInfo);
 

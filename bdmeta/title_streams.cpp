@@ -93,7 +93,7 @@ BluraySubtitleTrack subtitleTrackOf(const BlurayStream& stream)
             .pid = stream.pid};
 }
 
-// What makes two entries of a title's list the same one.
+// Two entries of a title's list are equal if these fields are.
 
 auto identityOf(const BlurayVideoCodec& codec)
 {
@@ -112,8 +112,8 @@ auto identityOf(const BluraySubtitleTrack& track)
                       std::string_view(track.format));
 }
 
-// Keeps the first of every set of equal entries, in the order they stand. By sorting, since a disc can hold
-// millions of streams and choose their values.
+// Keeps the first of equal entries, in their order. Sorts instead of hashing or comparing pairs: a hostile disc can
+// hold millions of streams with chosen values.
 template <typename Entry>
 void keepDistinct(std::vector<Entry>& entries)
 {

@@ -7,16 +7,16 @@
 
 namespace bdmeta {
 
-// Many titles of a disc share one stream table; its streams are looked at once.
+// Derives the streams of titles. The streams of a table that many titles share are visited once.
 class TitleStreams {
 public:
     // Sets the title's stream counts, its picture size and its lists of distinct streams.
     void addTo(BlurayTitle& title, const std::vector<BlurayPlayItem>& playItems);
 
 private:
-    // What a title of one table alone would have, for the tables that several PlayItems share.
+    // By shared table: the streams of a title with that table alone.
     std::unordered_map<const void*, BlurayTitle> m_shared;
-    BlurayTitle m_own;  // likewise, for the table that was met last
+    BlurayTitle m_own;  // likewise, of the last table that is not shared
 };
 
 }  // namespace bdmeta

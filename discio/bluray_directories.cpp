@@ -26,8 +26,7 @@ std::optional<DiscDirectory> readTreeDirectory(const std::string& path)
     return directory;
 }
 
-// A search looks at one record after the other, so it finds those before what cannot be read; a listing needs
-// all.
+// A directory that cannot be read to its end is not listable; the records before that place can still be found.
 DiscDirectory readIsoDirectory(const BlurayDiscSource& source, const IsoExtent& extent)
 {
     DiscDirectory directory;

@@ -1,5 +1,5 @@
-// How the Blu-ray source finds its way through the directories of a disc. Each is read when it is first asked
-// for and kept with the source, and so is the knowledge that one is not there.
+// The directories of a Blu-ray source. Each is read when it is first needed and then kept with the source, also as
+// missing.
 #pragma once
 
 #include "discio/bluray_source.h"
@@ -12,22 +12,23 @@
 
 namespace discio {
 
-// The components of a path; empty ones vanish.
+// Returns the components of a path without empty ones. They refer to the path.
 [[nodiscard]] std::vector<std::string_view> splitPath(std::string_view path);
 
-// The path of these components.
+// Returns the components joined by "/".
 [[nodiscard]] std::string joinPath(std::span<const std::string_view> components);
 
-// The directory with this path, which for no components is the disc root; null where there is none.
+// Returns the directory with this path; the disc root for no components; null if it is missing or unreadable.
 [[nodiscard]] const DiscDirectory* directoryAt(const BlurayDiscSource& source,
                                                std::span<const std::string_view> components);
 
-// What a path of at least one component ends at.
+// The last component of a path.
 struct FoundEntry {
-    const DiscDirectory* directory = nullptr;
-    const DiscEntry* entry = nullptr;  // null where nothing is there
+    const DiscDirectory* directory = nullptr;  // the one that holds it; null if missing or unreadable
+    const DiscEntry* entry = nullptr;          // null if the directory has no such entry
 };
 
+// Finds the entry of a path with at least one component.
 [[nodiscard]] FoundEntry entryAt(const BlurayDiscSource& source,
                                  std::span<const std::string_view> components);
 

@@ -20,8 +20,8 @@ constexpr std::string_view kBdmv = "BDMV";
 constexpr std::size_t kComponentLimit = 64;   // of a path in an image
 constexpr std::size_t kRootPathLimit = 4096;  // of a directory tree
 
-// The padding is taken off before the text is cut at its first NUL, so that blanks before an inner NUL stay; a DVD's
-// fields are cut first (fixedFieldText).
+// Removes the padding before cutting the text at its first NUL, so blanks before an inner NUL stay. A DVD's fields are
+// cut first (fixedFieldText).
 std::string trimmedVolumeId(std::span<const std::uint8_t> field)
 {
     std::string text(field.begin(), field.end());
@@ -93,7 +93,7 @@ int openPath(const char* path, BlurayDiscSource& source, const ErrorText& error)
     case PathKind::Other:
         break;
     }
-    // Deliberate: nothing has failed, so the text is that of whatever failed last.
+    // Deliberate: no call has failed here, so errno is that of an earlier failure.
     return error.fail(MESSAGE_NOOP("Messages", "cannot open '%1': %2"), {path, systemErrorText(errno)});
 }
 
@@ -123,7 +123,7 @@ bool readFromImage(const BlurayDiscSource& source, std::string_view relativePath
            readExtents(source.image, data, bytes);
 }
 
-// ---- What cannot be read ----
+// ---- Unreadable entries ----
 
 using Components = std::span<const std::string_view>;
 
@@ -133,7 +133,7 @@ constexpr char kUnreadableData[] = MESSAGE_NOOP("Messages", "cannot read '%1': i
 constexpr char kUnreadableEntry[] =
     MESSAGE_NOOP("Messages", "cannot read '%1': its file entry cannot be read");
 constexpr char kNoRegularFile[] = MESSAGE_NOOP("Messages", "cannot read '%1': it is no regular file");
-constexpr char kAfterLimit[] =
+constexpr char kBeyondLimit[] =
     MESSAGE_NOOP("Messages", "cannot read '%1': the file lies behind the image's first 2 GiB; "
                              "mount the image and open the directory");
 
@@ -171,12 +171,12 @@ Reason imageReason(const BlurayDiscSource& source, Components components, Bluray
     if (resolveImagePath(source, joinPath(components), data, isDirectory) != 0) {
         const DiscEntry* const entry = entryAt(source, components).entry;
         const auto offset = udfByteOffset(source.udf, {entry->block, entry->partition});
-        return {offset && *offset >= kImageOffsetLimit ? kAfterLimit : kUnreadableEntry};
+        return {offset && *offset >= kImageOffsetLimit ? kBeyondLimit : kUnreadableEntry};
     }
     if (isDirectory != (use == BlurayUse::Directory)) { return systemReason(isDirectory ? EISDIR : ENOTDIR); }
     if (use == BlurayUse::Size) { return {}; }
-    const auto isAfterLimit = [](const ImageExtent& extent) { return extent.offset >= kImageOffsetLimit; };
-    return {std::ranges::any_of(data.extents, isAfterLimit) ? kAfterLimit : kUnreadableData};
+    const auto isBeyondLimit = [](const ImageExtent& extent) { return extent.offset >= kImageOffsetLimit; };
+    return {std::ranges::any_of(data.extents, isBeyondLimit) ? kBeyondLimit : kUnreadableData};
 }
 
 std::optional<UnreadableEntry> findUnreadableAt(const BlurayDiscSource& source, Components components,
@@ -192,7 +192,7 @@ std::optional<UnreadableEntry> findUnreadableAt(const BlurayDiscSource& source, 
                               ? treeReason(found.directory->path + '/' + found.entry->name, use)
                               : imageReason(source, components, use);
     if (reason.sentence == nullptr) { return std::nullopt; }
-    UnreadableEntry unreadable = {{reason.sentence, {joinPath(components)}}, reason.sentence == kAfterLimit};
+    UnreadableEntry unreadable = {{reason.sentence, {joinPath(components)}}, reason.sentence == kBeyondLimit};
     if (reason.systemError != 0) {
         unreadable.message.arguments.emplace_back(systemErrorText(reason.systemError));
     }

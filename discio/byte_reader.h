@@ -1,6 +1,6 @@
-// A bounds-checked cursor over bytes read from a disc. A read past the end yields 0, moves nothing and leaves
-// the reader failed for good, so a parser reads a group of fields and then asks ok() once; a counted loop
-// asks it in every round.
+// A bounds-checked cursor over bytes read from a disc. A read past the end returns 0, does not move the cursor and
+// makes the reader fail permanently. A parser reads a group of fields and then checks ok() once; a counted loop checks
+// it in every round.
 #pragma once
 
 #include <cstddef>
@@ -29,7 +29,7 @@ public:
     constexpr std::uint32_t le32() { return static_cast<std::uint32_t>(littleEndian(4)); }
     constexpr std::uint64_t le64() { return littleEndian(8); }
 
-    // The next `count` bytes; an empty span, and failure, where fewer remain.
+    // Takes the next `count` bytes. If fewer remain, returns an empty span and the reader fails.
     constexpr std::span<const std::uint8_t> bytes(std::size_t count)
     {
         if (!require(count)) { return {}; }
@@ -43,8 +43,8 @@ public:
         if (require(count)) { m_position += count; }
     }
 
-    // Moves to `position`, counted from the start of the data; the end itself is a valid position. 64 bits
-    // wide on every system, since offsets on discs may be.
+    // Moves to `position`, counted from the start of the data; the end is a valid position. 64 bits wide on every
+    // system, because offsets on discs are.
     constexpr void seek(std::uint64_t position)
     {
         if (!m_ok || position > m_data.size()) {
@@ -54,8 +54,8 @@ public:
         m_position = static_cast<std::size_t>(position);
     }
 
-    // A reader of its own, with its own end, over `count` bytes from `offset` of the data. A failed reader
-    // where they do not all lie inside; this reader is not changed.
+    // Returns a separate reader over `count` bytes from `offset` of the data; a failed reader if the data do not hold
+    // them all. This reader does not change.
     [[nodiscard]] constexpr ByteReader slice(std::uint64_t offset, std::uint64_t count) const
     {
         ByteReader inner;

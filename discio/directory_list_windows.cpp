@@ -22,7 +22,7 @@ std::optional<std::vector<std::string>> listDirectory(const std::string& path)
     WIN32_FIND_DATAA entry = {};
     const HANDLE handle = ::FindFirstFileA((path + "/*").c_str(), &entry);
     if (handle == INVALID_HANDLE_VALUE) {
-        // A drive's root has no "." and "..", so nothing is found in an empty one.
+        // An empty drive root has no entries, not even "." and "..".
         if (::GetLastError() == ERROR_FILE_NOT_FOUND) { return std::vector<std::string>(); }
         return std::nullopt;
     }

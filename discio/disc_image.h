@@ -1,8 +1,7 @@
-// A disc image as the Blu-ray side reads it, and the pieces of it that its files are made of.
+// A Blu-ray disc image, and the extents that the files in it consist of.
 //
-// Deliberate: no read begins at a byte offset of 2 GiB or more. One that begins below it may run past it.
-// Places and sizes are 64 bits wide all the same: a stream file beyond the limit, which nobody reads, keeps
-// its size.
+// Deliberate: no read begins at a byte offset of 2 GiB or more. A read that begins before it may end after it. Offsets
+// and sizes are 64 bits wide nevertheless: a stream file after the limit, which is never read, keeps its size.
 #pragma once
 
 #include "discio/file_stream.h"
@@ -20,11 +19,11 @@ inline constexpr std::uint64_t kImageOffsetLimit = std::uint64_t{1} << 31U;
 
 struct DiscImage {
     FileStream stream;
-    std::uint64_t sizeBytes = 0;         // when it was opened
-    std::shared_ptr<ReadBudget> budget;  // of the disc; never null where the stream is not
+    std::uint64_t sizeBytes = 0;         // at opening
+    std::shared_ptr<ReadBudget> budget;  // of the disc; not null if the stream is not
 };
 
-// A run of bytes of the image.
+// Consecutive bytes of the image.
 struct ImageExtent {
     std::uint64_t offset = 0;
     std::uint64_t sizeBytes = 0;
@@ -32,7 +31,7 @@ struct ImageExtent {
     friend bool operator==(const ImageExtent&, const ImageExtent&) = default;
 };
 
-// A file's data: the concatenation of its extents in their order.
+// A file's data: its extents, concatenated in their order.
 struct ExtentList {
     std::vector<ImageExtent> extents;
     std::uint64_t sizeBytes = 0;  // their sum
@@ -44,15 +43,16 @@ struct ExtentList {
     }
 };
 
-// As many of `out` as the image holds from `offset` on, none from the limit on; the count of bytes read.
+// Reads at `offset` until `out` is full or the image ends. Returns the number of bytes read; 0 if `offset` is
+// kImageOffsetLimit or more.
 [[nodiscard]] std::size_t readImage(const DiscImage& image, std::uint64_t offset,
                                     std::span<std::uint8_t> out);
 
-// Whether the image holds all of the extent and reads may begin where it begins.
+// Returns whether the image holds the whole extent and a read may begin at its offset.
 [[nodiscard]] bool isReadable(const DiscImage& image, const ImageExtent& extent);
 
-// Reads all of the data. False where an extent is not readable, or where extents that share bytes add up to more than
-// the whole image: memory is taken for no more than that.
+// Reads all of the data. Returns false if an extent is not readable, or if the extents, which can share bytes, are
+// together larger than the image; so no more than the image's size is allocated.
 [[nodiscard]] bool readExtents(const DiscImage& image, const ExtentList& data,
                                std::vector<std::uint8_t>& bytes);
 

@@ -71,7 +71,7 @@ int openImage(const std::string& path, DvdDiscSource& source, const ErrorText& e
     return bound == nullptr ? 0 : error.fail(bound);
 }
 
-// The file in the image: the first record of its name, whatever its kind, must be one of a file.
+// Finds the file in the image: the first record with its name must be a file's.
 std::optional<DiscFileRef> findInImage(const DvdDiscSource& source, const std::string& name)
 {
     const DiscEntry* const entry = source.videoTs.find(name);
@@ -79,7 +79,7 @@ std::optional<DiscFileRef> findInImage(const DvdDiscSource& source, const std::s
     return DiscFileRef{source.image, std::uint64_t{source.blockSize} * entry->block, entry->sizeBytes};
 }
 
-// Opens a file of the directory; `absent` (when given) takes the place of the message for a missing file.
+// Opens a file of the directory. If the file is missing and `absent` is not null, sets `*absent` instead of a message.
 int openInDirectory(const DvdDiscSource& source, const std::string& name, DiscFileRef& ref, bool* absent,
                     const ErrorText& error)
 {

@@ -34,7 +34,7 @@ private:
     Message* m_message;
 };
 
-// The system's text for an error number of the C library.
+// Returns the C library's text for an error number.
 [[nodiscard]] const char* systemErrorText(int errorNumber);
 
 }  // namespace discio

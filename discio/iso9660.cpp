@@ -30,8 +30,7 @@ bool isDotEntry(std::span<const std::uint8_t> identifier)
     return identifier.size() == 1 && identifier[0] <= 1;
 }
 
-// The identifier up to its version suffix or its first NUL. One that claims to be longer than its record is clipped
-// to it.
+// The identifier up to its version suffix or its first NUL.
 std::string identifierText(std::span<const std::uint8_t> identifier)
 {
     const auto isEnd = [](std::uint8_t byte) { return byte == ';' || byte == 0; };
@@ -103,7 +102,7 @@ std::optional<IsoDirectoryRecord> IsoDirectoryWalk::next()
     return std::nullopt;
 }
 
-// `count` bytes at the position; empty where the image does not hold them all or the budget is spent.
+// Returns `count` bytes at the position; empty if the image does not hold them all or the budget is spent.
 std::span<const std::uint8_t> IsoDirectoryWalk::bytes(std::size_t count)
 {
     const std::uint64_t windowEnd = m_windowStart + m_windowLength;

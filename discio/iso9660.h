@@ -1,5 +1,4 @@
-// The part of ISO-9660 (ECMA-119) that finding files on a disc needs: the primary volume descriptor and the
-// records of a directory.
+// The part of ISO-9660 (ECMA-119) that is needed to find files: the primary volume descriptor and directory records.
 //
 // Primary volume descriptor, sector 16 of 2,048 bytes:
 //     0  type, 1 for the primary descriptor       128  logical block size, little-endian; 130 big-endian
@@ -46,27 +45,27 @@ struct IsoVolume {
     std::uint32_t blockSize = 0;        // the big-endian copy, unchecked
     std::uint8_t rootRecordLength = 0;  // unchecked
     IsoExtent root;
-    std::array<std::uint8_t, kIsoVolumeIdSize> volumeId = {};  // as it stands
+    std::array<std::uint8_t, kIsoVolumeIdSize> volumeId = {};  // with its padding
 };
 
-// What the 2,048 bytes of sector 16 say; empty when they are no primary volume descriptor.
+// Parses the 2,048 bytes of sector 16. Empty if they are not a primary volume descriptor.
 [[nodiscard]] std::optional<IsoVolume> parsePrimaryVolumeDescriptor(std::span<const std::uint8_t> sector);
 
-// The same, read from the image; empty also when the sector cannot be read whole.
+// Reads sector 16 of the image and parses it. Empty also if the sector cannot be read whole.
 [[nodiscard]] std::optional<IsoVolume> readPrimaryVolumeDescriptor(const NativeFile& image);
 
-// Walks the records of a directory in their order, those of the directory itself and of its parent left out.
+// Walks the records of a directory in their order, without those of the directory itself and of its parent.
 class IsoDirectoryWalk {
 public:
     // `image` and `budget` must outlive the walk. A block size of 0 gives an empty walk.
     IsoDirectoryWalk(const NativeFile& image, std::uint32_t blockSize, const IsoExtent& directory,
                      ReadBudget& budget);
 
-    // The next record; empty at the directory's end, the image's end or the budget's, and for good before a
-    // record that makes no sense.
+    // Returns the next record; empty at the directory's end, at the image's end, if the budget is spent, and
+    // permanently at a malformed record.
     [[nodiscard]] std::optional<IsoDirectoryRecord> next();
 
-    // Whether the walk came to the directory's end, and so has seen every record.
+    // Returns whether the walk has reached the directory's end, and so every record.
     [[nodiscard]] bool isAtEnd() const { return m_position >= m_end; }
 
 private:
@@ -77,14 +76,13 @@ private:
     std::uint32_t m_blockSize;
     std::uint64_t m_position;
     std::uint64_t m_end;
-    std::vector<std::uint8_t> m_window;  // bytes of the image, many records at a time
+    std::vector<std::uint8_t> m_window;  // bytes of the image, with many records
     std::uint64_t m_windowStart = 0;
     std::size_t m_windowLength = 0;
 };
 
-// The first record of `directory` whose identifier, without its version suffix, is `name` but for letter
-// case. Empty when there is none before the directory's end, the image's end or the budget's, or before a record
-// that makes no sense.
+// Returns the first record of `directory` whose identifier without its version suffix is `name`, ignoring letter case.
+// Empty if there is none before the walk ends.
 [[nodiscard]] std::optional<IsoDirectoryRecord>
 findDirectoryRecord(const NativeFile& image, std::uint32_t blockSize, const IsoExtent& directory,
                     std::string_view name, ReadBudget& budget);

@@ -1,6 +1,6 @@
-// What reading one disc may cost. A disc can claim far more than it holds: sparse files, names and extents that share
-// bytes, tables that overlap. No real disc comes near a tenth of any bound. A bound that is reached fails the disc, so
-// it never changes what is read of one, and the message of that failure is the bound's own, not one about a file.
+// Limits the cost of reading one disc. A disc can claim far more than it holds: sparse files, names and extents that
+// share bytes, tables that overlap. Real discs need less than a tenth of any bound. A bound that is reached fails the
+// whole disc, so it never changes what is read of a disc. The failure's message names the bound, not a file.
 #pragma once
 
 #include "discio/error_text.h"
@@ -14,15 +14,16 @@ namespace discio {
 class ReadBudget {
 public:
     enum class Bound : std::size_t {
-        NavigationBytes,  // of the navigation files, whole
-        FileSystemBytes,  // of what leads to them in an image: directories, allocation descriptors, volume descriptors
+        NavigationBytes,  // bytes of the navigation files
+        FileSystemBytes,  // bytes of an image's directories, allocation descriptors and volume descriptors
         Pieces,           // extents of the files of an image, beyond the first of each
-        Streams,    // of the clips, and of the playlists' stream tables, a shared table counted once
-        LookUps,    // steps of the searches for entry points (bdmeta::kEpStepCost)
-        TitleRows,  // titles and their distinct streams, each a row for the views
+        Streams,          // of the clips and of the playlists' stream tables; a shared table counts once
+        LookUps,          // steps of the searches for entry points (bdmeta::kEpStepCost)
+        TitleRows,        // titles and their distinct streams, each a row for the views
     };
 
-    // Takes `amount` from what the bound leaves. False if that is less; from then on every call is false.
+    // Takes `amount` from what is left of the bound. Returns false if less is left; then the bound is reached, and
+    // every later call returns false.
     [[nodiscard]] bool spend(Bound bound, std::uint64_t amount)
     {
         Allowance& allowance = of(bound);
@@ -32,13 +33,13 @@ public:
         return true;
     }
 
-    // Lowers what a bound leaves to `left`, under a message of its own; does nothing where it leaves less.
+    // Lowers what is left of a bound to `left` and sets its message; does nothing if less is left.
     void lower(Bound bound, std::uint64_t left, const char* message)
     {
         if (left < of(bound).left) { of(bound) = {left, message}; }
     }
 
-    // The files of an image may share bytes; all of them together may be no larger than the image.
+    // Lowers the bound of navigation bytes to the image's size: its files can share bytes.
     void holdToImage(std::uint64_t imageSizeBytes)
     {
         lower(Bound::NavigationBytes, imageSizeBytes,
@@ -50,7 +51,7 @@ public:
         return m_allowances.at(static_cast<std::size_t>(bound)).left;
     }
 
-    // The message of the bound that was reached; null where none was.
+    // Returns the message of the bound that was reached, or null.
     [[nodiscard]] const char* reached() const { return m_reached; }
 
 private:

@@ -6,8 +6,7 @@ namespace discio {
 
 namespace {
 
-// Not the C library's: in a Turkish locale the lower case of "I" is not "i", and the same disc must not look
-// different there.
+// Independent of the locale, unlike std::tolower(): in a Turkish locale the lower case of "I" is not "i".
 constexpr char lowerCase(char letter)
 {
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;

@@ -1,4 +1,4 @@
-// Texts and names as they stand in fixed fields and directories of a disc.
+// Texts of fixed fields and names of directories on a disc.
 #pragma once
 
 #include <cstdint>
@@ -8,14 +8,13 @@
 
 namespace discio {
 
-// The text of a fixed field: up to its first NUL, with the blanks that pad it removed from the end.
+// Returns the text of a fixed field: up to its first NUL, without blanks at the end.
 [[nodiscard]] std::string fixedFieldText(std::span<const std::uint8_t> field);
 
-// The name with its 26 ASCII letters in lower case, whatever the locale: names that are equal ignoring case have the
-// same.
+// Returns the name with its 26 ASCII letters in lower case, in any locale.
 [[nodiscard]] std::string caseFolded(std::string_view name);
 
-// Whether two names are the same but for the case of the 26 ASCII letters.
+// Returns whether two names are equal except for the case of the 26 ASCII letters.
 [[nodiscard]] bool equalIgnoringCase(std::string_view left, std::string_view right);
 
 }  // namespace discio

@@ -27,11 +27,11 @@ enum class DescriptorKind : std::uint8_t { Short = 0, Long = 1, EmbeddedData = 3
 constexpr std::size_t kShortDescriptorSize = 8;
 constexpr std::size_t kLongDescriptorSize = 16;
 
-// Lengths from the first on mean an extent without data, those from the second on one that continues the descriptors.
+// From the first length on, an extent is not recorded; from the second on, it continues the descriptors.
 constexpr std::uint32_t kUnrecordedLength = 0x40000000;
 constexpr std::uint32_t kContinuationLength = 0xC0000000;
 
-// Where the two kinds of file entry differ: the offsets of two lengths, and their own size.
+// The offsets of two lengths, and the size without variable parts, which the two kinds of file entry do not share.
 struct FileEntryLayout {
     std::size_t attributesLength;
     std::size_t descriptorsLength;
@@ -50,8 +50,7 @@ struct FileEntryFields {
     std::vector<std::uint8_t> descriptors;  // the area's bytes
 };
 
-// All but the area's bytes. `bytes` is the entry, and what follows it in its
-// sector, which stands at `offset` in the image.
+// Parses all but the area's bytes. `bytes` is the sector from the entry on, at `offset` in the image.
 std::optional<FileEntryFields> parseFileEntry(Bytes bytes, std::uint64_t offset)
 {
     const bool isExtended = hasUdfTag(bytes, kExtendedFileEntryTag);
@@ -66,15 +65,15 @@ std::optional<FileEntryFields> parseFileEntry(Bytes bytes, std::uint64_t offset)
     fields.informationLength = ByteReader(bytes).slice(56, 8).le64();
     fields.area = {offset + layout.size + udfField(bytes, layout.attributesLength, 4),
                    udfField(bytes, layout.descriptorsLength, 4)};
-    // Deliberate: the area's place is held against 32 bits, as if offsets were no wider.
+    // Deliberate: an area at an offset of more than 32 bits is refused.
     if (fields.area.offset > UINT32_MAX || fields.area.sizeBytes > kUdfDescriptorAreaLimit) {
         return std::nullopt;
     }
     return fields;
 }
 
-// The entry at `offset` in the image. Its area lies in the sector that is read with it, or anywhere behind; also in a
-// metadata partition it goes on in the image, since UDF lets no entry there be longer than a block.
+// Reads the entry at `offset` in the image. Its area lies in the same sector or in later ones. In a metadata partition,
+// too, the area is read consecutively from the image: there UDF allows no entry longer than a block.
 std::optional<FileEntryFields> readFields(const DiscImage& image, std::uint64_t offset)
 {
     UdfSector sector = {};
@@ -96,8 +95,8 @@ std::optional<FileEntryFields> readFields(const DiscImage& image, std::uint64_t 
     return fields;
 }
 
-// Adds the extents that the allocation descriptors record, cut to the information length. False where they hold less,
-// or where one of them is not there.
+// Appends the extents of the allocation descriptors, cut to the information length. Returns false if they are shorter,
+// or the volume lacks one of them.
 bool collectExtents(const UdfVolume& volume, const FileEntryFields& fields, std::uint16_t ownPartition,
                     ReadBudget& budget, ExtentList& data)
 {
@@ -116,12 +115,13 @@ bool collectExtents(const UdfVolume& volume, const FileEntryFields& fields, std:
     return data.sizeBytes == fields.informationLength;
 }
 
-// Adds a run of blocks, to the last one where it goes on in the image.
+// Appends a run of blocks; extends the last run if the new one continues it in the image.
 void appendRun(std::vector<UdfBlockRun>& runs, const UdfBlockRun& run)
 {
-    const bool goesOn = !runs.empty() && runs.back().firstBlock + runs.back().blockCount == run.firstBlock &&
-                        runs.back().sector + runs.back().blockCount == run.sector;
-    if (goesOn) {
+    const bool isContinuation = !runs.empty() &&
+                                runs.back().firstBlock + runs.back().blockCount == run.firstBlock &&
+                                runs.back().sector + runs.back().blockCount == run.sector;
+    if (isContinuation) {
         runs.back().blockCount += run.blockCount;
     } else {
         runs.push_back(run);
@@ -130,7 +130,7 @@ void appendRun(std::vector<UdfBlockRun>& runs, const UdfBlockRun& run)
 
 // ---- Directories ----
 
-// Takes the next entry's name, if it has a legible one; false where the entry makes no sense.
+// Adds the next entry if its name is 8-bit. Returns false if the entry is malformed.
 bool takeFileIdentifier(ByteReader& reader, DiscDirectory& directory)
 {
     const std::size_t start = reader.position();

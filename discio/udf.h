@@ -1,5 +1,5 @@
-// The part of UDF (ECMA-167) that finding files in a Blu-ray image needs: sectors of 2,048 bytes and 8-bit names,
-// in partitions as they lie in the image and, from UDF 2.50 on, in a metadata partition.
+// The part of UDF (ECMA-167) that is needed to find files in a Blu-ray image: sectors of 2,048 bytes and 8-bit names,
+// in physical partitions and, from UDF 2.50 on, in a metadata partition.
 //
 // File entry, tag 261; extended file entry, tag 266 (in brackets)
 //    27  file type, 4: directory                     168 (208)  length of the extended attributes, 4 bytes
@@ -7,15 +7,15 @@
 //    56  information length, 8 bytes                 176 (216)  extended attributes, then the
 //                                                               allocation descriptors
 // Allocation descriptor, short (kind 0, 8 bytes) or long (kind 1, 16 bytes);
-// kind 3: the data stand in their place
-//     0  length in the low 30 bits, above them how it is recorded, 0: with data
+// kind 3: none, the area holds the file's data
+//     0  length in the low 30 bits; high 2 bits: type, 0: recorded
 //     4  logical block                               8  long: partition reference, 2 bytes
 //
 // File identifier descriptor, tag 257, one for each name of a directory
 //    18  characteristics, 0x02: a directory          28  partition reference of the ICB, 2 bytes
 //    19  length of the identifier                    36  length of the implementation use, 2 bytes
 //    24  logical block of the ICB, 4 bytes           38  implementation use, then the identifier
-// The identifier's first byte tells its characters: 8 for 8-bit ones, 16 for 16-bit ones.
+// The identifier's first byte is the size of its characters in bits, 8 or 16.
 #pragma once
 
 #include "discio/disc_directory.h"
@@ -34,32 +34,32 @@ inline constexpr std::uint32_t kUdfDescriptorAreaLimit = 1U << 20U;  // of one f
 
 struct UdfFileEntry {
     bool isDirectory = false;
-    ExtentList data;  // exactly the information length
+    ExtentList data;  // as long as the information length
 };
 
-// The file entry of either kind at `icb`. Empty where it cannot be read, its extents do not cover exactly the
-// information length, or its descriptors and extents are more than the image's budget allows.
+// Reads the file entry of either kind at `icb`. Empty if it cannot be read, its extents are shorter than the
+// information length, or its descriptors and extents exceed the image's budget.
 //
-// Deliberate: descriptors that continue elsewhere are not followed, so such a file is not readable.
+// Deliberate: allocation descriptors that continue in another extent are not followed; such a file is not readable.
 [[nodiscard]] std::optional<UdfFileEntry> readUdfFileEntry(const DiscImage& image, const UdfVolume& volume,
                                                            const UdfAddress& icb);
 
-// The blocks of the metadata file, or of its mirror, whose file entry is in this block of the partition that begins in
-// `startSector`. An extent counts by its whole blocks. One that is not recorded has a place among them and no data;
-// such blocks belong to no run. Empty where the entry cannot be read, has other descriptors than short ones, or where
-// they hold less than the information length. Whether the image holds the blocks is seen when they are read.
+// Returns the runs of blocks of the metadata file, or of its mirror. `block` holds its file entry, in the partition
+// that begins at `startSector`. Only whole blocks of an extent count. Blocks of an extent that is not recorded are
+// numbered, but belong to no run. Empty if the entry cannot be read, its descriptors are not short ones, or they are
+// shorter than the information length. The image may lack the blocks; reading them fails then.
 [[nodiscard]] std::vector<UdfBlockRun> readUdfMetadataFile(const DiscImage& image, std::uint32_t startSector,
                                                            std::uint32_t block);
 
-// The names in a directory's data, each up to its first NUL, up to the first descriptor that makes no sense; the
-// directory is listable when they end where the data end. Left out are names of 16-bit characters and the parent's entry, which has
-// none.
+// Parses a directory's data up to the first malformed descriptor. Each name ends at its first NUL. Names of 16-bit
+// characters, and the parent's entry, which has no name, are left out. The directory is listable if the descriptors end
+// exactly where the data end.
 //
-// Deliberate: an entry marked as deleted is an entry like any other.
+// Deliberate: an entry that is marked as deleted counts like any other.
 [[nodiscard]] DiscDirectory parseUdfDirectory(std::span<const std::uint8_t> data);
 
-// The same for the directory with the given ICB: empty where that is no directory with a readable file entry,
-// and without names where the data cannot be read.
+// Reads and parses the directory with the given ICB. Empty if its file entry is unreadable or not a directory's;
+// without names and not listable if its data cannot be read.
 [[nodiscard]] std::optional<DiscDirectory> readUdfDirectory(const DiscImage& image, const UdfVolume& volume,
                                                             const UdfAddress& icb);
 

@@ -1,4 +1,4 @@
-// What the readers of UDF descriptors share: sectors, tags and the fields between them.
+// Sectors, tags and fields of UDF descriptors.
 #pragma once
 
 #include "discio/byte_reader.h"
@@ -18,7 +18,7 @@ inline constexpr std::size_t kUdfPartitionLimit = 16;
 
 using UdfSector = std::array<std::uint8_t, kUdfSectorSize>;
 
-// A field of `width` bytes, at most 4; 0 where the bytes end before it.
+// Returns the little-endian field of `width` bytes, at most 4; 0 if the bytes end before its end.
 [[nodiscard]] inline std::uint32_t udfField(std::span<const std::uint8_t> bytes, std::size_t offset,
                                             std::size_t width)
 {
@@ -30,13 +30,13 @@ using UdfSector = std::array<std::uint8_t, kUdfSectorSize>;
     return value;
 }
 
-// Whether the descriptor's tag has this identifier.
+// Returns whether the descriptor's tag has this identifier.
 [[nodiscard]] inline bool hasUdfTag(std::span<const std::uint8_t> descriptor, std::uint16_t identifier)
 {
     return udfField(descriptor, 0, 2) == identifier;
 }
 
-// Whether all of the sector at this byte offset could be read.
+// Reads the sector at a byte offset. Returns false if the image does not hold all of it.
 [[nodiscard]] inline bool readUdfSector(const DiscImage& image, std::uint64_t offset, UdfSector& sector)
 {
     return readImage(image, offset, sector) == sector.size();

@@ -30,7 +30,7 @@ struct PartitionDescriptor {
 
 struct VolumeDescriptors {
     std::vector<PartitionDescriptor> partitions;
-    std::optional<UdfAddress> fileSet;  // as the last logical volume descriptor has it
+    std::optional<UdfAddress> fileSet;  // of the last logical volume descriptor
     std::vector<UdfPartitionMap> maps;  // of the same
 
     void take(std::span<const std::uint8_t> sector)
@@ -46,8 +46,8 @@ struct VolumeDescriptors {
     }
 };
 
-// Reads the sequence, many sectors at a time. A sector that cannot be read is passed over, and so is all that
-// the image, the limit of reading or the budget ends before.
+// Reads the sequence, many sectors at a time. Skips sectors that cannot be read, and ends where the image, the limit of
+// reading or the budget ends.
 VolumeDescriptors readSequence(const DiscImage& image, std::uint64_t start, std::uint64_t sizeBytes)
 {
     VolumeDescriptors found;
@@ -66,7 +66,7 @@ VolumeDescriptors readSequence(const DiscImage& image, std::uint64_t start, std:
     return found;
 }
 
-// What the anchor leads to; nothing where there is no anchor.
+// Reads the sequence that the anchor names; empty if there is no anchor.
 VolumeDescriptors readVolumeDescriptors(const DiscImage& image)
 {
     UdfSector sector = {};
@@ -78,12 +78,12 @@ VolumeDescriptors readVolumeDescriptors(const DiscImage& image)
 
 // ---- Partitions ----
 
-// The run that holds a block, or null.
+// Returns the run that holds a block, or null.
 const UdfBlockRun* runOf(const UdfPartition& partition, std::uint64_t block)
 {
-    const auto behind = std::ranges::upper_bound(partition.runs, block, {}, &UdfBlockRun::firstBlock);
-    if (behind == partition.runs.begin()) { return nullptr; }
-    const UdfBlockRun& run = *(behind - 1);
+    const auto next = std::ranges::upper_bound(partition.runs, block, {}, &UdfBlockRun::firstBlock);
+    if (next == partition.runs.begin()) { return nullptr; }
+    const UdfBlockRun& run = *(next - 1);
     return block - run.firstBlock < run.blockCount ? &run : nullptr;
 }
 
@@ -101,8 +101,8 @@ bool readFileSet(const DiscImage& image, const UdfPartition& partition, std::uin
            hasUdfTag(sector, kFileSetTag);
 }
 
-// What the map stands for that a partition reference counts to; a partition without blocks where that is nothing that
-// can be read. Of several descriptors of one partition the last counts, as of logical volumes.
+// Returns the partition of map `reference`; it has no runs if the map cannot be followed. Of several descriptors with
+// one partition number the last counts, as of logical volume descriptors.
 UdfPartition mappedPartition(const DiscImage& image, const VolumeDescriptors& found, std::size_t reference)
 {
     const UdfPartitionMap& map = found.maps[reference];
@@ -185,11 +185,11 @@ bool appendUdfExtent(const UdfVolume& volume, const UdfAddress& start, std::uint
         const bool isThere = run != nullptr && run != end && block >= run->firstBlock;
         const bool isFurther = !data.extents.empty();
         if (!isThere || !budget.spend(ReadBudget::Bound::Pieces, isFurther ? 1 : 0)) { return false; }
-        const std::uint64_t behind = run->firstBlock + run->blockCount;
-        const std::uint64_t size = std::min(sizeBytes, (behind - block) * kUdfSectorSize);
+        const std::uint64_t runEnd = run->firstBlock + run->blockCount;
+        const std::uint64_t size = std::min(sizeBytes, (runEnd - block) * kUdfSectorSize);
         data.append({byteOffset(partition, *run, block), size});
         sizeBytes -= size;
-        block = behind;
+        block = runEnd;
         ++run;
     }
     return true;

@@ -42,7 +42,7 @@ FileRights::FileRights(HANDLE file)
 
 bool FileRights::giveOthers(ACCESS_MASK rights) const
 {
-    if (m_list == nullptr) { return true; }  // without a list everybody may do everything
+    if (m_list == nullptr) { return true; }  // without a list everybody has every right
     for (DWORD i = 0; i < m_list->AceCount; ++i) {
         void* entry = nullptr;
         if (::GetAce(m_list, i, &entry) == FALSE || entryGivesOthers(entry, rights)) { return true; }
@@ -55,7 +55,9 @@ bool FileRights::entryGivesOthers(void* entry, ACCESS_MASK rights) const
     const auto* const header = static_cast<const ACE_HEADER*>(entry);
     const bool isForChildren = (header->AceFlags & INHERIT_ONLY_ACE) != 0;
     if (header->AceType == ACCESS_DENIED_ACE_TYPE || isForChildren) { return false; }
-    if (header->AceType != ACCESS_ALLOWED_ACE_TYPE) { return true; }  // with conditions: who can tell
+    if (header->AceType != ACCESS_ALLOWED_ACE_TYPE) {
+        return true;
+    }  // conditional or unknown type: counts as access
     auto* const allowed = static_cast<ACCESS_ALLOWED_ACE*>(entry);
     const PSID id = &allowed->SidStart;
     return (allowed->Mask & rights) != 0 && ::EqualSid(id, m_owner) == FALSE && !isOfTheSystem(id);

@@ -1,4 +1,4 @@
-// Who owns a file on Windows, and who may do what with it.
+// Owners and access lists of files on Windows.
 #pragma once
 
 #include "base/native/handle_windows.h"
@@ -16,13 +16,13 @@ inline constexpr ACCESS_MASK kAnyAccess = ~ACCESS_MASK{0};
 inline constexpr ACCESS_MASK kDirectoryWrite = FILE_ADD_FILE | FILE_ADD_SUBDIRECTORY | FILE_DELETE_CHILD |
                                                DELETE | WRITE_DAC | WRITE_OWNER | GENERIC_WRITE | GENERIC_ALL;
 
-// The user this process acts for, and whom the files it makes belong to: with administrator rights, the group of
-// the administrators.
+// The user of this process, and the owner of the files that it creates: with administrator rights, the group of
+// administrators.
 class OwnIds {
 public:
     OwnIds();
 
-    // Whom new files belong to; null when that cannot be found out.
+    // Returns the owner of new files; null if the query failed.
     [[nodiscard]] PSID owner() const;
     [[nodiscard]] bool contain(PSID id) const;
 
@@ -32,18 +32,18 @@ private:
     alignas(TOKEN_OWNER) std::array<BYTE, sizeof(TOKEN_OWNER) + SECURITY_MAX_SID_SIZE> m_owner;
 };
 
-// The system itself and the administrators, who may do everything anyway.
+// Returns whether `id` is the system or the group of administrators, who have every right anyway.
 [[nodiscard]] bool isOfTheSystem(PSID id);
 
 class FileRights {
 public:
-    // Of an open file or directory; the handle needs the right to read them (READ_CONTROL).
+    // Queries an open file or directory. The handle needs READ_CONTROL.
     explicit FileRights(HANDLE file);
 
-    // Null when it cannot be found out.
+    // Returns null if the query failed.
     [[nodiscard]] PSID owner() const { return m_owner; }
 
-    // Whether anybody but the owner and the system has one of these rights; also when that cannot be found out.
+    // Returns whether anybody but the owner and the system has one of these rights; true also if the query failed.
     [[nodiscard]] bool giveOthers(ACCESS_MASK rights) const;
 
 private:
@@ -54,10 +54,10 @@ private:
     native::LocalMemory<void> m_descriptor;  // holds both
 };
 
-// A list of one entry: everything for the owner. Null on failure, with the error in `error`.
+// Returns a list with one entry, all rights for the owner. Null on failure, with the error number in `error`.
 [[nodiscard]] AccessList ownerOnlyList(PSID owner, DWORD inheritance, DWORD& error);
 
-// Gives the file such a list and nothing inherited; the error, 0 for success.
+// Gives the file such a list without inherited entries. Returns the error number, 0 on success.
 [[nodiscard]] DWORD setOwnerOnlyList(std::wstring path, PSID owner, DWORD inheritance);
 
 }  // namespace service

@@ -102,7 +102,7 @@ OwnerOnlyResult readOwnerOnlyFile(const std::string& path, std::size_t limit, st
     content.clear();
     const OwnerOnlyResult narrowed = narrow(path);
     if (!narrowed.ok()) { return narrowed; }
-    // Should another file have taken the name since: opening a pipe must not wait for its writer.
+    // Another file can have taken the name since: opening a pipe must not wait for its writer.
     const native::Descriptor file(
         ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (!file.isOpen()) { return failure(OwnerOnlyStep::Read, errno); }

@@ -34,14 +34,14 @@ std::wstring widePath(const std::string& path)
     return wide;
 }
 
-// Null on failure; GetLastError() says why.
+// Returns null on failure; GetLastError() has the reason.
 native::Handle openHandle(const std::wstring& path, DWORD access, DWORD share, DWORD disposition, DWORD flags)
 {
     return native::handleOrNull(
         ::CreateFileW(path.c_str(), access, share, nullptr, disposition, flags, nullptr));
 }
 
-// A link is opened itself, not what it leads to; so is a directory, to be told from a file.
+// Opens a link itself, not its target. Opens directories too, so that the caller can tell them from files.
 native::Handle openFile(const std::wstring& path, DWORD access, DWORD share,
                         DWORD disposition = OPEN_EXISTING)
 {
@@ -49,13 +49,12 @@ native::Handle openFile(const std::wstring& path, DWORD access, DWORD share,
                       FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS);
 }
 
-// For questions about it alone.
 native::Handle openDirectory(const std::wstring& path)
 {
     return openHandle(path, kQuestions, kShareAll, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
 }
 
-// None at all when they cannot be found out: even a plain file has one.
+// Returns 0 on failure; a plain file has at least one attribute.
 DWORD attributesOf(HANDLE file)
 {
     BY_HANDLE_FILE_INFORMATION information = {};
@@ -99,7 +98,7 @@ OwnerOnlyResult narrow(const std::wstring& path)
     return restrictToOwner(path);
 }
 
-// The error number, 0 for success.
+// Returns the error number, 0 on success.
 DWORD readAtMost(HANDLE file, std::size_t limit, std::string& content)
 {
     std::array<char, 4096> chunk = {};
@@ -126,7 +125,8 @@ bool writeAll(HANDLE file, const std::string& content)
     return ::FlushFileBuffers(file) != FALSE;
 }
 
-// A new file beside `path`, which nobody else can open as long as it is open. Null on failure.
+// Creates a new file in the same directory as `path` that cannot be opened a second time while it is open. Null on
+// failure.
 native::Handle createBeside(const std::wstring& path, std::wstring& name)
 {
     std::random_device random;
@@ -139,7 +139,7 @@ native::Handle createBeside(const std::wstring& path, std::wstring& name)
     return file;
 }
 
-// Restricts the new file before anything is in it.
+// Restricts the new file before it writes to it.
 OwnerOnlyResult fill(HANDLE file, const std::wstring& name, const std::string& content)
 {
     const OwnerOnlyResult restricted = restrictToOwner(name);
@@ -178,7 +178,7 @@ OwnerOnlyResult readOwnerOnlyFile(const std::string& path, std::size_t limit, st
     if (!narrowed.ok()) { return narrowed; }
     const native::Handle file = openFile(name, GENERIC_READ, FILE_SHARE_READ);
     if (!file) { return failure(OwnerOnlyStep::Read, ::GetLastError()); }
-    // Another file may have taken the name since, or the file system may keep no such list.
+    // Another file can have taken the name since, or the file system has no access lists.
     if (!isOwnerOnlyFileOfUser(file.get())) { return failure(OwnerOnlyStep::Restrict, ERROR_ACCESS_DENIED); }
     const DWORD error = readAtMost(file.get(), limit, content);
     if (error != ERROR_SUCCESS) {
