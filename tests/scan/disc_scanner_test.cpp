@@ -53,12 +53,16 @@ protected:
         for (const BlurayTitleInfo& title : m_result.blurayTitles) {
             lengths.append(title.distinctDurationMs);
         }
+        QStringList readerErrors;
+        for (const Message& error : m_result.readerErrors) {
+            readerErrors.append(error.english());
+        }
         QDebug(&text).nospace() << "= ok " << m_result.ok << " kind " << static_cast<int>(m_result.discType)
                                 << ' ' << lengths << " packages " << m_result.dvdPackage.size() << ' '
                                 << m_result.blurayPackage.size() << " found " << m_result.inDatabase
                                 << " disc " << m_result.discId << ' ' << m_result.newDiscUrl << " with "
                                 << m_result.configurations.size() << ' ' << m_result.errorMessage << ' '
-                                << m_result.readerErrors << '\n';
+                                << readerErrors << '\n';
         EXPECT_FALSE(text.contains(u"secret"_s)) << text.toStdString();
         return text.replace(QString::fromStdString(m_server.url()), u"SERVICE"_s);
     }
