@@ -27,17 +27,6 @@ struct Channel {
     {
         return client.connect(names.pipe, names.stopEvent, parent);
     }
-    // Everything up to the pipe's end, in reads of a few bytes.
-    [[nodiscard]] std::string readAll() const
-    {
-        std::string text;
-        std::array<std::uint8_t, 4> bytes = {};
-        while (const std::size_t count = channel->read(bytes)) {
-            text.append(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count));
-        }
-        return text;
-    }
-
     const monitor::HelperNames names =
         monitor::helperNames("test-" + std::to_string(::GetCurrentProcessId()));
     const std::unique_ptr<monitor::HelperChannel> channel = monitor::makeHelperChannel();
@@ -53,7 +42,12 @@ TEST(HelperChannel, AHelperMayConnectAndEndBeforeTheWait)
         if (endsBefore) { client.reset(); }
         EXPECT_EQ(pair.channel->waitForConnection(), 0U);
         client.reset();
-        EXPECT_EQ(pair.readAll(), "the first words");
+        std::string text;
+        std::array<std::uint8_t, 4> bytes = {};
+        while (const std::size_t count = pair.channel->read(bytes)) {
+            text.append(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count));
+        }
+        EXPECT_EQ(text, "the first words");
     }
 }
 

@@ -19,6 +19,6 @@ int wmain(int argc, wchar_t** argv)
         return 1;
     }
     while (client.write(opened) && root == "flood") {}
-    client.write(monitor::encodeMessage(monitor::MessageKind::Closed, number));
-    client.waitForStop();
+    if (client.write(monitor::encodeMessage(monitor::MessageKind::Closed, number))) { client.waitForStop(); }
+    return 0;
 }

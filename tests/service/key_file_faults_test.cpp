@@ -219,6 +219,7 @@ TEST_F(KeyFile, MayHoldOrBeAnything)
         text += outcome + '\n';
     }
     EXPECT_EQ(contentOf(target) + rightsOf(target), "x666") << "links are not followed";
+    reset(0);
     become(0);
     EXPECT_EQ(testsupport::goldenDifference(text, "service/golden/key_files.txt"), "");
 }
@@ -273,20 +274,23 @@ TEST_F(KeyFile, ASaveMayFailOrBeKilledAtAnyCall)
 
 TEST_F(KeyFile, ALoadOrACheckMayFailAtAnyCall)
 {
+    std::string text;
+    const auto load = [&] { text = loaded(); };
+    const auto check = [&] { text = problem(); };
     for (const int errorNumber : {EIO, EINTR}) {
         const Fault fault = [errorNumber](bool /*isBefore*/) { return errorNumber; };
-        std::string text;
         int successes = 0;
-        const auto load = [&] { text = loaded(); };
         atEachCall(0644, fault, load, [&] {
             successes += text == kOld ? 1 : 0;
             EXPECT_TRUE(text == kOld || text.starts_with('<')) << text;
             EXPECT_EQ(contentOf(m_file), kOld);
         });
         EXPECT_EQ(successes, errorNumber == EINTR ? 2 : 0) << "an interrupted read is repeated";
-        const auto check = [&] { text = problem(); };
         EXPECT_EQ(atEachCall(0600, fault, check, [&] { EXPECT_EQ(text, kOthersHaveAccess); }), 2);
     }
+    // The file may also be exchanged for one that others can read.
+    const Fault exchange = [this](bool isBefore) { return isBefore ? (reset(0644, "theirs"), 0) : 0; };
+    atEachCall(0600, exchange, load, [&] { EXPECT_TRUE(text != "theirs" || rightsOf(m_file) == "600"); });
 }
 
 TEST_F(KeyFile, ADiskMayFillUpAtAnyByte)
@@ -303,14 +307,6 @@ TEST_F(KeyFile, ADiskMayFillUpAtAnyByte)
         EXPECT_EQ(contentOf(m_file), kOld);
         expectPrivate();
     }
-}
-
-TEST_F(KeyFile, MayBeExchangedForOneThatOthersCanReadAtAnyCall)
-{
-    const Fault exchange = [this](bool isBefore) { return isBefore ? (reset(0644, "theirs"), 0) : 0; };
-    std::string text;
-    const auto load = [&] { text = loaded(); };
-    atEachCall(0600, exchange, load, [&] { EXPECT_TRUE(text != "theirs" || rightsOf(m_file) == "600"); });
 }
 
 }  // namespace
