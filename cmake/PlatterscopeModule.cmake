@@ -21,7 +21,7 @@ endif()
 
 # Hardened release builds: a memory fault that got past the tests ends the program and is no way into it. Not where a
 # sanitizer looks, which are debug builds, and not for Windows, whose linker has its own. What came out of it is checked
-# by tests/structure/check_hardening.sh.
+# by tests/structure/check_programs.sh.
 if(NOT WIN32)
   include(CheckPIESupported)
   check_pie_supported(LANGUAGES CXX)
