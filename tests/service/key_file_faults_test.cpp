@@ -188,7 +188,7 @@ TEST_F(KeyFile, MayHoldOrBeAnything)
 {
     const auto check = [] { return problem() == kOthersHaveAccess ? "unsafe" : "safe" + problem(); };
     const auto save = [] {
-        const std::string text = saved();
+        std::string text = saved();
         if (!text.empty()) { return text; }
         EXPECT_EQ(problem(), "") << "a save takes away what the check complains of";
         return loaded() == kNew ? "saved" : loaded();

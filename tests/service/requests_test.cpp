@@ -20,7 +20,6 @@
 #include <netdb.h>
 
 #include <algorithm>
-#include <numeric>
 #include <random>
 #include <set>
 
@@ -186,7 +185,10 @@ TEST_F(Requests, OtherRepliesAreErrors)
             EXPECT_EQ(m_server.requests().size(), ++count)
                 << "nothing is tried twice, and no redirect is followed";
         }
-        text = std::accumulate(ends.begin(), ends.end(), text + line.toStdString() + '\n');
+        text += line.toStdString() + '\n';
+        for (const std::string& end : ends) {
+            text += end;
+        }
     }
     EXPECT_EQ(testsupport::goldenDifference(text, "service/golden/failures.txt"), "");
 }

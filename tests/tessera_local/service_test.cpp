@@ -417,6 +417,7 @@ TEST_F(Service, GivesOneIdToAPackageThatManyAddAtOnce)
     start();
     std::array<std::string, 24> ids;
     std::vector<std::thread> threads;
+    threads.reserve(ids.size());
     for (std::string& id : ids) {
         threads.emplace_back([this, &id] { id = body(upload("dvd", "add", package("dvd", "one"))); });
     }
