@@ -20,7 +20,7 @@ if(WIN32)
 endif()
 
 # Hardens release builds, so that a memory fault ends the program instead of being exploited. Debug builds have the
-# sanitizers instead, and Windows has other linker options. tests/structure/check_hardening.sh checks the programs.
+# sanitizers instead, and Windows has other linker options. tests/structure/check_programs.sh checks the programs.
 if(NOT WIN32)
   include(CheckPIESupported)
   check_pie_supported(LANGUAGES CXX)

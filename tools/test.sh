@@ -42,8 +42,7 @@ step_translations() {    # every translation is complete
 
 step_product() {    # the release build without tests: warnings as errors, libraries, hardening
     build_release OFF all
-    tests/structure/check_notices.sh docs/THIRD_PARTY_NOTICES.txt build/release/bin/{platterscope,tessera_local}
-    tests/structure/check_hardening.sh build/release/bin/{platterscope,tessera_local}
+    tests/structure/check_programs.sh docs/THIRD_PARTY_NOTICES.txt build/release/bin/{platterscope,tessera_local}
 }
 
 step_tests() {    # all tests with the address and undefined behaviour sanitizers

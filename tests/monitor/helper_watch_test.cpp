@@ -6,33 +6,37 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <semaphore>
 
 namespace {
 
 using testsupport::textOf;
-using Lock = std::unique_lock<std::mutex>;
 
 constexpr std::uint32_t kError = 5;
 
+enum End { kCloses, kStaysOpen, kEndless };
+
 // What the helper and the system do.
 struct Script {
-    std::string bytes = {};      // the helper writes these
-    std::size_t step = 100'000;  // bytes of one read
-    bool isEndless = false;      // the helper writes them again and again
-    bool staysOpen = false;      // the pipe does not end after them
-    std::string failing = {};    // this call fails with kError, "connect later" after cancelIo()
+    std::string bytes = {};    // the helper writes these
+    End end = kCloses;         // after them; or it writes them again and again
+    std::string failing = {};  // this call fails with kError, "connect later" after cancelIo()
 };
 
 class FakeChannel final : public monitor::HelperChannel {
 public:
-    FakeChannel(Script script, std::string& calls)
+    FakeChannel(Script script, std::size_t step, std::string& calls)
         : m_script(std::move(script))
+        , m_step(step)
         , m_calls(calls)
     {}
 
     std::uint32_t createPipe(const std::string& name) override { return call("pipe " + name); }
     std::uint32_t createStopEvent(const std::string& name) override { return call("event " + name); }
-    bool fileExists(const std::string& path) const override { return path == "helper"; }
+    bool fileExists(const std::string& path) const override
+    {
+        return path == "helper" && m_script.failing != "file";
+    }
     std::uint64_t currentProcessId() const override { return 4711; }
     std::uint32_t launch(const std::string& executable, const std::string& parameters) override
     {
@@ -45,19 +49,14 @@ public:
     }
     std::size_t read(std::span<std::uint8_t> buffer) override
     {
-        const std::string bytes = m_script.bytes.substr(0, std::min(m_script.step, buffer.size()));
-        if (bytes.empty() && m_script.staysOpen) { waitForCancel(); }
-        if (!m_script.isEndless) { m_script.bytes.erase(0, bytes.size()); }
+        const std::string bytes = m_script.bytes.substr(0, std::min(m_step, buffer.size()));
+        if (bytes.empty() && m_script.end == kStaysOpen) { waitForCancel(); }
+        if (m_script.end != kEndless) { m_script.bytes.erase(0, bytes.size()); }
         std::copy(bytes.begin(), bytes.end(), buffer.begin());
         return bytes.size();
     }
     void signalStop() override { call("stop"); }
-    void cancelIo() override
-    {
-        const Lock lock(m_mutex);
-        ++m_cancels;
-        m_cancelled.notify_all();
-    }
+    void cancelIo() override { m_cancels.release(); }
     void closePipe() override { call("close pipe"); }
     void releaseProcess(std::chrono::milliseconds limit) override
     {
@@ -71,20 +70,20 @@ private:
         m_calls += text + '\n';
         return m_script.failing == text.substr(0, text.find(' ')) ? kError : 0;
     }
-    void waitForCancel()  // the first one comes too early
+    void waitForCancel()
     {
-        Lock lock(m_mutex);
-        m_cancelled.wait(lock, [this] { return m_cancels > 1; });
+        m_cancels.acquire();  // comes too early
+        m_cancels.acquire();
     }
 
     Script m_script;
+    std::size_t m_step;  // bytes of one read
     std::string& m_calls;
-    std::mutex m_mutex;
-    std::condition_variable m_cancelled;
-    int m_cancels = 0;
+    std::counting_semaphore<> m_cancels{0};
 };
 
-const std::string kOpening = "pipe Platterscope-ETW-u\nevent Local\\Platterscope-ETW-Stop-u\n";
+const std::string kPipe = "pipe Platterscope-ETW-u\n";
+const std::string kOpening = kPipe + "event Local\\Platterscope-ETW-Stop-u\n";
 const std::string kRoot = R"(E:\two words\a"b\"c\\"d\\)";
 const std::string kLaunch =
     R"(launch helper --pipe "Platterscope-ETW-u" --root "E:\two words\a\"b\\\"c\\\\\"d\\\\" )"
@@ -92,23 +91,11 @@ const std::string kLaunch =
     "\n";
 const std::string kClosing = "stop\nclose pipe\nrelease 5000\nclose event\n";
 
-// A watch over the channel, and the calls that it made.
-struct Watched {
-    explicit Watched(Script script, const std::string& executable = "helper")
-        : watch(std::make_unique<FakeChannel>(std::move(script), calls), executable, "u")
-    {}
-    [[nodiscard]] auto start() { return watch.start(kRoot, reports.sink()); }
-
-    std::string calls;
-    testsupport::Reports reports;
-    monitor::HelperWatch watch;
-};
-
 // A message of this kind that announces `length` bytes, and `payload`.
-std::string message(std::uint32_t kind, std::uint32_t length, const std::string& payload)
+std::string message(std::uint32_t kind, const std::string& payload, std::size_t length)
 {
     std::string bytes;
-    for (const std::uint32_t number : {kind, length}) {
+    for (const std::size_t number : {std::size_t{kind}, length}) {
         for (unsigned shift = 0; shift < 32; shift += 8) {
             bytes += static_cast<char>(number >> shift & 0xFFU);
         }
@@ -117,7 +104,7 @@ std::string message(std::uint32_t kind, std::uint32_t length, const std::string&
 }
 std::string message(std::uint32_t kind, const std::string& payload = {})
 {
-    return message(kind, static_cast<std::uint32_t>(payload.size()), payload);
+    return message(kind, payload, payload.size());
 }
 
 TEST(HelperWatch, ReportsMessagesUpToTheFirstFailure)
@@ -125,77 +112,54 @@ TEST(HelperWatch, ReportsMessagesUpToTheFirstFailure)
     const std::string a = message(2, "a");
     const std::string full(65'536, 'x');
     const struct {
-        std::string bytes;
-        std::string reports;  // a failure other than HelperStopped needs no end of the pipe
+        Script script;
+        std::string reports;  // of an endless script the first ones
+        std::string calls = kOpening + kLaunch + kClosing;
     } rows[] = {
-        {"", "FAILED HelperStopped"},
-        {message(1, "ignored") + message(2, "/d/a.mpls") + message(3, "/d/a.mpls") + message(3),
+        {{""}, "FAILED HelperStopped"},
+        {{message(1, "ignored") + message(2, "/d/a.mpls") + message(3, "/d/a.mpls") + message(3)},
          "OPEN a.mpls; CLOSE a.mpls; CLOSE ; FAILED HelperStopped"},
-        {a + message(2).substr(0, 7), "OPEN a; FAILED HelperStopped"},
-        {a + message(3, 4, "abc"), "OPEN a; FAILED HelperStopped"},
-        {message(5, 2, "x"), "FAILED HelperStopped"},
-        {message(2, full) + message(3, "\xFF b"), "OPEN " + full + "; CLOSE \xFF b; FAILED HelperStopped"},
-        {a + message(2, 65'537, ""), "OPEN a; FAILED InvalidMessage"},
-        {message(9, UINT32_MAX, ""), "FAILED InvalidMessage"},
-        {a + message(0, "x") + a, "OPEN a; FAILED UnknownMessage"},
-        {message(5), "FAILED UnknownMessage"},
-        {message(UINT32_MAX, "x"), "FAILED UnknownMessage"},
-        {a + message(4, "No right \xC3\xA9!") + a, "OPEN a; FAILED HelperFailed No right \xC3\xA9!"},
-        {message(4), "FAILED HelperFailed"}};
+        {{a + message(2).substr(0, 7)}, "OPEN a; FAILED HelperStopped"},
+        {{a + message(3, "abc", 4)}, "OPEN a; FAILED HelperStopped"},
+        {{message(5, "x", 2)}, "FAILED HelperStopped"},
+        {{message(2, full) + message(3, "\xFF b")}, "OPEN " + full + "; CLOSE \xFF b; FAILED HelperStopped"},
+        {{a + message(2, "", 65'537), kStaysOpen}, "OPEN a; FAILED InvalidMessage"},
+        {{message(9, "", UINT32_MAX), kStaysOpen}, "FAILED InvalidMessage"},
+        {{a + message(0, "x") + a, kStaysOpen}, "OPEN a; FAILED UnknownMessage"},
+        {{message(5), kStaysOpen}, "FAILED UnknownMessage"},
+        {{message(UINT32_MAX, "x"), kStaysOpen}, "FAILED UnknownMessage"},
+        {{a + message(4, "No right \xC3\xA9!") + a, kStaysOpen},
+         "OPEN a; FAILED HelperFailed No right \xC3\xA9!"},
+        {{message(4), kStaysOpen}, "FAILED HelperFailed"},
+        {{"", kStaysOpen, "pipe"}, "FAILED PipeNotCreated 5", kPipe + kClosing},
+        {{"", kStaysOpen, "event"}, "FAILED StopEventNotCreated 5", kOpening + kClosing},
+        {{"", kStaysOpen, "file"}, "FAILED HelperMissing", kOpening + kClosing},
+        {{"", kStaysOpen, "launch"}, "FAILED LaunchFailed 5"},
+        {{"", kStaysOpen, "connect"}, "FAILED NotConnected 5"},
+        // A watch that is stopped reports no further failure, whatever its reader is doing.
+        {{"", kStaysOpen, "connect later"}, ""},
+        {{"", kStaysOpen}, ""},
+        {{a + a.substr(0, 8), kStaysOpen}, "OPEN a"},
+        {{a, kEndless}, "OPEN a; OPEN a"},
+    };
     for (const auto& row : rows) {
         for (const std::size_t step : {1U, 7U, 30'000U}) {
-            if (1000 * step < row.bytes.size()) { continue; }  // would take seconds
+            const bool isEndless = row.script.end == kEndless;  // the same read again and again
+            if (1000 * step < row.script.bytes.size() || (isEndless && step < 10)) { continue; }
             SCOPED_TRACE(row.reports.substr(0, 80) + " in steps of " + std::to_string(step));
-            Watched watched(
-                {.bytes = row.bytes, .step = step, .staysOpen = !row.reports.ends_with("HelperStopped")});
-            ASSERT_EQ(textOf(watched.start()), "");
-            EXPECT_EQ(watched.reports.after("FAILED"), row.reports);
-            watched.watch.stop();
-            watched.watch.stop();
-            EXPECT_EQ(watched.reports.text(), row.reports);
-            EXPECT_EQ(watched.calls, kOpening + kLaunch + kClosing);
+            std::string calls;
+            testsupport::Reports reports;
+            monitor::HelperWatch watch(std::make_unique<FakeChannel>(row.script, step, calls), "helper", "u");
+            std::string text = textOf(watch.start(kRoot, reports.sink()));
+            const auto count =
+                std::count(row.reports.begin(), row.reports.end(), ';') + (row.reports.empty() ? 0 : 1);
+            if (text.empty()) { text = reports.after("", count); }
+            ASSERT_TRUE(isEndless ? text.starts_with(row.reports) : text == row.reports) << text;
+            watch.stop();
+            watch.stop();
+            EXPECT_EQ(reports.text().find("FAILED", row.reports.size()), std::string::npos);
+            EXPECT_EQ(calls, row.calls);
         }
-    }
-}
-
-TEST(HelperWatch, AFailedStartIsReleased)
-{
-    const struct {
-        const char* failing;
-        const char* executable;
-        const char* failure;
-        std::string calls;
-    } rows[] = {{"pipe", "helper", "FAILED PipeNotCreated 5", kOpening.substr(0, kOpening.find('\n') + 1)},
-                {"event", "helper", "FAILED StopEventNotCreated 5", kOpening},
-                {"", "missing", "FAILED HelperMissing", kOpening},
-                {"launch", "helper", "FAILED LaunchFailed 5", kOpening + kLaunch}};
-    for (const auto& row : rows) {
-        Watched watched({.failing = row.failing}, row.executable);
-        EXPECT_EQ(textOf(watched.start()), row.failure);
-        EXPECT_EQ(watched.calls, row.calls + kClosing);
-    }
-}
-
-// A watch that is stopped reports no further failure, whatever its reader is doing.
-TEST(HelperWatch, StopsAtAnyMoment)
-{
-    const std::string a = message(2, "a");
-    const struct {
-        Script script;
-        std::ptrdiff_t count;
-        const char* reports;  // the first `count`
-    } rows[] = {{{.failing = "connect"}, 1, "FAILED NotConnected 5"},
-                {{.failing = "connect later"}, 0, ""},
-                {{.staysOpen = true}, 0, ""},
-                {{.bytes = a + a.substr(0, 8), .staysOpen = true}, 1, "OPEN a"},
-                {{.bytes = a, .isEndless = true}, 2, "OPEN a; OPEN a"}};
-    for (const auto& row : rows) {
-        Watched watched(row.script);
-        ASSERT_EQ(textOf(watched.start()), "");
-        EXPECT_TRUE(watched.reports.after("", row.count).starts_with(row.reports));
-        watched.watch.stop();
-        EXPECT_EQ(watched.reports.text().find("FAILED", 1), std::string::npos);
-        EXPECT_EQ(watched.calls, kOpening + kLaunch + kClosing);
     }
 }
 

@@ -19,58 +19,48 @@ namespace testsupport {
         "CannotWatch",         "EventsLost",    "RootGone",     "TooManyWatches", "PipeNotCreated",
         "StopEventNotCreated", "HelperMissing", "LaunchFailed", "NotConnected",   "InvalidMessage",
         "UnknownMessage",      "HelperFailed",  "HelperStopped"};
-    std::string text = std::string("FAILED ") + kKinds.at(static_cast<std::size_t>(failure->kind));
-    if (failure->errorNumber != 0) { text += ' ' + std::to_string(failure->errorNumber); }
-    return failure->text.empty() ? text : text + ' ' + failure->text;
+    const std::string kind = std::string("FAILED ") + kKinds.at(static_cast<std::size_t>(failure->kind));
+    const std::string number = failure->errorNumber != 0 ? ' ' + std::to_string(failure->errorNumber) : "";
+    return kind + number + (failure->text.empty() ? "" : ' ' + failure->text);
+}
+
+// "OPEN name", "CLOSE name" or, if others have the file open, "close name".
+[[nodiscard]] inline std::string textOf(const monitor::AccessEvent& event)
+{
+    const bool isOpen = event.kind == monitor::AccessEvent::Kind::Open;
+    return (isOpen              ? "OPEN "
+            : event.isStillOpen ? "close "
+                                : "CLOSE ") +
+           event.path.substr(event.path.rfind('/') + 1);
 }
 
 class Reports {
 public:
     [[nodiscard]] monitor::WatchSink sink()
     {
-        return {.onEvents =
-                    [this](const std::vector<monitor::AccessEvent>& events) {
-                        std::unique_lock lock(m_mutex);
-                        m_changed.wait(lock, [this] { return !m_isHeld; });
-                        if (events.empty()) { m_lines.emplace_back("nothing"); }
-                        for (const monitor::AccessEvent& event : events) {
-                            const bool isOpen = event.kind == monitor::AccessEvent::Kind::Open;
-                            m_lines.push_back((isOpen              ? "OPEN "
-                                               : event.isStillOpen ? "close "
-                                                                   : "CLOSE ") +
-                                              event.path.substr(event.path.rfind('/') + 1));
-                        }
-                        m_changed.notify_all();
-                    },
-                .onFailure =
-                    [this](const monitor::WatchFailure& failure) {
-                        const std::lock_guard lock(m_mutex);
-                        m_lines.push_back(textOf(failure));
-                        m_changed.notify_all();
-                    }};
+        const auto addEvents = [this](const std::vector<monitor::AccessEvent>& events) {
+            if (events.empty()) { add("nothing"); }
+            for (const monitor::AccessEvent& event : events) {
+                add(textOf(event));
+            }
+        };
+        return {addEvents, [this](const monitor::WatchFailure& failure) { add(textOf(failure)); }};
     }
 
-    // Everything so far, in order: "OPEN name", "CLOSE name" or, if others have the file open, "close name", and failures.
-    [[nodiscard]] std::string text()
+    // Everything so far, in order.
+    [[nodiscard]] std::string text() { return after({}, 0); }
+    // The same, after `count` reports that begin with `beginning`, or 20 seconds.
+    [[nodiscard]] std::string after(const std::string& beginning, std::ptrdiff_t count = 1)
     {
-        const std::lock_guard lock(m_mutex);
+        const auto isCounted = [&](const std::string& line) { return line.starts_with(beginning); };
+        std::unique_lock lock(m_mutex);
+        m_changed.wait_for(lock, std::chrono::seconds(20),
+                           [&] { return std::count_if(m_lines.begin(), m_lines.end(), isCounted) >= count; });
         std::string text;
         for (const std::string& line : m_lines) {
             text += (text.empty() ? "" : "; ") + line;
         }
         return text;
-    }
-    // The same, after `count` reports that begin with `beginning`, or 20 seconds.
-    [[nodiscard]] std::string after(const std::string& beginning, std::ptrdiff_t count = 1)
-    {
-        const auto isCounted = [&](const std::string& line) { return line.starts_with(beginning); };
-        {
-            std::unique_lock lock(m_mutex);
-            m_changed.wait_for(lock, std::chrono::seconds(20), [&] {
-                return std::count_if(m_lines.begin(), m_lines.end(), isCounted) >= count;
-            });
-        }
-        return text();
     }
 
     void clear()
@@ -78,7 +68,6 @@ public:
         const std::lock_guard lock(m_mutex);
         m_lines.clear();
     }
-
     // Blocks the watch's thread in its next delivery, or releases it.
     void hold(bool isHeld)
     {
@@ -88,6 +77,14 @@ public:
     }
 
 private:
+    void add(const std::string& line)
+    {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [this] { return !m_isHeld; });
+        m_lines.push_back(line);
+        m_changed.notify_all();
+    }
+
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::vector<std::string> m_lines;

@@ -22,9 +22,7 @@ fault() {
 }
 
 # expect WHAT FOUND WANTED
-expect() {
-    [[ $2 == "$3" ]] || fault "$1 is '$2', not '$3'"
-}
+expect() { [[ $2 == "$3" ]] || fault "$1 is '$2', not '$3'"; }
 
 # What is written down in more places than one.
 check_agreement() {
@@ -64,24 +62,19 @@ check_program() {
 
 # What desktops, software catalogues and man read.
 check_desktop_files() {
-    local root=$1 file said
-    while IFS= read -r -d '' file; do
-        case $file in
-            *.desktop) desktop-file-validate "$file" || fault "$file" ;;
-            *.metainfo.xml)
-                said=$(appstreamcli validate --no-net --no-color "$file") || fault "$file"$'\n'"$said"
-                ;;
-            *.1.gz)
-                said=$(LC_ALL=C.UTF-8 MANWIDTH=80 man --warnings -E UTF-8 -Tutf8 -Z -l "$file" 2>&1 >/dev/null) \
-                    || said+="man failed"
-                [[ -z $said ]] || fault "$file"$'\n'"$said"
-                ;;
-        esac
-    done < <(find "$root" -type f -print0)
+    local root=$1/usr/share file said
+    for file in "$root"/applications/*.desktop; do desktop-file-validate "$file" || fault "$file"; done
+    for file in "$root"/metainfo/*.metainfo.xml; do
+        said=$(appstreamcli validate --no-net --no-color "$file") || fault "$file"$'\n'"$said"
+    done
+    for file in "$root"/man/man1/*.1.gz; do
+        said=$(LC_ALL=C.UTF-8 MANWIDTH=80 man --warnings -E UTF-8 -Tutf8 -Z -l "$file" 2>&1 >/dev/null) || said+="failed"
+        [[ -z $said ]] || fault "$file"$'\n'"$said"
+    done
 }
 
-check_agreement
 shopt -s nullglob
+check_agreement
 packages=("$directory"/*.deb)
 expect "the number of packages" "${#packages[@]}" 2
 for package in "${packages[@]}"; do

@@ -24,18 +24,10 @@ root=$memory/root
 packages=(platterscope platterscope-tessera-local)
 readonly user=1000    # whoever that is
 
-fail() {
-    echo "try_packages: $*" >&2
-    exit 1
-}
+fail() { echo "try_packages: $*" >&2; exit 1; }
+cannot() { echo "try_packages: not tried: $*"; exit 77; }
 
-cannot() {
-    echo "try_packages: not tried: $*"
-    exit 77
-}
-
-# Starts a command that prints one line when it is ready, and puts that line into $ready_line.
-# start LOG COMMAND...
+# start LOG COMMAND...: starts a command that prints one line when it is ready, and puts that line into $ready_line.
 start() {
     local log=$1 pipe=$state/ready.$$ ready
     shift
@@ -74,14 +66,12 @@ as_user() {
 }
 
 make_system() {
-    local sources=() file
+    local sources=()
     mkdir -p "$state/archives" "$memory"
     mount -t tmpfs -o mode=755,size=3g clean-root "$memory" || cannot "nothing can be mounted here"
     mkdir "$root" "$memory/tmp"
     if [[ ! -f $state/base.tar ]]; then
-        for file in /etc/apt/sources.list.d/debian.sources /etc/apt/sources.list; do
-            [[ ! -s $file ]] || sources+=("$file")
-        done
+        mapfile -t sources < <(find /etc/apt/sources.list.d/debian.sources /etc/apt/sources.list -size +0 2>/dev/null)
         TMPDIR=$memory/tmp mmdebstrap --mode=root --variant=apt --format=tar --dpkgopt=force-unsafe-io \
             bookworm "$state/base.tar.new" "${sources[@]}" >"$state/base.log" 2>&1 \
             || cannot "no Debian can be made here ($state/base.log)"
@@ -110,8 +100,7 @@ make_user() {
 }
 
 install_packages() {
-    mkdir "$root/packages"
-    cp "$directory"/*.deb "$root/packages/"
+    mkdir "$root/packages" && cp "$directory"/*.deb "$root/packages/"
     as_root sh -c 'apt-get -q install -y --no-install-recommends /packages/*.deb' >"$state/install.log" 2>&1 \
         || { tail -n 30 "$state/install.log" >&2; fail "they cannot be installed"; }
     cp -n "$root/var/cache/apt/archives"/*.deb "$state/archives/"
@@ -154,16 +143,13 @@ focus_window() {
     [[ -n $window ]] && timeout 5 xdotool windowfocus --sync "$window" 2>/dev/null
 }
 
-was_opened() {
-    grep -qx "file://$1\|$1" "$root/home/user/opened" 2>/dev/null
-}
+was_opened() { grep -qx "file://$1\|$1" "$root/home/user/opened" 2>/dev/null; }
 
 # open_document MENU_KEYS TITLE FILE: a box of the Help menu, and the button in it that opens a document.
 open_document() {
-    local keys
-    read -ra keys <<<"$1"
     wait_for "the window" focus_window '^Platterscope - '
-    xdotool key Alt_L Left "${keys[@]}" Return
+    # shellcheck disable=SC2086  # several keys
+    xdotool key Alt_L Left $1 Return
     wait_for "the box $2" focus_window "^$2\$"
     xdotool key Shift+Tab space
     wait_for "$3" was_opened "/usr/share/doc/platterscope/$3"
@@ -197,18 +183,10 @@ use_programs() {
     grep -q 'scan finished: Blu-ray' "$state/program.log" || { cat "$state/program.log" >&2; fail "no disc was read"; }
 }
 
-lap() {
-    echo "try_packages: $1 ($((SECONDS - began)) s)"
-    began=$SECONDS
-}
-
-began=0
 make_system
 make_user
-lap "a clean system"
 install_packages
-lap "installed, with $(($(grep -c '^Unpacking ' "$state/install.log") - ${#packages[@]})) packages that they need"
 use_programs
-lap "a disc was opened, and both documents"
 remove_packages
-lap "removed, and nothing is left"
+needed=$(($(grep -c '^Unpacking ' "$state/install.log") - ${#packages[@]}))
+echo "try_packages: installed with $needed packages that they need, used and removed, in $SECONDS s"

@@ -1,9 +1,11 @@
-// What the four operations send, and what they make of all that a service or a network can answer.
+// What the four operations send, where, and what they make of all that a service or a network can answer. The tables
+// are files beside this one.
 #include "service/authentication.h"
 #include "service/configuration_request.h"
 #include "service/disc_requests.h"
 #include "service/http_client.h"
-#include "tests/service/tables.h"
+#include "service/json_value.h"
+#include "service/service_address.h"
 #include "tests/support/bounded_child.h"
 #include "tests/support/golden.h"
 #include "tests/support/scoped_environment.h"
@@ -11,21 +13,35 @@
 
 #include <QCryptographicHash>
 #include <QDebug>
+#include <QFile>
 
-#include <zlib.h>
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <netdb.h>
 
 #include <algorithm>
-#include <chrono>
 #include <random>
 #include <set>
 
 using namespace Qt::StringLiterals;
 using service::DiscKind;
 using service::HttpRequest;
+using service::JsonDocument;
+using service::ServiceAddress;
 using service::TitlePackage;
 using testsupport::ScopedEnvironment;
-using testsupport::ScriptedReply;
 using testsupport::ScriptedServer;
+
+// The HTTP library calls this function. The name servers of slow.example do not answer.
+extern "C" int getaddrinfo(const char* node, const char* port, const addrinfo* hints, addrinfo** result)
+{
+    if (std::string_view(node) == "slow.example") {
+        std::this_thread::sleep_for(std::chrono::minutes(1));
+        return EAI_AGAIN;
+    }
+    return reinterpret_cast<decltype(&getaddrinfo)>(::dlsym(RTLD_NEXT, "getaddrinfo"))(node, port, hints,
+                                                                                       result);
+}
 
 namespace {
 
@@ -63,6 +79,13 @@ std::string carryOut(Operation operation, const QString& key, const TitlePackage
     }
     const auto outcome = service::getConfigurations(package.kind, 17, key);
     return ended(outcome, QString::number(outcome.configurations.size()));
+}
+
+QByteArrayList linesOf(const char* name)
+{
+    QFile file(QStringLiteral(PLATTERSCOPE_SERVICE_TABLES "/") + QLatin1String(name));
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name;
+    return file.readAll().trimmed().split('\n');
 }
 
 class Requests : public testing::Test {
@@ -104,26 +127,21 @@ std::string described(const testsupport::RecordedRequest& request)
         if (!isOfLibrary && (name != "Content-Length" || request.body.empty())) { text += line + '\n'; }
     }
     if (request.body.empty()) { return text + '\n'; }
-    QByteArray bytes(2'000'000, '\0');
-    uLong size = 2'000'000;
-    uLong consumed = request.body.size();
-    const auto* const stream = reinterpret_cast<const Bytef*>(request.body.data());
-    EXPECT_EQ(uncompress2(reinterpret_cast<Bytef*>(bytes.data()), &size, stream, &consumed), Z_OK);
-    EXPECT_EQ(consumed, request.body.size());
-    const TitlePackage package = packageOf(bytes.first(static_cast<qsizetype>(size)));
-    return text + "zlib stream 0x" + QByteArray(request.body.data(), 2).toHex().toStdString() + "..., " +
-           std::to_string(size) + " bytes with SHA-256 " + package.sha256.toHex().toStdString() + "\n\n";
+    const QByteArray stream = QByteArray::fromStdString(request.body);
+    const QByteArray bytes = qUncompress(QByteArray(4, '\1') + stream);
+    EXPECT_EQ(stream, qCompress(bytes, 9).mid(4)) << "after the length of the content";
+    return text + "zlib stream of " + std::to_string(bytes.size()) + " bytes with SHA-256 " +
+           packageOf(bytes).sha256.toHex().toStdString() + "\n\n";
 }
 
 TEST_F(Requests, AreSentAsTheServiceExpectsThem)
 {
     QByteArray noise(1'500'000, '\0');  // so much that the library waits for leave to send it
     std::ranges::generate(noise, std::minstd_rand());
-    for (const Operation operation : kOperations) {
-        run(operation, kKey, packageOf(operation == kFind ? QByteArray(5000, 'd') : QByteArray(1, '\0')));
-    }
-    for (const Operation operation : {kFind, kAdd, kConfigurations}) {
-        run(operation, kKey, packageOf(noise, DiscKind::Bluray));
+    for (const DiscKind kind : {DiscKind::Dvd, DiscKind::Bluray}) {
+        for (const Operation operation : kOperations) {
+            run(operation, kKey, packageOf(kind == DiscKind::Dvd ? QByteArray(1, '\0') : noise, kind));
+        }
     }
     std::string text;
     for (const auto& request : m_server.requests()) {
@@ -137,107 +155,76 @@ TEST_F(Requests, AreSentAsTheServiceExpectsThem)
     EXPECT_TRUE(service::newDiscUrl(DiscKind::Dvd, 0).isEmpty());
 }
 
-// Operation, body of a reply with status 200, and what comes of it.
+// Operation, body of a reply with status 200, and what comes of it. "%0A" is the byte 0x0A, and so on.
 TEST_F(Requests, WholeRepliesAreReadOrRefused)
 {
-    for (const QByteArrayList& row : readTable("replies.txt")) {
+    for (const QByteArray& line : linesOf("replies.txt")) {
+        const QByteArrayList row = line.split('\t');
         const auto operation = static_cast<Operation>(std::ranges::find(kNames, row.at(0)) - kNames);
-        m_server.play({.body = row.at(1).toStdString()});
+        m_server.play({.body = QByteArray::fromPercentEncoding(row.at(1)).toStdString()});
         EXPECT_EQ(run(operation), row.at(2).toStdString()) << row.at(1).constData();
     }
 }
 
+// Each line of the table that is not indented is a reply; what follows a tab is sent for ever. Below are the errors that
+// the four operations make of it.
 TEST_F(Requests, OtherRepliesAreErrors)
 {
-    const ScriptedServer elsewhere;
-    const std::string location = "Location: " + elsewhere.url() + "/api/tessera/user/";
-    const std::string head = "HTTP/1.1 200 OK\r\n";
-    const std::string goOn = "HTTP/1.1 100 Continue\r\n\r\n";
-    const std::pair<const char*, ScriptedReply> rows[] = {
-        {"200 without a body", {}},
-        {"201", {.status = 201, .body = "{}"}},
-        {"201 without a body", {.status = 201}},
-        {"204", {.status = 204}},
-        {"a redirect", {.status = 302, .headerLines = {location}}},
-        {"a redirect of a POST", {.status = 307, .body = "Moved.", .headerLines = {location}}},
-        {"lines", {.status = 403, .body = "Revoked.\r\n\u00FC\n"}},
-        {"white space", {.status = 404, .body = " \r\n\t"}},
-        {"a NUL", {.status = 500, .body = std::string("a\0b", 3)}},
-        {"no UTF-8", {.status = 500, .body = "\xFF\xC3(\xED\xA0\x80"}},
-        {"500 without a body", {.status = 500}},
-        {"nothing of the body", {.status = 500, .body = "17", .bodyBytesBeforeCut = 0}},
-        {"a part of the body", {.body = "17123", .bodyBytesBeforeCut = 2}},
-        {"no last chunk", {.rawBytes = head + "Transfer-Encoding: chunked\r\n\r\n2\r\n17\r\n"}},
-        {"nothing", {.rawBytes = ""}},
-        {"half a head", {.rawBytes = head + "Content-Le"}},
-        {"leave to go on", {.rawBytes = "", .repeated = goOn, .repeats = ~0ULL}},
-        {"an endless head", {.rawBytes = head, .repeated = std::string(1000, 'x'), .repeats = ~0ULL}},
-        {"no HTTP", {.rawBytes = "220 mail.example ESMTP\r\n"}},
-        {"HTTP/2 unasked", {.rawBytes = "HTTP/2 200 OK\r\nContent-Length: 2\r\n\r\n[["}},
-        {"gzip unasked", {.body = "\x1F\x8B\x08", .headerLines = {"Content-Encoding: gzip"}}},
-    };
     std::string text;
-    const auto runAll = [&](const char* name) {
+    std::size_t count = 0;
+    for (const QByteArray& line : linesOf("golden/failures.txt")) {
+        if (line.startsWith(' ')) { continue; }
+        const QByteArrayList parts = QByteArray(line).replace("\\r", "\r").replace("\\n", "\n").split('\t');
         std::set<std::string> ends;
         for (const Operation operation : kOperations) {
-            ends.insert(run(operation));
+            m_server.play({.rawBytes = QByteArray::fromPercentEncoding(parts[0]).toStdString(),
+                           .repeated = parts.value(1).toStdString(),
+                           .repeats = parts.size() > 1 ? ~0ULL : 0});
+            ends.insert("    " + QDebug::toString(QString::fromStdString(run(operation))).toStdString() +
+                        '\n');
+            EXPECT_EQ(m_server.requests().size(), ++count)
+                << "nothing is tried twice, and no redirect is followed";
         }
-        text += std::string(name) + ":\n";
+        text += line.toStdString() + '\n';
         for (const std::string& end : ends) {
-            text += "    " + QDebug::toString(QString::fromStdString(end)).toStdString() + '\n';
+            text += end;
         }
-    };
-    for (const auto& [name, reply] : rows) {
-        for (int i = 0; i < 4; ++i) {
-            m_server.play(reply);
-        }
-        runAll(name);
     }
-    EXPECT_EQ(m_server.requests().size(), 4 * std::size(rows)) << "nothing is tried twice";
-    EXPECT_TRUE(elsewhere.requests().empty()) << "no redirect is followed";
-
-    const testsupport::LoopbackPort closed(false);
-    const ScopedEnvironment address("PLATTERSCOPE_SERVICE_URL", closed.url());
-    runAll("a connection that is refused");
     EXPECT_EQ(testsupport::goldenDifference(text, "service/golden/failures.txt"), "");
 }
 
-TEST_F(Requests, AreNotSentWhereSomethingIsMissingOrNotAllowed)
+TEST_F(Requests, AreNotSentIfSomethingIsMissingOrNotAllowed)
 {
-    for (const QString& key : {u""_s, u"REPLACE_WITH_YOUR_API_KEY"_s}) {
-        EXPECT_EQ(run(kAuthenticate, key), "error: Tessera API key is not configured.");
-    }
-    for (const QString& key : {u"a\nb"_s, u"a\tb"_s, u"a\u0085b"_s, u"a\u2028b"_s, u"a\u2029b"_s}) {
-        EXPECT_EQ(run(kAuthenticate, key), "error: The API key contains characters that are not allowed.");
-    }
     const TitlePackage whole = packageOf();
-    const std::pair<QString, TitlePackage> incomplete[] = {
-        {u""_s, whole},
-        {kKey, {whole.kind, {}, whole.sha256}},
-        {kKey, {whole.kind, whole.bytes, whole.sha256.chopped(1)}},
-        {kKey, {whole.kind, whole.bytes, whole.sha256 + '\0'}},
+    const std::tuple<Operation, QString, TitlePackage> rows[] = {
+        {kAuthenticate, u""_s, whole},
+        {kAuthenticate, u"REPLACE_WITH_YOUR_API_KEY"_s, whole},
+        {kAuthenticate, u"a\nb"_s, whole},
+        {kAuthenticate, u"a\u2028b"_s, whole},
+        {kAuthenticate, u"a\u2029b"_s, whole},
+        {kFind, u""_s, whole},
+        {kAdd, u""_s, whole},
+        {kConfigurations, u""_s, whole},
+        {kFind, u"a\u007Fb"_s, whole},
+        {kAdd, u"a\u007Fb"_s, whole},
+        {kConfigurations, u"a\u007Fb"_s, whole},
+        {kFind, u"no bytes"_s, {DiscKind::Dvd, {}, whole.sha256}},
+        {kAdd, u"a short digest"_s, {DiscKind::Dvd, "x", whole.sha256.chopped(1)}},
+        {kFind, u"a long digest"_s, {DiscKind::Dvd, "x", whole.sha256 + '\0'}},
     };
-    for (const auto& [key, part] : incomplete) {
-        EXPECT_EQ(run(kFind, key, part), "error: Tessera title package request is missing required data.");
-        EXPECT_EQ(run(kAdd, key, part), "error: Tessera title package request is missing required data.");
+    std::string text;
+    for (const auto& [operation, key, package] : rows) {
+        const std::string written = key.toUtf8().toPercentEncoding(" ").toStdString();
+        text += kNames[operation] + (" '" + written + "': ") + run(operation, key, package) + '\n';
     }
-    EXPECT_EQ(run(kConfigurations, {}), "error: Tessera request is missing required data.");
-    for (const Operation operation : {kFind, kAdd, kConfigurations}) {
-        EXPECT_EQ(run(operation, u"a\u007Fb"_s),
-                  "error: Unable to prepare the Tessera authentication request.");
-    }
-
-    EXPECT_EQ(errorOf(HttpRequest()), "Tessera request is missing required data.");
+    text += errorOf(HttpRequest()) + '\n';
     HttpRequest request = {kGet.path, false, {}, {QByteArray("X-Other: a\0b", 12)}, "Not prepared."};
-    EXPECT_EQ(errorOf(request), "Not prepared.");
+    text += errorOf(request) + '\n';
     request.headers = {service::apiKeyHeader(u"key\r\nX-Other: 1"_s)};
-    EXPECT_EQ(errorOf(request), "Unable to prepare the Tessera authentication request.");
-
-    std::string address = m_server.url();
-    address.replace(address.find("127.0.0.1"), 9, "localhost.example");
-    const ScopedEnvironment refused("PLATTERSCOPE_SERVICE_URL", address);
-    EXPECT_EQ(errorOf(kGet),
-              "The Tessera service address must use https; http is allowed for this computer alone.");
+    text += errorOf(request) + '\n';
+    const ScopedEnvironment elsewhere("PLATTERSCOPE_SERVICE_URL", "http://localhost.example");
+    text += errorOf(kGet) + '\n';
+    EXPECT_EQ(testsupport::goldenDifference(text, "service/golden/not_sent.txt"), "");
     EXPECT_TRUE(m_server.requests().empty());
 }
 
@@ -251,6 +238,7 @@ TEST_F(Requests, EndAtTheirLimits)
               "Network error: Failed writing received data to disk/application");
 
     const std::string head = "HTTP/1.1 200 OK\r\nContent-Length: 5\r\n";
+    const std::string timeout = "Network error: Timeout was reached";
     const auto expectEnd = [](const HttpRequest& request, const std::string& text) {
         const auto begin = std::chrono::steady_clock::now();
         EXPECT_EQ(errorOf(request, {.transferSeconds = 1}), text);
@@ -258,13 +246,18 @@ TEST_F(Requests, EndAtTheirLimits)
     };
     const std::chrono::milliseconds interval(100);
     m_server.play({.rawBytes = head, .repeated = "X: 1\r\n", .repeats = 300, .interval = interval});
-    expectEnd(kGet, "Network error: Timeout was reached");
+    expectEnd(kGet, timeout);
     m_server.play({.rawBytes = head + "\r\n17", .staysOpen = true});
     expectEnd(kGet, "17");
-
     const testsupport::LoopbackPort deaf;  // takes what fits into the system's buffers
-    const ScopedEnvironment address("PLATTERSCOPE_SERVICE_URL", deaf.url());
-    expectEnd({kGet.path, true, QByteArray(50'000'000, 'x'), {}}, "Network error: Timeout was reached");
+    const ScopedEnvironment full("PLATTERSCOPE_SERVICE_URL", deaf.url());
+    expectEnd({kGet.path, true, QByteArray(50'000'000, 'x'), {}}, timeout);
+    const testsupport::LoopbackPort closed(false);
+    const ScopedEnvironment none("PLATTERSCOPE_SERVICE_URL", closed.url());
+    expectEnd(kGet, "Network error: Couldn't connect to server");
+    const ScopedEnvironment slow("PLATTERSCOPE_SERVICE_URL", "https://slow.example");
+    const ScopedEnvironment noProxy("https_proxy", "");
+    expectEnd(kGet, timeout);
 }
 
 TEST_F(Requests, GoToThisComputerWithoutAProxyAndElsewhereThroughOneThatSeesNoKey)
@@ -294,46 +287,96 @@ TEST_F(Requests, TakeTimeAndMemoryInProportionToTheReply)
     const std::string x(10'000, 'x');
     const std::string empty = QByteArray(",{}").repeated(4000).toStdString();
     const std::string title = R"(,{"Data": "{\"titles\": [{\"name\": \")" + x + R"(\"}]}"})";
-    const std::string values =
-        QByteArray("0\\u002c").repeated(100'000).toStdString();  // no comma to the outer document
+    const std::string values = QByteArray("0\\u002c").repeated(100'000).toStdString();  // escaped commas
     const struct {
         Operation operation;
         bool isTaken;
         std::size_t factor;  // of the reply's size: a text takes twice its bytes, beside what it is made of
         std::string begin, piece, end;
     } rows[] = {
-        {kAuthenticate, true, 3, ok + R"({"UID": 1, "Username": "a", "x": ")", x, "\"}"},
-        {kAuthenticate, true, 4, ok + R"({"UID": 1, "Username": ")", x, "\"}"},
-        {kAuthenticate, false, 11, "HTTP/1.0 500 No\r\n\r\n", std::string(10'000, '\x1B'), ""},
-        {kFind, true, 3, ok + R"({"x": ")", x, "\"}"},
+        {kAuthenticate, true, 9, ok + R"({"UID": 1, "Username": ")", x, "\"}"},
+        {kAuthenticate, false, 14, "HTTP/1.0 500 No\r\n\r\n", std::string(10'000, '\x1B'), ""},
         {kFind, true, 4, ok + R"({"Disc ID": 1, "Configurations": [{"Language Code": ")", x, "\"}]}"},
-        {kFind, false, 4, "HTTP/1.0 500 No\r\n\r\n", x, ""},
         {kAdd, true, 3, ok, std::string(10'000, '0'), "17"},
         {kConfigurations, true, 5, ok + R"([{"Data": "{\"disc_name\": \")", x, R"(\"}"}])"},
         {kConfigurations, true, 4, ok + "[{}", title, "]"},
         {kConfigurations, false, 3, ok + "[{}", empty, "]"},
         {kConfigurations, false, 5, ok + "[{}", R"(,{"Data": "[)" + values + R"(0]"})", "]"},
     };
-    for (const auto& [operation, isTaken, factor, begin, piece, end] : rows) {
-        SCOPED_TRACE(begin);
-        m_server.play(
-            {.rawBytes = begin, .repeated = piece, .repeats = kReplyBytes / piece.size(), .end = end});
-        const auto work = [which = operation]() -> std::string {
-            const TitlePackage package = packageOf("x");
-            const bool isOk =
-                std::freopen("/dev/null", "w", stderr) != nullptr &&  // a failure is logged there
-                (which == kAuthenticate ? service::authenticate(kKey).ok
-                 : which == kFind       ? service::findDisc(package, kKey).ok
-                 : which == kAdd        ? service::addDisc(package, kKey).ok
-                                        : service::getConfigurations(package.kind, 1, kKey).ok);
-            return isOk ? "taken" : "refused";
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.begin + row.piece.substr(0, 30));
+        const std::size_t pieces = kReplyBytes / row.piece.size();
+        m_server.play({.rawBytes = row.begin, .repeated = row.piece, .repeats = pieces, .end = row.end});
+        const auto work = [&row] {
+            if (std::freopen("/dev/null", "w", stderr) == nullptr) { return "no stderr"; }  // the log's
+            return carryOut(row.operation, kKey, packageOf()).starts_with("error") ? "refused" : "taken";
         };
         const auto outcome = testsupport::runInChild(work, std::chrono::seconds(100));
-        EXPECT_EQ(outcome.text, isTaken ? "taken" : "refused");
+        EXPECT_EQ(outcome.text, row.isTaken ? "taken" : "refused");
 #ifndef __SANITIZE_ADDRESS__  // which keeps what is freed, and notes about all that is allocated
-        EXPECT_LT(outcome.extraKiB, static_cast<std::int64_t>(factor * kReplyBytes / 1024));
+        EXPECT_LT(outcome.extraKiB, static_cast<std::int64_t>(row.factor * kReplyBytes / 1024));
 #endif
     }
+}
+
+// A line for each configuration, and under it one for each of its titles.
+TEST(Replies, ConfigurationsAreReadPieceByPiece)
+{
+    const auto reply = service::parseConfigurationReply(linesOf("configurations.json").join());
+    ASSERT_TRUE(reply);
+    QString text;
+    QDebug out(&text);
+    for (const service::DiscConfiguration& c : reply->configurations) {
+        out << c.uid << c.discId << c.languageCode << c.addedByUsername << c.addedByUid << c.discName
+            << c.paths << '\n';
+        for (const service::ConfigurationTitle& t : c.titles) {
+            out << "   " << t.id << t.type << (t.pathIndex ? QString::number(*t.pathIndex) : u"no path"_s)
+                << t.name << t.note << t.firstChapter << t.lastChapter << '\n';
+        }
+    }
+    const std::string lines = text.replace(u" \n "_s, u"\n"_s).toStdString();
+    EXPECT_EQ(testsupport::goldenDifference(lines, "service/golden/configurations.txt"), "");
+}
+
+TEST(Replies, TooManyEntriesOrValuesAndTooDeepNestingAreRefused)
+{
+    const auto isTaken = [](const QByteArray& begin, qsizetype count, const QByteArray& end) {
+        const QByteArray array = '[' + QByteArray("{},").repeated(count).chopped(1) + ']';
+        return service::parseConfigurationReply(R"({"Disc ID": 17, "Configurations": )" + begin + array +
+                                                end + '}')
+            .has_value();
+    };
+    EXPECT_TRUE(isTaken("", service::kMaximumConfigurations, ""));
+    EXPECT_FALSE(isTaken("", service::kMaximumConfigurations + 1, ""));
+    for (const QByteArray member : {"paths", "titles"}) {
+        const QByteArray begin = R"([{"Data": "{\")" + member + R"(\": )";
+        EXPECT_TRUE(isTaken(begin, service::kMaximumEntries - 1, R"(}"}])"));
+        EXPECT_FALSE(isTaken(begin, service::kMaximumEntries, R"(}"}])"));
+    }
+    EXPECT_FALSE(
+        JsonDocument::parse('[' + QByteArray("0,").repeated(JsonDocument::kMaximumValues - 1) + "0]"));
+    EXPECT_TRUE(JsonDocument::parse(QByteArray(900, '[') + QByteArray(900, ']')));
+    EXPECT_FALSE(JsonDocument::parse(QByteArray(2000, '[') + QByteArray(2000, ']')));
+    EXPECT_FALSE(JsonDocument::parse(QByteArray(5'000'000, '[')));
+    EXPECT_TRUE(JsonDocument::parse(QByteArrayView("{}garbage", 2))) << "a text need not end with a NUL";
+}
+
+// Origin, host and whether it is this computer; or why the address is refused. The host becomes the name of a directory
+// under the home directory as well.
+TEST(ServiceAddress, IsAnOriginThatIsSecureOrThisComputers)
+{
+    for (const QByteArray& line : linesOf("addresses.txt")) {
+        const QByteArrayList row = line.split('\t');
+        const ServiceAddress address =
+            service::parseServiceAddress(QString::fromUtf8(QByteArray::fromPercentEncoding(row.value(0))));
+        const QString accepted =
+            address.origin + u' ' + address.host + (address.isLoopback ? u" loopback"_s : u""_s);
+        const QString judgement =
+            address.problem.english() + (address.isUsable() ? accepted : address.origin + address.host);
+        EXPECT_EQ(judgement.toStdString(), row.value(1).toStdString()) << row.value(0).data();
+    }
+    const ScopedEnvironment none("PLATTERSCOPE_SERVICE_URL", "");
+    EXPECT_TRUE(service::currentServiceAddress().isUsable()) << "the address that is compiled in";
 }
 
 }  // namespace

@@ -49,11 +49,6 @@ ATTEMPTS = [
 ]
 
 
-def skip(reason):
-    print("skipped:", reason)
-    sys.exit(77)
-
-
 def serve_once(listener, certificate, reply, received):
     try:
         connection = listener.accept()[0]
@@ -84,10 +79,9 @@ def attempt(host, certificate, is_known, reply):
     return f"{ended.stdout.strip()}, the key was {'sent' if b'some key' in received else 'not sent'}"
 
 
-if not shutil.which("openssl") or not os.access(BUNDLE, os.R_OK):
-    skip("there is no openssl command or no " + BUNDLE)
-if subprocess.run(["unshare", "-rm", "true"], stderr=subprocess.DEVNULL).returncode:
-    skip("this user may not make a mount namespace")
+if not shutil.which("openssl") or not os.access(BUNDLE, os.R_OK) or subprocess.run(["unshare", "-rm", "true"]).returncode:
+    print("skipped: this needs the command openssl, the file", BUNDLE, "and the right to make a mount namespace")
+    sys.exit(77)
 shutil.rmtree(FOLDER, ignore_errors=True)
 os.makedirs(FOLDER)
 os.chdir(FOLDER)

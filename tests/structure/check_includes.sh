@@ -35,56 +35,38 @@ declare -A allowed=(
 without_qt=" discio bdmeta dvdmeta etw_helper base/native "
 native_file='_(posix|linux|windows)\.cpp$'
 
-# The room of a source file or of an included path.
-room_of() {
+# Puts the room of a source file or of an included path into $room.
+find_room() {
     case $1 in
-        app/*) echo "${1%.*}" ;;
-        base/native/*) echo base/native ;;
-        *) echo "${1%%/*}" ;;
+        app/*) room=${1%.*} ;;
+        base/native/*) room=base/native ;;
+        *) room=${1%%/*} ;;
     esac
 }
 
-violations=0
+violations=0 includes=0
 report() {
-    echo "$1"
+    echo "$file:$line: $1"
     violations=$((violations + 1))
 }
 
-# check_include FILE LINE PATH: one include of the project's own kind.
-check_include() {
-    local file=$1 line=$2 path=$3 from to
-    from=$(room_of "$file")
-    to=$(room_of "$path")
-    if [[ ! -v allowed[$from] ]]; then
-        report "$file:$line: '$from' is no room of the drawing"
-    elif [[ $path != */* ]]; then
-        report "$file:$line: \"$path\" is not written from the root"
-    elif [[ $from != "$to" && ${allowed[$from]} != any && " ${allowed[$from]} " != *" $to "* ]]; then
-        report "$file:$line: '$from' may not include '$to' (\"$path\")"
-    fi
-}
-
-# check_qt FILE LINE PATH: one include of Qt's.
-check_qt() {
-    local file=$1 line=$2 path=$3
-    if [[ $without_qt == *" $(room_of "$file") "* || $file =~ $native_file ]]; then
-        report "$file:$line: <$path> where no Qt may be"
-    fi
-}
-
-includes=0
-rooms=$(printf '%s\n' "${!allowed[@]}" | cut -d/ -f1 | sort -u | paste -sd'|')
 include='^([^:]+):([0-9]+):[[:space:]]*#[[:space:]]*include[[:space:]]*([<"])([^">]+)[">]'
 while IFS= read -r match; do
     [[ $match =~ $include ]] || continue
     file=${BASH_REMATCH[1]#./} line=${BASH_REMATCH[2]} bracket=${BASH_REMATCH[3]} path=${BASH_REMATCH[4]}
     includes=$((includes + 1))
+    find_room "$file" && from=$room
+    find_room "$path" && to=$room
     if [[ $path =~ ^(Q[A-Za-z]|q[a-z]+\.h$) ]]; then
-        check_qt "$file" "$line" "$path"
-    elif [[ $path == *.moc ]]; then
-        :    # written by the meta-object compiler, included by the file it belongs to
-    elif [[ $bracket == '"' || $path =~ ^($rooms)/ ]]; then
-        check_include "$file" "$line" "$path"
+        [[ $without_qt != *" $from "* && ! $file =~ $native_file ]] || report "<$path> where no Qt may be"
+    elif [[ $path == *.moc || ($bracket == '<' && ! -d ${path%%/*}) ]]; then
+        :    # written by the meta-object compiler, or a library's
+    elif [[ ! -v allowed[$from] ]]; then
+        report "'$from' is no room of the drawing"
+    elif [[ $path != */* ]]; then
+        report "\"$path\" is not written from the root"
+    elif [[ $from != "$to" && ${allowed[$from]} != any && " ${allowed[$from]} " != *" $to "* ]]; then
+        report "'$from' may not include '$to' (\"$path\")"
     fi
 done < <(grep -rnE --include='*.h' --include='*.cpp' --exclude-dir=build --exclude-dir='.?*' '#[[:space:]]*include' .)
 

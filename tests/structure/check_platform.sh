@@ -15,23 +15,17 @@ allocation='\b(malloc|calloc|realloc|free)\s*\(|\bdelete\b(\[\])?\s*[A-Za-z_(:*]
 new='\bnew\s+[A-Za-z_:]'
 
 # Every line of code as "file:line:text", without the contents of texts and without comments.
-code_of() {
-    grep -rn --include='*.h' --include='*.cpp' '' "$@" \
-        | sed -E "s#'\"'##g; "'s#"([^"\\]|\\.)*"#""#g; s#//.*##; s#/\*.*\*/##g'
-}
-
-mapfile -t folders < <(find . -mindepth 1 -maxdepth 1 -type d ! -name '.*' ! -name build -printf '%f\n' | sort)
-code=$(code_of "${folders[@]}")
+code=$(grep -rn --include='*.h' --include='*.cpp' --exclude-dir=build --exclude-dir='.?*' '' . \
+    | sed -E "s#^\./##; s#'\"'##g; "'s#"([^"\\]|\\.)*"#""#g; s#//.*##; s#/\*.*\*/##g')
 [[ -n $code ]] || { echo "no source found in $PWD"; exit 1; }
 
 violations=0
 # forbid MESSAGE PATTERN: PATTERN in the lines on standard input.
 forbid() {
-    local file line text
-    while IFS=: read -r file line text; do
-        echo "$file:$line: $1: ${text#"${text%%[![:space:]]*}"}"
-        violations=$((violations + 1))
-    done < <(grep -P "^[^:]+:[0-9]+:.*($2)" || true)
+    local found
+    found=$(grep -P "^[^:]+:[0-9]+:.*($2)") || return 0
+    printf '%s:\n%s\n' "$1" "$found"
+    violations=$((violations + $(wc -l <<<"$found")))
 }
 
 forbid "platform macro" "$macros" <<<"$code"

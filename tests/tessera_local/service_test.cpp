@@ -1,66 +1,415 @@
-// The service as its users meet it, and as a process: what it keeps, what it survives, how it ends.
+// The service as its users meet it, as a process, and within limits that a test can meet: requests and the status of
+// their replies, what it keeps, what it survives, how it ends.
+#include "tests/support/database.h"
 #include "tests/support/golden.h"
-#include "tests/tessera_local/service_fixture.h"
+#include "tests/support/local_service.h"
+#include "tests/support/temporary_folder.h"
+#include "tools/tessera_local/options.h"
+#include "tools/tessera_local/server.h"
 
+#include <QCryptographicHash>
+#include <QRegularExpression>
+#include <QtEndian>
+
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <zlib.h>
 
+#include <algorithm>
+#include <map>
+#include <random>
+#include <regex>
 #include <set>
+#include <sstream>
 #include <thread>
+
+using namespace Qt::StringLiterals;
+using namespace std::string_literals;
+using testsupport::goldenDifference;
 
 namespace tessera_local {
 
-TEST_F(Service, PrintsItsAddressAndKnowsItsUsers)
+namespace {
+
+// Sends whatever bytes it is given.
+class Client {
+public:
+    explicit Client(int port)
+        : m_socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    {
+        const timeval limit{10, 0};
+        ::setsockopt(m_socket, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+        const sockaddr_in address{AF_INET, htons(static_cast<in_port_t>(port)), {htonl(INADDR_LOOPBACK)}, {}};
+        EXPECT_EQ(::connect(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    }
+    ~Client() { ::close(m_socket); }
+    Client(const Client&) = delete;
+    Client& operator=(const Client&) = delete;
+
+    void send(const std::string& bytes) const { ::send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL); }
+    void finishSending() const { ::shutdown(m_socket, SHUT_WR); }
+
+    // Waits until the other end closes, for at most 10 s.
+    [[nodiscard]] std::string receiveAll() const
+    {
+        std::string reply(1 << 20, '\0');
+        const ssize_t count = ::recv(m_socket, reply.data(), reply.size(), MSG_WAITALL);
+        return reply.substr(0, count < 0 ? 0 : static_cast<std::size_t>(count));
+    }
+
+private:
+    int m_socket;
+};
+
+std::string statusOf(const std::string& reply)
+{
+    return reply.starts_with("HTTP/1.1 ") ? reply.substr(9, 3) : reply.empty() ? "---" : reply;
+}
+
+std::string bodyOf(const std::string& reply)
+{
+    return reply.find("\r\n\r\n") == std::string::npos ? "" : reply.substr(reply.find("\r\n\r\n") + 4);
+}
+
+// With the first `part` replaced, if there is one.
+std::string replaced(std::string text, const std::string& part, const std::string& with)
+{
+    return text.find(part) == std::string::npos ? text : text.replace(text.find(part), part.size(), with);
+}
+
+// With the length of the body instead of "#".
+std::string sized(const std::string& request)
+{
+    return replaced(request, "Length: #", "Length: " + std::to_string(bodyOf(request).size()));
+}
+
+// `start` is the method and the target. The length of the body is still to be set: sized().
+std::string request(const std::string& start,
+                    const std::string& headers = "Host: localhost\r\napiKey: alice-key\r\n",
+                    const std::string& body = {})
+{
+    return start + " HTTP/1.1\r\n" + headers + "Content-Length: #\r\n\r\n" + body;
+}
+
+// A form as a browser submits it.
+std::string form(const std::string& body, const std::string& target = "/tessera/dvd/new/?uid=1")
+{
+    return request("POST " + target,
+                   "Host: localhost\r\nOrigin: http://localhost\r\nSec-Fetch-Site: same-origin\r\n"
+                   "Content-Type: application/x-www-form-urlencoded\r\n",
+                   body);
+}
+
+// A package as far as the service looks into it; `statedBytes` overrides the length that its header states.
+std::string package(const std::string& kind, const std::string& chunks, std::uint64_t statedBytes = 0)
+{
+    std::string length(8, '\0');
+    qToBigEndian<quint64>(statedBytes != 0 ? statedBytes : 32 + chunks.size(), length.data());
+    const std::string magic = kind == "dvd" ? "PSTP-DVD"s : "PSTPBD\0\1"s;
+    return magic + "\0\1\0\x20\0\0\0\0"s + length + "\0\0\0\4\0\0\0\0"s + chunks;
+}
+
+std::string deflated(const std::string& bytes)
+{
+    return qCompress(QByteArray::fromStdString(bytes)).mid(4).toStdString();  // without Qt's length
+}
+
+std::string sha256Of(const std::string& bytes)
+{
+    return QCryptographicHash::hash(QByteArrayView(bytes), QCryptographicHash::Sha256).toHex().toStdString();
+}
+
+// An upload of the package `bytes` to "/api/tessera/KIND/ACTION/", which may be sent as another stream than its own.
+std::string upload(const std::string& kind, const std::string& action, const std::string& bytes,
+                   const std::optional<std::string>& stream = {})
+{
+    return request("POST /api/tessera/" + kind + "/" + action + "/",
+                   "apiKey: alice-key\r\nContent-Type: application/vnd.platterscope." + kind +
+                       "-title-package\r\nContent-Encoding: deflate\r\nX-Platterscope-Package-SHA256: " +
+                       sha256Of(bytes) + "\r\n",
+                   stream ? *stream : deflated(bytes));
+}
+
+// Bytes that hardly deflate, so that their stream spans several windows of the inflation.
+std::string noise(std::size_t size)
+{
+    std::string bytes(size, '\0');
+    std::ranges::generate(bytes, std::minstd_rand());
+    return bytes;
+}
+
+// Replaces the escapes of a table: \r, \n, \0, and {x*100} for a hundred times "x".
+std::string unescaped(QString text)
+{
+    static const QRegularExpression repeat(u"\\{(.+)\\*(\\d+)\\}"_s);
+    if (const auto match = repeat.match(text); match.hasMatch()) {
+        text.replace(match.captured(), match.captured(1).repeated(match.captured(2).toInt()));
+    }
+    text.replace("\\r"_L1, "\r"_L1).replace("\\n"_L1, "\n"_L1).replace("\\0"_L1, QString(QChar(0)));
+    return text.toStdString();
+}
+
+// The lines of a reply that matter beside the problems of a form: where to go, what is said, typed and chosen, and data.
+const std::regex kDetails("^Location: |^<li>|id=\"(saved|problems)\"| value=\"typed\"| autofocus| selected| "
+                          "disabled|Entry 20|^[\\[{0-9]");
+
+class Service : public testing::Test {
+protected:
+    void start(const std::vector<std::string>& arguments = {})
+    {
+        m_service.reset();
+        const std::vector<std::string> keys{"alice-key=alice", "bob-key=b\xC3\xB6z"};
+        m_service = std::make_unique<testsupport::LocalService>(TESSERA_LOCAL_EXECUTABLE, m_database, keys,
+                                                                arguments);
+        ASSERT_TRUE(m_service->isReady()) << m_service->log();
+    }
+    void startWithDiscs()  // 1 is a DVD, 2 a Blu-ray
+    {
+        start();
+        ASSERT_EQ(body(upload("dvd", "add", package("dvd", "one"))), "1");
+        ASSERT_EQ(body(upload("bluray", "add", package("bluray", "one"))), "2");
+    }
+    [[nodiscard]] std::string ask(const std::string& request) const
+    {
+        const Client client(m_service->port());
+        client.send(sized(request));
+        client.finishSending();
+        return client.receiveAll();
+    }
+    [[nodiscard]] std::string status(const std::string& request) const { return statusOf(ask(request)); }
+    [[nodiscard]] std::string body(const std::string& request) const { return bodyOf(ask(request)); }
+
+    // A row is "STATUS | NAME | PART -> OTHER": the request NAME with its PART replaced; without "->" its "*" is
+    // replaced. The problems of a form are below its row, and if `isDetailed` what else matters of the reply. "sql" runs
+    // a statement on the database, and "kill" ends the service and starts another. Sends the requests of a table, and
+    // compares the table with what the replies make of it.
+    void send(const std::string& table, const std::map<std::string, std::string>& requests,
+              bool isDetailed = false)
+    {
+        startWithDiscs();
+        std::ifstream file(GOLDEN_DIR + ("/" + table));
+        std::ostringstream actual;
+        for (std::string line; std::getline(file, line);) {
+            if (line.starts_with(' ')) { continue; }
+            const QStringList row = QString::fromStdString(line).split(" | "_L1);
+            if (row[0] == "kill"_L1) {
+                EXPECT_EQ(m_service->stop(SIGKILL), -1);
+                start();
+            }
+            if (row[0] == "kill"_L1 || row[0] == "sql"_L1) {
+                const std::string value = row.size() > 1 ? sql(row[1].toStdString()) : "";
+                actual << line << '\n' << (value.empty() ? "" : "    " + value + '\n');
+                continue;
+            }
+            const QStringList change = row.value(2).split(" -> "_L1);
+            const QString part = change.size() == 2 ? change[0] : u"*"_s;
+            const std::string& request = requests.at(row[1].toStdString());
+            const std::string reply = ask(
+                row.size() < 3 ? request : replaced(request, part.toStdString(), unescaped(change.last())));
+            const bool isPage = bodyOf(reply).starts_with("<!DOCTYPE html>");
+            actual << statusOf(reply) << (isPage ? " page" : "") << line.substr(line.find(" | ")) << '\n';
+            EXPECT_EQ(reply.find("X-Injected"), std::string::npos) << line;
+            EXPECT_TRUE(statusOf(reply) < "400" || !bodyOf(reply).empty()) << line;
+            std::istringstream lines(reply);
+            while (std::getline(lines, line)) {
+                if (!isDetailed && line.starts_with("<li>")) {
+                    actual << "    " << line.substr(13, line.size() - 22) << '\n';
+                } else if (isDetailed && std::regex_search(line, kDetails)) {
+                    actual << "    " << line.substr(0, line.find('\r')) << '\n';
+                }
+            }
+        }
+        EXPECT_EQ(goldenDifference(actual.str(), "tessera_local/golden/" + table), "");
+    }
+    // The first value that a statement on the database gives.
+    std::string sql(const std::string& statement) const
+    {
+        const std::vector<QByteArray> row = testsupport::firstRow(m_database, statement);
+        return row.empty() ? "" : row[0].toStdString();
+    }
+
+    testsupport::TemporaryFolder m_folder;
+    std::string m_database = m_folder / "service.db";
+    std::unique_ptr<testsupport::LocalService> m_service;
+};
+// Each line of the table that is not indented is a command line; what is made of it is below. "%20" stands for a blank.
+TEST(Options, AreReadOrRefusedWithoutTellingAKey)
+{
+    const testsupport::TemporaryFolder folder;
+    std::filesystem::current_path(folder.path());
+    std::ofstream("keys") << "# a comment=nobody\n\nfile==key==carol\r\nlast=d\xC3\xA4ve";
+    std::ofstream("bad") << "good=alice\nSECRET\n";
+    std::string text;
+    std::ifstream table(GOLDEN_DIR "/options.txt");
+    for (std::string line; std::getline(table, line);) {
+        if (line.starts_with(' ')) { continue; }
+        text += line + '\n';
+        std::vector<std::string> arguments{"--database", "none"};
+        for (const QByteArray& word : QByteArray::fromStdString(line).split(' ')) {
+            arguments.push_back(QByteArray::fromPercentEncoding(word).toStdString());
+        }
+        const auto [action, options, error] = parseCommandLine(arguments);
+        constexpr const char* kActions[] = {"serve", "show help", "show version", "refuse"};
+        text += std::string("    ") + kActions[static_cast<int>(action)] + (error.empty() ? "" : ": ") +
+                error + '\n';
+        EXPECT_EQ(error.find("SECRET"), std::string::npos) << error;
+        if (action != CommandLine::Action::Serve) { continue; }
+        text +=
+            "    " + options.databasePath + ' ' + options.host + ' ' + std::to_string(options.port) + '\n';
+        for (const User& user : options.users) {
+            text += "    " + std::to_string(user.uid) + ' ' + user.name + ' ' + user.key + '\n';
+        }
+    }
+    std::filesystem::current_path("/");
+    EXPECT_EQ(goldenDifference(text, "tessera_local/golden/options.txt"), "");
+}
+
+TEST_F(Service, Requests)
+{
+    const std::string bytes = package("dvd", noise(300));
+    const std::string stream = deflated(bytes);
+    const std::string end = stream.substr(0, stream.size() - 1);
+    const auto sending = [&](const std::string& sent) { return upload("dvd", "find", bytes, sent); };
+    const auto finding = [](const char* kind, const std::string& sent) { return upload(kind, "find", sent); };
+    send("requests.txt",
+         {{"bytes", "*"},
+          {"get", request("GET *")},
+          {"user", request("POST /api/tessera/user/")},
+          {"large", request("POST /api/tessera/dvd/add/", "*\r\n", std::string(3'000'000, 'x'))},
+          {"page", request("GET /tessera/dvd/new/?uid=1")},
+          {"save", form("disc_name=Disc&language_code=en")},
+          {"find", finding("dvd", bytes)},
+          {"digest", replaced(finding("dvd", bytes), sha256Of(bytes), "SHA256")},
+          {"stream of nothing", sending("")},
+          {"half a stream", sending(stream.substr(0, stream.size() / 2))},
+          {"stream without checksum", sending(stream.substr(0, stream.size() - 4))},
+          {"stream without last byte", sending(end)},
+          {"stream with wrong checksum", sending(end + static_cast<char>(stream.back() ^ 1))},
+          {"stream and one byte", sending(stream + '\n')},
+          {"two streams", sending(stream + stream)},
+          {"no stream", sending(bytes)},
+          {"stream in a stream", sending(deflated(stream))},
+          {"no chunks", finding("dvd", package("dvd", ""))},
+          {"one window", finding("dvd", package("dvd", noise(65'504)))},
+          {"one window and a byte", finding("dvd", package("dvd", noise(65'505)))},
+          {"many windows", finding("dvd", package("dvd", noise(300'000)))},
+          {"zeros", finding("bluray", package("bluray", std::string(5'000'000, '\0')))},
+          {"DVD as Blu-ray", finding("bluray", bytes)},
+          {"Blu-ray as DVD", finding("dvd", package("bluray", "chunks"))},
+          {"states a byte less", finding("dvd", package("dvd", "chunks", 37))},
+          {"states a byte more", finding("dvd", package("dvd", "chunks", 39))},
+          {"states most", finding("dvd", package("dvd", "chunks", ~std::uint64_t{0}))},
+          {"header cut short", finding("dvd", package("dvd", "").substr(0, 31))}});
+    EXPECT_EQ(sql("SELECT count(*) FROM discs"), "2");
+    EXPECT_NE(ask(request("PUT /tessera/dvd/new/")).find("\r\nAllow: GET, POST\r\n"), std::string::npos);
+    EXPECT_EQ(m_service->stop(), 0);  // a line may follow its reply
+    const std::string log = m_service->log();
+    for (const char* line :
+         {": GET /?[2J? 404\n", ": POST /api/tessera/user/ 401\n", ": POST /api/tessera/user/ 200\n"}) {
+        EXPECT_NE(log.find(line), std::string::npos) << line;
+    }
+    EXPECT_EQ(log.find("alice"), std::string::npos);
+    EXPECT_EQ(log.find("UNKNOWN"), std::string::npos);
+}
+
+TEST_F(Service, Forms)
+{
+    send("forms.txt", {{"form", form("*")},
+                       {"disc", form("disc_name=D&language_code=en&*")},
+                       {"title", form("disc_name=D&language_code=en&title_1_id=1&title_1_*")},
+                       {"Blu-ray", form("disc_name=D&language_code=en&*", "/tessera/bluray/new/?uid=2")}});
+}
+
+// What was typed comes back as text. The golden file has no style; its hash is in the headers.
+TEST_F(Service, TypedMarkup)
+{
+    startWithDiscs();
+    const std::string evil = "%22%3E%3Cscript%3Ealert(1)%3C/script%3E%26%27%00%251%2";
+    std::string fields = "disc_name=" + evil + "&language_code=" + evil;
+    for (const std::string field : {"id", "type", "name", "file", "note", "first_chapter", "last_chapter"}) {
+        fields.append("&title_1_" + field).append("=" + evil);
+    }
+    std::string reply = ask(form(fields));
+    std::erase(reply, '\r');
+    reply.erase(reply.find("<style>"), reply.find("</style>") - reply.find("<style>"));
+    EXPECT_EQ(goldenDifference(reply, "tessera_local/golden/typed_markup.txt"), "");
+}
+
+// Limits small enough to be met in a test, of a server within the test's own process.
+TEST(RequestLimits, AreKept)
+{
+    const std::chrono::milliseconds soon{50};
+    const std::string bytes = package("dvd", std::string(200'000, 'c'));
+    const std::string stream = deflated(bytes);
+    const std::string find = sized(upload("dvd", "find", bytes));
+    const std::string save = sized(form(std::string(100, 'x')));
+    const std::string endless =
+        replaced(save.substr(0, save.size() - 100), "Content-Length: 100", "Transfer-Encoding: chunked") +
+        unescaped(u"{2710\\r\\n"_s + QString(10'000, u'x') + u"\\r\\n*1000}"_s);
+    const std::tuple<const char*, Limits, std::string, const char*> rows[] = {
+        {"stalls in its headers", {.headerTime = soon}, "POST / HTTP/1.1\r\napiKey: ", "400"},
+        {"stalls in its upload", {.bodyTime = soon}, find.substr(0, find.size() - 1), "400"},
+        {"stalls in its form", {.formTime = soon}, save.substr(0, save.size() - 1), "400"},
+        {"form without end", {.formBytes = 100'000}, endless, "413"},
+        {"headers", {.headerBytes = 2000}, "GET / HTTP/1.1\r\nX: " + std::string(3000, 'x'), "400"},
+        {"just allowed", {.bodyBytes = stream.size(), .packageBytes = bytes.size()}, find, "200"},
+        {"stream", {.bodyBytes = stream.size() - 1}, find, "413"},
+        {"package", {.packageBytes = bytes.size() - 1}, find, "413"},
+        {"package of another kind", {.packageBytes = 99'999}, upload("bluray", "find", bytes), "413"},
+        {"cut short", {.packageBytes = 99'999}, upload("dvd", "find", bytes, stream.substr(0, 200)), "413"},
+    };
+    const testsupport::TemporaryFolder folder;
+    Store store(folder / "db");
+    store.addDisc(DiscKind::Dvd, sha256Of(bytes), std::array<std::uint8_t, 1>{});
+    for (const auto& [name, limits, request, status] : rows) {
+        Server server(store, {{1, "alice", "alice-key"}}, "", limits);
+        const Client client(server.bind("127.0.0.1", 0));
+        std::thread serving([&server] { server.serve(); });
+        client.send(sized(request));
+        EXPECT_EQ(statusOf(client.receiveAll()), status) << name;
+        server.stop();
+        serving.join();
+    }
+}
+
+TEST_F(Service, PrintsItsAddressAndTheLatestVersion)
 {
     start({"--latest-version", "1.3.0"});
     EXPECT_EQ(m_service->output(), "tessera_local: listening on " + m_service->baseUrl() + "\n");
-    EXPECT_EQ(body(request("POST /api/tessera/user/", "apiKey: alice-key\r\nRange: bytes=0-0\r\n")),
+    EXPECT_EQ(body(request("POST /api/tessera/user/")),
               R"({"LatestVersion":"1.3.0","UID":1,"Username":"alice"})");
-    start();
-    EXPECT_EQ(body(request("POST /api/tessera/user/", "apiKey: bob-key\r\n")),
-              "{\"UID\":2,\"Username\":\"b\xC3\xB6z\"}");
 }
 
-// SIGKILL: what was acknowledged is kept, however the process ends.
+// After SIGKILL: what was acknowledged is kept, however the process ends.
 TEST_F(Service, KeepsDiscsAndConfigurations)
 {
-    startWithDiscs();
-    const std::string dvd = package("dvd", "one");
-    const std::string other = package("dvd", "other");
-    EXPECT_EQ(body(upload("dvd", "find", other)), R"({"Configurations":[],"Disc ID":null})");
-    EXPECT_EQ(body(upload("dvd", "add", dvd)), "1");
-    EXPECT_EQ(body(upload("dvd", "add", other)), "3");
-    const std::string address = "/tessera/dvd/new/?uid=1";
-    const std::string saved = ask(
-        form("disc_name=%22D%22%27%29%3B+DROP+TABLE+discs&language_code=pt-BR&title_1_id=008&title_1_type=2&"
-             "title_1_file=b&title_1_name=%F0%9F%8E%AC&title_1_note=x%0D%0Ay%0Dz&title_1_first_chapter=1&"
-             "title_1_last_chapter=12&title_3_id=1&title_4_id=7&title_4_file=a&title_5_id=7&title_5_file=b&"
-             "title_6_type=0",
-             address));
-    EXPECT_EQ(statusOf(saved), "303");
-    EXPECT_NE(saved.find("\r\nLocation: " + address + "&saved=1\r\n"), std::string::npos);
-    EXPECT_NE(body(request("GET " + address + "&saved=1")).find("id=\"saved\" role=\"status\""),
-              std::string::npos);
-    EXPECT_EQ(body(request("GET " + address + "&saved=2")).find("id=\"saved\""), std::string::npos)
-        << "there is none";
-    sql("INSERT INTO configurations VALUES (7, 2, 'de', 'x', 3, ''), (9, 1, '', 'd\xC3\xA4ve', 4, 'any "
-        "text')");
+    const auto sending = [](const std::string& action, const std::string& chunks) {
+        return upload("dvd", action, package("dvd", chunks));
+    };
+    send("kept.txt",
+         {{"find one", sending("find", "one")},
+          {"find other", sending("find", "other")},
+          {"add one", sending("add", "one")},
+          {"add other", sending("add", "other")},
+          {"add Blu-ray", upload("bluray", "add", package("bluray", "next"))},
+          {"user", request("POST /api/tessera/user/")},
+          {"get", request("GET *")},
+          {"form", form("*")}},
+         true);
+    EXPECT_EQ(std::filesystem::status(m_database).permissions(), std::filesystem::perms{0600});
+    EXPECT_EQ(sql("SELECT package FROM discs WHERE id = 3"), deflated(package("dvd", "other")));
+}
 
-    EXPECT_EQ(m_service->stop(SIGKILL), -1);
-    struct stat file {};
-    ASSERT_EQ(::stat(m_database.c_str(), &file), 0);
-    EXPECT_EQ(file.st_mode & 0777, 0600U);
-    EXPECT_EQ(sql("SELECT package FROM discs WHERE id = 3"), deflated(other));
-    EXPECT_EQ(sql("PRAGMA user_version") + ' ' + sql("PRAGMA application_id"), "1 1414745137");
-    start();
-    EXPECT_EQ(
-        testsupport::goldenDifference(body(upload("dvd", "find", dvd)), "tessera_local/golden/find.json"),
-        "");
-    EXPECT_EQ("{\"Configurations\":" + body(request("GET /api/tessera/dvd/configurations/get/?discId=1")) +
-                  ",\"Disc ID\":1}",
-              body(upload("dvd", "find", dvd)));
-    EXPECT_EQ(body(upload("bluray", "add", package("bluray", "next"))), "4");
+TEST_F(Service, GivesBackAFormThatItCannotKeep)
+{
+    send("not_kept.txt",
+         {{"form", form("disc_name=typed&language_code=en")},
+          {"Blu-ray", form("disc_name=typed&language_code=en", "/tessera/bluray/new/?uid=2")},
+          {"add", upload("dvd", "add", package("dvd", "new"))}},
+         true);
+    EXPECT_NE(m_service->log().find("tessera_local: error: database: no such table: discs\n"),
+              std::string::npos);
 }
 
 TEST_F(Service, GivesOneIdToAPackageThatManyAddAtOnce)
@@ -68,6 +417,7 @@ TEST_F(Service, GivesOneIdToAPackageThatManyAddAtOnce)
     start();
     std::array<std::string, 24> ids;
     std::vector<std::thread> threads;
+    threads.reserve(ids.size());
     for (std::string& id : ids) {
         threads.emplace_back([this, &id] { id = body(upload("dvd", "add", package("dvd", "one"))); });
     }
@@ -75,38 +425,6 @@ TEST_F(Service, GivesOneIdToAPackageThatManyAddAtOnce)
         thread.join();
     }
     EXPECT_EQ(std::set(ids.begin(), ids.end()), std::set<std::string>{"1"});
-}
-
-TEST_F(Service, GivesBackAFormThatItCannotKeep)
-{
-    startWithDiscs();
-    const std::string typed = form("disc_name=typed&language_code=en");
-    const auto expectBack = [&](const char* status) {
-        const std::string reply = ask(typed);
-        EXPECT_EQ(statusOf(reply), status);
-        EXPECT_NE(reply.find("<div id=\"problems\""), std::string::npos);
-        EXPECT_NE(reply.find(" value=\"typed\""), std::string::npos);
-    };
-    const std::string room =
-        std::to_string((4 << 20) - sizeof R"({"disc_name":"typed","paths":[],"titles":[]})" + 1);
-    sql("INSERT INTO configurations VALUES (1, 1, '', '', 1, substr(hex(zeroblob(2097152)), 1, " + room +
-        "))");
-    EXPECT_EQ(status(typed), "303") << "4 Mi characters";
-    sql("DELETE FROM configurations WHERE uid = 2");
-    sql("UPDATE configurations SET data = data || 'x'");
-    expectBack("409");
-    sql("UPDATE configurations SET data = ''");
-    sql("WITH RECURSIVE n AS (SELECT 2 AS uid UNION SELECT uid + 1 FROM n WHERE uid < 499)"
-        " INSERT INTO configurations SELECT uid, 1, '', '', 1, '' FROM n");
-    EXPECT_EQ(status(typed), "303") << "the 500th";
-    expectBack("409");
-    EXPECT_EQ(status(form("disc_name=typed&language_code=en", "/tessera/bluray/new/?uid=2")), "303");
-    sql("DROP TABLE configurations");
-    expectBack("503");
-    sql("DROP TABLE discs");
-    EXPECT_EQ(status(upload("dvd", "add", package("dvd", "new"))), "500");
-    EXPECT_NE(m_service->log().find("tessera_local: error: database: no such table: discs\n"),
-              std::string::npos);
 }
 
 TEST_F(Service, RefusesABombWithoutHoldingIt)
@@ -165,31 +483,33 @@ TEST_F(Service, EndsAtASignalEvenWhileClientsAreWaitedFor)
 
 TEST_F(Service, PrintsWhyItDoesNotStart)
 {
-    const auto run = [](const std::string& database, const std::string& argument,
-                        const std::string& printed) {
-        testsupport::LocalService service(TESSERA_LOCAL_EXECUTABLE, database, {"k=alice"}, {argument});
-        EXPECT_FALSE(service.isReady());
-        const int status = service.stop(0);
-        EXPECT_NE((service.output() + service.log()).find(printed), std::string::npos) << service.log();
-        return status;
-    };
-    EXPECT_EQ(run(m_database, "--help", "\nA Tessera service of your own."), 0);
-    EXPECT_EQ(run(m_database, "--version", "tessera_local "), 0);
-    EXPECT_EQ(run(m_database, "--unknown", "tessera_local: Unknown option 'unknown'.\n"), 2);
     start();
-    EXPECT_EQ(run(m_folder / "new.db", "--port=" + std::to_string(m_service->port()),
-                  ": cannot listen on 127.0.0.1"),
-              1);
     std::ofstream(m_folder / "text") << std::string(200, 'x');
-    EXPECT_EQ(run(m_folder / "text", "--port=0", "tessera_local: database: file is not a database\n"), 1);
-    EXPECT_EQ(run(m_folder / ".", "--port=0", "tessera_local: cannot open '"), 1);
-    sql("PRAGMA user_version = 2");
-    EXPECT_EQ(
-        run(m_database, "--port=0", "tessera_local: database: the file has the unknown layout version 2\n"),
-        1);
-    sql("PRAGMA application_id = 5");
-    EXPECT_EQ(run(m_database, "--port=0", "tessera_local: database: the file belongs to another program\n"),
-              1);
+    testsupport::firstRow(m_folder / "newer", "PRAGMA user_version = 2");
+    testsupport::firstRow(m_folder / "newer", "PRAGMA application_id = 1414745137");
+    testsupport::firstRow(m_folder / "other", "PRAGMA application_id = 5");
+    const struct {
+        int status;
+        std::string database, argument, printed;
+    } rows[] = {
+        {0, "new.db", "--help", "\nA Tessera service of your own."},
+        {0, "new.db", "--version", "tessera_local "},
+        {2, "new.db", "--unknown", "tessera_local: Unknown option 'unknown'.\n"},
+        {1, "new.db", "--port=" + std::to_string(m_service->port()), ": cannot listen on 127.0.0.1"},
+        {1, ".", "--port=0", "tessera_local: cannot open '"},
+        {1, "text", "--port=0", "tessera_local: database: file is not a database\n"},
+        {1, "newer", "--port=0", "tessera_local: database: the file has the unknown layout version 2\n"},
+        {1, "other", "--port=0", "tessera_local: database: the file belongs to another program\n"},
+    };
+    for (const auto& row : rows) {
+        testsupport::LocalService service(TESSERA_LOCAL_EXECUTABLE, m_folder / row.database, {"k=alice"},
+                                          {row.argument});
+        EXPECT_FALSE(service.isReady());
+        EXPECT_EQ(service.stop(0), row.status) << row.printed;
+        EXPECT_NE((service.output() + service.log()).find(row.printed), std::string::npos) << service.log();
+    }
 }
+
+}  // namespace
 
 }  // namespace tessera_local
