@@ -1,156 +1,78 @@
-// What a file system refuses, and the paths and names that it allows.
-#include "tests/faults/disc_reading.h"
-#include "tests/support/fault_table.h"
+// What stands in place of a file or of a disc, and the paths and names that a system allows.
+#include "tests/faults/small_disc.h"
 #include "tests/support/unprivileged_user.h"
 
-#include <gtest/gtest.h>
-
-using faults::Family;
-using testsupport::DiscForm;
-using testsupport::DiscTree;
-using testsupport::recordFault;
-using testsupport::TemporaryFolder;
+using namespace faults;
+using namespace testsupport;
 namespace fs = std::filesystem;
 
 namespace {
 
-constexpr Family kFamilies[] = {Family::Dvd, Family::Bluray};
-
-// What may not be read of a disc below "folder", and what reading the disc gives; %s stands for the locked path.
-struct Locked {
-    Family family = Family::Dvd;
-    DiscForm form = DiscForm::Directory;
-    std::string path;
-    std::string expected;
+struct Fault {
+    const char* name;
+    void (*make)(const std::string& path);
 };
 
-const Locked kLocked[] = {
-    {Family::Dvd, DiscForm::Iso, "disc.iso", "cannot open '%s': Permission denied"},
-    {Family::Dvd, DiscForm::Directory, "disc", "'%s' has no VIDEO_TS directory"},
-    {Family::Dvd, DiscForm::Directory, "disc/VIDEO_TS", "cannot open '%s/VIDEO_TS.IFO': Permission denied"},
-    {Family::Dvd, DiscForm::Directory, "disc/VIDEO_TS/VIDEO_TS.IFO", "cannot open '%s': Permission denied"},
-    {Family::Dvd, DiscForm::Directory, "disc/VIDEO_TS/VTS_02_0.IFO", "cannot open '%s': Permission denied"},
-    {Family::Bluray, DiscForm::Iso, "disc.iso", "cannot open '%s': Permission denied"},
-    {Family::Bluray, DiscForm::Udf, "disc.iso", "cannot open '%s': Permission denied"},
-    {Family::Bluray, DiscForm::Directory, "disc", "'%s' has no BDMV directory"},
-    {Family::Bluray, DiscForm::Directory, "disc/BDMV", faults::kCannotEnumerate},
-    {Family::Bluray, DiscForm::Directory, "disc/BDMV/PLAYLIST", faults::kCannotEnumerate},
-    {Family::Bluray, DiscForm::Directory, "disc/BDMV/CLIPINF", faults::kCannotEnumerate},
-    {Family::Bluray, DiscForm::Directory, "disc/BDMV/STREAM", faults::warned(faults::kWithoutStreams)},
-    {Family::Bluray, DiscForm::Directory, "disc/CERTIFICATE", faults::warned(faults::kWithoutIdentity)},
-    {Family::Bluray, DiscForm::Directory, "disc/CERTIFICATE/id.bdmv",
-     faults::warned(faults::kWithoutIdentity)},
-    {Family::Bluray, DiscForm::Directory, "disc/BDMV/index.bdmv", faults::warned(faults::kWithoutIndex)},
-    {Family::Bluray, DiscForm::Directory, "disc/BDMV/PLAYLIST/00801.mpls",
-     "cannot parse playlist 'BDMV/PLAYLIST/00801.mpls'"},
-    {Family::Bluray, DiscForm::Directory, "disc/BDMV/CLIPINF/00003.clpi",
-     "cannot parse clip information 'BDMV/CLIPINF/00003.clpi'"},
-    // A size needs no permission.
-    {Family::Bluray, DiscForm::Directory, "disc/BDMV/STREAM/00001.m2ts", faults::kWholeBluray},
+const Fault kFaults[] = {
+    {"a locked file", [](auto& path) { EXPECT_EQ(::mknod(path.c_str(), S_IFREG, 0), 0); }},
+    {"a locked directory", [](auto& path) { EXPECT_EQ(::mkdir(path.c_str(), 0), 0); }},
+    {"a FIFO", [](auto& path) { EXPECT_EQ(::mkfifo(path.c_str(), 0600), 0); }},
+    {"a socket", [](auto& path) { EXPECT_EQ(::mknod(path.c_str(), S_IFSOCK | 0600, 0), 0); }},
+    {"/dev/zero", [](auto& path) { fs::create_symlink("/dev/zero", path); }},
+    {"/dev/null", [](auto& path) { fs::create_symlink("/dev/null", path); }},
+    {"a link to itself", [](auto& path) { fs::create_symlink(path, path); }},
+    {"a TiB of zeros", [](auto& path) { std::ofstream(path).seekp((1LL << 40U) - 1).put('\0'); }},
 };
 
-TEST(FileSystem, PermissionDenied)
+TEST(FileSystem, SomethingElseInPlaceOfAPartOfADisc)
 {
-    for (const Locked& locked : kLocked) {
-        const TemporaryFolder folder;
-        fs::permissions(folder.path(), fs::perms(0755));
-        const std::string disc = faults::treeOf(locked.family).write(locked.form, folder);
-        const std::string path = folder / locked.path;
-        fs::permissions(path, fs::perms::none);
-        {
-            const testsupport::UnprivilegedUser meanwhile;
-            EXPECT_EQ(faults::readDisc(locked.family, disc), faults::filledIn(locked.expected, path));
-        }
-        fs::permissions(path, fs::perms::owner_all);  // to be removed
-        if (!HasFailure()) {
-            const bool isRead = faults::isSummary(locked.expected);
-            recordFault("Permission denied, for a disc, a directory or a file",
-                        isRead ? "read, without what the file would have said" : "fails, with its message");
+    const UnprivilegedUser meanwhile;
+    for (const Family family : {Family::Dvd, Family::Bluray}) {
+        const TemporaryFolder sample;
+        treeOf(family).writeDirectory(sample / "disc");
+        for (const fs::directory_entry& part : fs::recursive_directory_iterator(sample.path())) {
+            const std::string name = fs::relative(part, sample.path());
+            for (const Fault& fault : kFaults) {
+                SCOPED_TRACE(fault.name + (" as " + name));
+                const TemporaryFolder folder;
+                treeOf(family).writeDirectory(folder / "disc");
+                fs::remove_all(folder / name);
+                fault.make(folder / name);
+                const std::string text = boundedRead(family, folder / "disc");
+                // Of a stream file only the size counts, which needs no permission.
+                std::error_code isLink;
+                const bool isSize = name.ends_with(".m2ts") && fs::is_regular_file(folder / name, isLink);
+                EXPECT_TRUE(isSize ? isWhole(text) : isRefusalOrWarning(text)) << text;
+                if (fs::is_directory(folder / name, isLink)) { fs::remove(folder / name); }
+            }
         }
     }
 }
 
 TEST(FileSystem, PathsAreBytes)
 {
-    for (const Family family : kFamilies) {
-        for (const DiscForm form : {DiscForm::Directory, DiscForm::Iso}) {
-            const TemporaryFolder folder;
-            const std::string path = folder / "\xFF\xFE \xC3 disc\n%s'";
-            fs::rename(faults::treeOf(family).write(form, folder), path);
-            EXPECT_EQ(faults::readDisc(family, path), faults::wholeDisc(family));
-            EXPECT_EQ(faults::readDisc(family, path + "\x80"),
-                      "cannot stat '" + path + "\x80': No such file or directory");
+    for (const std::string& name : {std::string("\xFF\xFE \xC3 disc\n%s'"), std::string(255, 'x'),
+                                    'x' + std::string(3500, '/') + "disc"}) {
+        for (const Family family : {Family::Dvd, Family::Bluray}) {
+            for (const DiscForm form : {DiscForm::Directory, DiscForm::Iso}) {
+                const TemporaryFolder folder;
+                const fs::path path = folder / name;
+                fs::create_directories(path.parent_path());
+                fs::rename(treeOf(family).write(form, folder), path);
+                EXPECT_EQ(readDisc(family, path), wholeDisc(family));
+                EXPECT_PRED1(isRefusalOrWarning, readDisc(family, path.string() + std::string(5000, '/')));
+            }
         }
     }
-    if (!HasFailure()) { recordFault("Path: not UTF-8", "read", 4); }
 }
 
 TEST(FileSystem, NamesOnTheDiscAreBytes)
 {
-    for (const DiscForm form : testsupport::kAllBlurayForms) {
+    for (const DiscForm form : kAllBlurayForms) {
         const TemporaryFolder folder;
-        const DiscTree tree = faults::blurayTree()
-                                  .add("BDMV/\xFF\xFE", {1})
-                                  .add("BDMV/CLIPINF/\xC3.clpi", testsupport::ClpiSpec().build())
-                                  .add("BDMV/PLAYLIST/\xC3(\x80.mpls", {1});
-        EXPECT_EQ(faults::readDisc(Family::Bluray, tree.write(form, folder)),
-                  "cannot parse playlist 'BDMV/PLAYLIST/\xC3(\x80.mpls'");
-    }
-    const TemporaryFolder folder;
-    DiscTree tree = faults::blurayTree();
-    tree.add("BDMV/CLIPINF/\xC3.clpi", testsupport::ClpiSpec().build()).add("BDMV/STREAM/\xC3.m2ts", {1});
-    const std::string text = faults::readDisc(Family::Bluray, tree.write(DiscForm::Directory, folder));
-    EXPECT_NE(text.find("clips 4"), std::string::npos) << text;
-    EXPECT_NE(text.find("streams 18433"), std::string::npos) << text;
-    if (!HasFailure()) { recordFault("Name on the disc: not UTF-8", "read, or named in the message", 7); }
-}
-
-TEST(FileSystem, LongPaths)
-{
-    const TemporaryFolder folder;
-    for (const std::string& tooLong :
-         {"/" + std::string(5000, 'x'), folder / std::string(256, 'x'),
-          folder.path().string() + std::string(2100, '/') + std::string(2100, '.')}) {
-        for (const Family family : kFamilies) {
-            EXPECT_EQ(faults::readDisc(family, tooLong), "cannot stat '" + tooLong + "': File name too long");
-        }
-    }
-    for (const Family family : kFamilies) {
-        const std::string longest = folder / std::string(255, 'x');
-        faults::treeOf(family).writeDirectory(longest);
-        EXPECT_EQ(faults::readDisc(family, longest), faults::wholeDisc(family));
-    }
-    if (!HasFailure()) {
-        recordFault("Path: longer than the system allows", "fails, with its message", 6);
-        recordFault("Path: a name of 255 bytes", "read", 2);
-    }
-}
-
-// A path that the system takes, of a disc whose files' paths it does not.
-TEST(FileSystem, DeepDirectories)
-{
-    const fs::path before = fs::current_path();
-    for (const std::size_t length : {std::size_t{3500}, std::size_t{4090}}) {
-        const TemporaryFolder folder;
-        std::string path = folder / "deep";
-        while (path.size() + 42 < length) {
-            path += '/' + std::string(20, 'd');
-        }
-        path += '/' + std::string(length - path.size() - 1, 'd');
-        fs::create_directories(path);
-        fs::current_path(path);
-        faults::dvdTree().writeDirectory(".");
-        faults::blurayTree().writeDirectory(".");
-        fs::current_path(before);
-        const bool isShort = length < 4000;
-        EXPECT_EQ(faults::readDisc(Family::Dvd, path),
-                  isShort ? faults::wholeDisc(Family::Dvd) : "'" + path + "' has no VIDEO_TS directory");
-        EXPECT_EQ(faults::readDisc(Family::Bluray, path),
-                  isShort ? faults::wholeDisc(Family::Bluray) : faults::kCannotEnumerate);
-    }
-    if (!HasFailure()) {
-        recordFault("Path: a disc 160 directories deep", "read", 2);
-        recordFault("Path: a disc whose files' paths the system does not take", "fails, with its message", 2);
+        const DiscTree tree = treeOf(Family::Bluray).add("BDMV/CLIPINF/\xC3.clpi", ClpiSpec().build());
+        const std::string text = readDisc(Family::Bluray, tree.write(form, folder));
+        EXPECT_TRUE(isWhole(text) && text != wholeDisc(Family::Bluray)) << text;
     }
 }
 

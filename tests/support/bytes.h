@@ -13,18 +13,19 @@ namespace testsupport {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// The low `width` bytes of a number, big-endian or little-endian.
-[[nodiscard]] inline Bytes beBytes(std::uint64_t value, std::size_t width)
+// The low `width` bytes of a number, little-endian or big-endian.
+[[nodiscard]] inline Bytes leBytes(std::uint64_t value, std::size_t width)
 {
     Bytes bytes(width);
-    for (std::size_t i = width; i > 0; value >>= 8U) {
-        bytes[--i] = static_cast<std::uint8_t>(value);
+    for (std::uint8_t& byte : bytes) {
+        byte = static_cast<std::uint8_t>(value);
+        value >>= 8U;
     }
     return bytes;
 }
-[[nodiscard]] inline Bytes leBytes(std::uint64_t value, std::size_t width)
+[[nodiscard]] inline Bytes beBytes(std::uint64_t value, std::size_t width)
 {
-    Bytes bytes = beBytes(value, width);
+    Bytes bytes = leBytes(value, width);
     std::ranges::reverse(bytes);
     return bytes;
 }
@@ -34,7 +35,8 @@ inline void growTo(Bytes& bytes, std::size_t size)
     if (bytes.size() < size) { bytes.resize(size); }
 }
 
-inline void append(Bytes& bytes, const Bytes& content)
+template <typename Content = Bytes>  // or a text
+void append(Bytes& bytes, const Content& content)
 {
     bytes.insert(bytes.end(), content.begin(), content.end());
 }
@@ -50,14 +52,15 @@ inline void appendBe(Bytes& bytes, std::initializer_list<Be> numbers)
     }
 }
 
-inline void putBytes(Bytes& bytes, std::size_t offset, const Bytes& content)
+template <typename Content = Bytes>
+void putBytes(Bytes& bytes, std::size_t offset, const Content& content)
 {
     growTo(bytes, offset + content.size());
     std::ranges::copy(content, bytes.begin() + static_cast<std::ptrdiff_t>(offset));
 }
 inline void putText(Bytes& bytes, std::size_t offset, std::string_view text)
 {
-    putBytes(bytes, offset, Bytes(text.begin(), text.end()));
+    putBytes(bytes, offset, text);
 }
 inline void putBe(Bytes& bytes, std::size_t offset, std::uint64_t value, std::size_t width)
 {
@@ -66,18 +69,6 @@ inline void putBe(Bytes& bytes, std::size_t offset, std::uint64_t value, std::si
 inline void putLe(Bytes& bytes, std::size_t offset, std::uint64_t value, std::size_t width)
 {
     putBytes(bytes, offset, leBytes(value, width));
-}
-inline void putU8(Bytes& bytes, std::size_t offset, std::uint8_t value)
-{
-    putBe(bytes, offset, value, 1);
-}
-inline void putBe16(Bytes& bytes, std::size_t offset, std::uint16_t value)
-{
-    putBe(bytes, offset, value, 2);
-}
-inline void putBe32(Bytes& bytes, std::size_t offset, std::uint32_t value)
-{
-    putBe(bytes, offset, value, 4);
 }
 
 // The next multiple of `unit`.

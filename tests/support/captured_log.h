@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -17,36 +16,27 @@ public:
         : m_file(std::tmpfile())
         , m_former(::dup(STDERR_FILENO))
     {
-        std::fflush(stderr);
         if (m_file == nullptr || m_former < 0 || ::dup2(::fileno(m_file), STDERR_FILENO) < 0) {
             throw std::runtime_error("cannot capture standard error");
         }
     }
-
     ~CapturedLog()
     {
-        std::fflush(stderr);
         ::dup2(m_former, STDERR_FILENO);
         ::close(m_former);
         std::fclose(m_file);
     }
-
     CapturedLog(const CapturedLog&) = delete;
     CapturedLog& operator=(const CapturedLog&) = delete;
 
     [[nodiscard]] std::vector<std::string> lines() const
     {
-        std::fflush(stderr);
         std::rewind(m_file);
-        std::string text;
+        std::vector<std::string> lines(1);
         for (int character = std::fgetc(m_file); character != EOF; character = std::fgetc(m_file)) {
-            text += static_cast<char>(character);
+            character == '\n' ? lines.emplace_back() : lines.back() += static_cast<char>(character);
         }
-        std::vector<std::string> lines;
-        std::istringstream in(text);
-        for (std::string line; std::getline(in, line);) {
-            lines.push_back(line);
-        }
+        if (lines.back().empty()) { lines.pop_back(); }
         return lines;
     }
 

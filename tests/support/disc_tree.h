@@ -22,11 +22,7 @@ public:
     DiscTree& add(const std::string& path, Bytes bytes)
     {
         const auto known = std::ranges::find(m_files, path, &TreeFile::path);
-        if (known != m_files.end()) {
-            known->bytes = std::move(bytes);
-        } else {
-            m_files.push_back({path, std::move(bytes)});
-        }
+        (known != m_files.end() ? *known : m_files.emplace_back(TreeFile{path, {}})).bytes = std::move(bytes);
         return *this;
     }
     DiscTree& remove(const std::string& path)
@@ -56,11 +52,7 @@ public:
     [[nodiscard]] std::string write(DiscForm form, const TemporaryFolder& folder) const
     {
         const std::string path = folder / (form == DiscForm::Directory ? "disc" : "disc.iso");
-        if (form == DiscForm::Directory) {
-            writeDirectory(path);
-        } else {
-            image(form).writeTo(path);
-        }
+        form == DiscForm::Directory ? writeDirectory(path) : image(form).writeTo(path);
         return path;
     }
 

@@ -13,6 +13,18 @@ namespace testsupport {
 
 inline constexpr std::size_t kDvdSector = 2048;
 
+// A table: the number of entries, the address of the last byte, the entries' offsets and the entries. The offsets end
+// fields of `pointerSize` bytes each; 0: there are none.
+[[nodiscard]] inline Bytes dvdTable(std::size_t pointerSize, const std::vector<Bytes>& entries)
+{
+    Bytes table(8 + pointerSize * entries.size());
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        if (pointerSize > 0) { putBe(table, 4 + pointerSize * (i + 1), table.size(), 4); }
+        append(table, entries[i]);
+    }
+    return patched(table, {{0, 2, entries.size()}, {4, 4, table.size() - 1}});
+}
+
 // An entry of the title table (TT_SRPT).
 struct VmgTitleSpec {
     std::uint8_t playbackType = 0x3C;  // 0x40: several or random PGCs
@@ -27,7 +39,22 @@ struct VmgSpec {
     std::string provider = {};  // padded with zeros to 32 bytes
     std::vector<VmgTitleSpec> titles = {VmgTitleSpec{}};
 
-    [[nodiscard]] Bytes build() const;
+    [[nodiscard]] Bytes build() const
+    {
+        std::vector<Bytes> entries;
+        for (const VmgTitleSpec& title : titles) {
+            Bytes& entry = entries.emplace_back();
+            appendBe(entry, {{title.playbackType, 1}, {title.angles, 1}, {title.chapters, 2}});
+            appendBe(entry, {{0, 2}, {title.vtsn, 1}, {title.vtsTtn, 1}, {0, 4}});
+        }
+        Bytes ifo(kDvdSector);
+        putText(ifo, 0, "DVDVIDEO-VMG");
+        putText(ifo, 0x40, provider);
+        putBe(ifo, 0xC4, 1, 4);
+        append(ifo, dvdTable(0, entries));
+        ifo.resize(roundedUp(ifo.size(), kDvdSector));
+        return ifo;
+    }
 };
 
 struct VideoAttributesSpec {
@@ -35,7 +62,6 @@ struct VideoAttributesSpec {
     std::uint8_t system = 1;       // 0 NTSC, 1 PAL
     std::uint8_t pictureSize = 0;  // 0 720, 1 704, 2 352 wide, 3 352 wide and of half height
 };
-
 struct AudioAttributesSpec {
     std::uint8_t codingMode = 0;    // 0 AC-3, 2 MPEG-1, 3 MPEG-2 ext, 4 LPCM, 5 SDDS, 6 DTS
     std::uint8_t languageType = 1;  // 1: the language is given
@@ -43,7 +69,6 @@ struct AudioAttributesSpec {
     std::uint8_t channels = 2;
     std::string language = "en";
 };
-
 struct SubpictureAttributesSpec {
     std::uint8_t codingMode = 0;
     std::uint8_t languageType = 1;
@@ -69,6 +94,25 @@ struct PgcSpec {
     std::array<std::uint8_t, 4> time = {0, 0x01, 0, 0x40};
     Bytes programMap = {1};  // each program's first cell, from 1
     std::vector<CellSpec> cells = {CellSpec{0, 99}};
+
+    [[nodiscard]] Bytes build() const
+    {
+        const std::size_t cellTable = roundedUp(kHeader + programMap.size(), 2);
+        Bytes pgc = patched(Bytes(cellTable), {{2, 1, programMap.size()}, {3, 1, cells.size()}});
+        putBytes(pgc, 4, time);
+        putBe(pgc, 230, kHeader, 2);
+        putBe(pgc, 232, cellTable, 2);
+        putBytes(pgc, kHeader, programMap);
+        for (const CellSpec& cell : cells) {
+            appendBe(pgc, {{cell.blockBits, 1}, {0, 3}});
+            append(pgc, cell.time);
+            appendBe(pgc, {{cell.firstSector, 4}, {0, 8}, {cell.lastSector, 4}});
+        }
+        return pgc;
+    }
+
+private:
+    static constexpr std::size_t kHeader = 236;
 };
 
 // VTS_nn_0.IFO: the header, the PTT search table and the PGC table, each from a sector's start. The file ends with the
@@ -81,7 +125,48 @@ struct VtsSpec {
     std::vector<std::vector<PttSpec>> titles = {{PttSpec{}}};  // each title's chapters
     std::vector<PgcSpec> pgcs = {PgcSpec{}};
 
-    [[nodiscard]] Bytes build() const;
+    [[nodiscard]] Bytes build() const
+    {
+        Bytes ifo(kDvdSector);
+        putText(ifo, 0, "DVDVIDEO-VTS");
+        putBe(ifo, 0xC4, titleVobSector, 4);
+        putBe(ifo, 0xC8, 1, 4);
+        putAttributes(ifo);
+        std::vector<Bytes> chapters;
+        for (const std::vector<PttSpec>& title : titles) {
+            Bytes& entry = chapters.emplace_back();
+            for (const PttSpec& ptt : title) {
+                appendBe(entry, {{ptt.pgcn, 2}, {ptt.pgn, 2}});
+            }
+        }
+        append(ifo, dvdTable(4, chapters));
+        ifo.resize(roundedUp(ifo.size(), kDvdSector));
+        putBe(ifo, 0xCC, ifo.size() / kDvdSector, 4);
+        std::vector<Bytes> chains;
+        for (const PgcSpec& pgc : pgcs) {
+            chains.push_back(pgc.build());
+        }
+        append(ifo, dvdTable(8, chains));
+        return ifo;
+    }
+
+private:
+    void putAttributes(Bytes& ifo) const
+    {
+        putBe(ifo, 0x200, video.codingMode * 0x40U + video.system * 0x10U, 1);
+        putBe(ifo, 0x201, video.pictureSize * 4U, 1);
+        putBe(ifo, 0x202, audio.size(), 2);
+        for (std::size_t i = 0; i < audio.size(); ++i) {
+            putBe(ifo, 0x204 + 8 * i, audio[i].codingMode * 0x20U + audio[i].languageType * 4U, 1);
+            putBe(ifo, 0x205 + 8 * i, audio[i].sampleRate * 16U + audio[i].channels - 1U, 1);
+            putText(ifo, 0x206 + 8 * i, audio[i].language);
+        }
+        putBe(ifo, 0x254, subpicture.size(), 2);
+        for (std::size_t i = 0; i < subpicture.size(); ++i) {
+            putBe(ifo, 0x256 + 6 * i, subpicture[i].codingMode * 0x20U + subpicture[i].languageType, 1);
+            putText(ifo, 0x258 + 6 * i, subpicture[i].language);
+        }
+    }
 };
 
 struct DvdSpec {
@@ -89,7 +174,16 @@ struct DvdSpec {
     std::map<unsigned, VtsSpec> titleSets = {{1, VtsSpec{}}};
 
     // VIDEO_TS with the IFO files.
-    [[nodiscard]] DiscTree tree() const;
+    [[nodiscard]] DiscTree tree() const
+    {
+        DiscTree tree;
+        tree.add("VIDEO_TS/VIDEO_TS.IFO", vmg.build());
+        for (const auto& [number, titleSet] : titleSets) {
+            tree.add((number < 10 ? "VIDEO_TS/VTS_0" : "VIDEO_TS/VTS_") + std::to_string(number) + "_0.IFO",
+                     titleSet.build());
+        }
+        return tree;
+    }
 };
 
 }  // namespace testsupport

@@ -96,7 +96,7 @@ private:
         return (std::uint64_t{firstSector()} + block) * kSector;
     }
 
-    // Takes blocks for a node's data from `next` on, or from where the specification has them.
+    // Takes blocks for a node's data from `next` on, or from where ImageSpec::sectors has them.
     void place(Node& node, std::size_t size, std::uint32_t& next, std::uint16_t partition,
                std::size_t blocksPerExtent)
     {
@@ -276,7 +276,7 @@ private:
     void putIso()
     {
         Bytes descriptor(kSector);
-        putU8(descriptor, 0, 1);
+        putBe(descriptor, 0, 1, 1);
         putText(descriptor, 1, "CD001\1");
         std::string volumeId = m_spec.volumeId;
         volumeId.resize(32, ' ');

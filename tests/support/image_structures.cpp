@@ -26,14 +26,14 @@ std::uint16_t crcOf(const Bytes& bytes, std::size_t from)
 Bytes isoRecord(const IsoRecordSpec& spec)
 {
     Bytes record(roundedUp(33 + spec.identifier.size(), 2));
-    putU8(record, 0, static_cast<std::uint8_t>(record.size()));
+    putBe(record, 0, static_cast<std::uint8_t>(record.size()), 1);
     for (const auto& [offset, value] :
          {std::pair<std::size_t, std::uint32_t>{2, spec.block}, {10, spec.sizeBytes}}) {
         putLe(record, offset, value, 4);
         putBe(record, offset + 4, value, 4);
     }
-    putU8(record, 25, spec.flags);
-    putU8(record, 32, static_cast<std::uint8_t>(spec.identifier.size()));
+    putBe(record, 25, spec.flags, 1);
+    putBe(record, 32, static_cast<std::uint8_t>(spec.identifier.size()), 1);
     putText(record, 33, spec.identifier);
     return record;
 }
@@ -109,8 +109,8 @@ Bytes udfFileSet(std::uint32_t rootBlock, std::uint16_t partition)
 Bytes udfPartitionMap(std::uint8_t type, std::uint16_t partitionNumber)
 {
     Bytes map(type == 1 ? 6 : 64);
-    putU8(map, 0, type);
-    putU8(map, 1, static_cast<std::uint8_t>(map.size()));
+    putBe(map, 0, type, 1);
+    putBe(map, 1, static_cast<std::uint8_t>(map.size()), 1);
     putLe(map, map.size() == 6 ? 4 : 38, partitionNumber, 2);
     if (type == 1) { return map; }
     putText(map, 5, "*UDF Metadata Partition");

@@ -1,5 +1,5 @@
-// Playlist files (.mpls), built by field. Lengths, counts and addresses follow from what a specification holds; a test
-// that wants a lie patches the bytes.
+// Playlist files (.mpls), built by field. Lengths, counts and addresses follow from the fields; a test that wants a lie
+// patches the bytes.
 #pragma once
 
 #include "tests/support/bytes.h"
@@ -15,6 +15,34 @@ struct AngleSpec {
     std::uint8_t refToStcId = 0;
 };
 
+// Bodies of stream attributes, of the usual lengths.
+[[nodiscard]] inline Bytes withLanguage(Bytes attributes, const std::string& language)
+{
+    append(attributes, language);
+    growTo(attributes, 5);
+    return attributes;
+}
+[[nodiscard]] inline Bytes audioAttributes(const std::string& language = "eng",
+                                           std::uint8_t codingType = 0x81, unsigned format = 6,
+                                           unsigned sampleRate = 1)
+{
+    return withLanguage({codingType, static_cast<std::uint8_t>(format << 4U | sampleRate)}, language);
+}
+[[nodiscard]] inline Bytes videoAttributes(std::uint8_t codingType = 0x1B, unsigned format = 6,
+                                           unsigned frameRate = 1)
+{
+    return audioAttributes("", codingType, format, frameRate);
+}
+[[nodiscard]] inline Bytes graphicsAttributes(const std::string& language = "eng",
+                                              std::uint8_t codingType = 0x90)
+{
+    return withLanguage({codingType}, language);
+}
+[[nodiscard]] inline Bytes textAttributes(const std::string& language = "eng", std::uint8_t characterCode = 1)
+{
+    return withLanguage({0x92, characterCode}, language);
+}
+
 // A stream_entry and its stream_attributes, with the reference lists that follow secondary streams.
 struct StnStreamSpec {
     std::uint8_t entryType = 1;  // 1 own clip, 2 a sub path's clip, 3 and 4 of the other kinds of sub path
@@ -23,14 +51,6 @@ struct StnStreamSpec {
     Bytes primaryAudioRefs = {};  // secondary audio; for secondary video its secondary audio
     Bytes pipGraphicsRefs = {};   // secondary video
 };
-
-// Bodies of stream attributes, of the usual lengths.
-[[nodiscard]] Bytes videoAttributes(std::uint8_t codingType = 0x1B, std::uint8_t format = 6,
-                                    std::uint8_t frameRate = 1);
-[[nodiscard]] Bytes audioAttributes(const std::string& language = "eng", std::uint8_t codingType = 0x81,
-                                    std::uint8_t format = 6, std::uint8_t sampleRate = 1);
-[[nodiscard]] Bytes graphicsAttributes(const std::string& language = "eng", std::uint8_t codingType = 0x90);
-[[nodiscard]] Bytes textAttributes(const std::string& language = "eng", std::uint8_t characterCode = 1);
 
 struct StnTableSpec {
     std::vector<StnStreamSpec> primaryVideo = {};
@@ -42,7 +62,35 @@ struct StnTableSpec {
     std::vector<StnStreamSpec> secondaryVideo = {};
     std::vector<StnStreamSpec> dolbyVision = {};
 
-    [[nodiscard]] Bytes build() const;
+    [[nodiscard]] Bytes build() const
+    {
+        Bytes table(16);
+        const auto add = [&table](std::size_t countOffset, const std::vector<StnStreamSpec>& streams,
+                                  std::initializer_list<Bytes StnStreamSpec::*> lists = {}) {
+            putBe(table, countOffset, streams.size(), 1);
+            for (const StnStreamSpec& stream : streams) {
+                const std::size_t references = stream.entryType == 1 ? 0 : stream.entryType == 2 ? 2 : 1;
+                appendBe(table, {{9, 1}, {stream.entryType, 1}, {0, references}, {stream.pid, 2}});
+                appendBe(table, {{0, 6 - references}, {stream.attributes.size(), 1}});
+                append(table, stream.attributes);
+                for (const auto list : lists) {
+                    appendBe(table, {{(stream.*list).size(), 1}, {0, 1}});
+                    append(table, stream.*list);
+                    appendBe(table, {{0, (stream.*list).size() % 2}});
+                }
+            }
+        };
+        add(4, primaryVideo);
+        add(5, primaryAudio);
+        add(6, graphics);
+        add(10, pipGraphics);
+        add(7, interactiveGraphics);
+        add(8, secondaryAudio, {&StnStreamSpec::primaryAudioRefs});
+        add(9, secondaryVideo, {&StnStreamSpec::primaryAudioRefs, &StnStreamSpec::pipGraphicsRefs});
+        add(11, dolbyVision);
+        putBe(table, 0, table.size() - 2, 2);
+        return table;
+    }
 };
 
 struct PlayItemSpec {
@@ -57,6 +105,23 @@ struct PlayItemSpec {
     std::uint16_t stillTime = 0;
     std::vector<AngleSpec> furtherAngles = {};
     StnTableSpec stn = {};
+
+    [[nodiscard]] Bytes build() const
+    {
+        Bytes item(2);
+        append(item, clipName + codecId);
+        appendBe(item, {{(furtherAngles.empty() ? 0U : 0x10U) | connectionCondition, 2}});
+        appendBe(item, {{refToStcId, 1}, {inTime, 4}, {outTime, 4}, {0, 8}});
+        appendBe(item, {{randomAccess ? 0x80U : 0U, 1}, {stillMode, 1}, {stillTime, 2}});
+        if (!furtherAngles.empty()) { appendBe(item, {{furtherAngles.size() + 1, 1}, {0, 1}}); }
+        for (const AngleSpec& angle : furtherAngles) {
+            append(item, angle.clipName + angle.codecId);
+            appendBe(item, {{angle.refToStcId, 1}});
+        }
+        append(item, stn.build());
+        putBe(item, 0, item.size() - 2, 2);
+        return item;
+    }
 };
 
 struct MarkSpec {
@@ -80,7 +145,25 @@ struct MplsSpec {
     std::vector<MarkSpec> marks = {MarkSpec{}};
 
     // The header with AppInfoPlayList(), PlayList(), PlayListMark(), and nothing behind them.
-    [[nodiscard]] Bytes build() const;
+    [[nodiscard]] Bytes build() const
+    {
+        Bytes file = patched(Bytes(kPlayListStart), {{8, 4, kPlayListStart}, {40, 4, appInfoLength}});
+        putText(file, 0, "MPLS" + version);
+        putBe(file, 45, playbackType, 1);
+        putBe(file, 56, appInfoFlags, 1);
+        appendBe(file, {{0, 6}, {playItems.size(), 2}, {numberOfSubPaths, 2}});
+        for (const PlayItemSpec& item : playItems) {
+            append(file, item.build());
+        }
+        putBe(file, kPlayListStart, file.size() - kPlayListStart - 4, 4);
+        putBe(file, 12, file.size(), 4);
+        appendBe(file, {{2 + 14 * marks.size(), 4}, {marks.size(), 2}});
+        for (const MarkSpec& mark : marks) {
+            appendBe(file, {{mark.markType, 2}, {mark.refToPlayItemId, 2}, {mark.timeStamp, 4}});
+            appendBe(file, {{mark.entryEsPid, 2}, {mark.duration, 4}});
+        }
+        return file;
+    }
 };
 
 }  // namespace testsupport

@@ -10,27 +10,20 @@ namespace testsupport {
 
 class NoThreads {
 public:
-    NoThreads()
-    {
-        pthread_attr_t attributes;
-        if (::pthread_getattr_default_np(&m_former) != 0 || ::pthread_getattr_default_np(&attributes) != 0 ||
-            ::pthread_attr_setstacksize(&attributes, kImpossibleBytes) != 0 ||
-            ::pthread_setattr_default_np(&attributes) != 0) {
-            throw std::runtime_error("cannot set the size of stacks");
-        }
-        ::pthread_attr_destroy(&attributes);
-    }
-    ~NoThreads()
-    {
-        ::pthread_setattr_default_np(&m_former);
-        ::pthread_attr_destroy(&m_former);
-    }
+    NoThreads() { setStackSize(std::size_t{1} << 47U); }
+    ~NoThreads() { setStackSize(std::size_t{8} << 20U); }  // as by default
     NoThreads(const NoThreads&) = delete;
     NoThreads& operator=(const NoThreads&) = delete;
 
 private:
-    static constexpr std::size_t kImpossibleBytes = std::size_t{1} << 47U;
-    pthread_attr_t m_former{};
+    static void setStackSize(std::size_t bytes)
+    {
+        pthread_attr_t attributes;
+        ::pthread_attr_init(&attributes);
+        ::pthread_attr_setstacksize(&attributes, bytes);
+        if (::pthread_setattr_default_np(&attributes) != 0) { throw std::runtime_error("no size of stacks"); }
+        ::pthread_attr_destroy(&attributes);
+    }
 };
 
 }  // namespace testsupport

@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cstdio>
-#include <regex>
 #include <stdexcept>
 #include <string>
 
@@ -58,7 +57,11 @@ public:
 private:
     static std::string quoted(const std::string& path)
     {
-        return "'" + std::regex_replace(path, std::regex("'"), R"('\'')") + "'";
+        std::string text = "'";
+        for (const char letter : path) {
+            letter == '\'' ? text += R"('\'')" : text += letter;
+        }
+        return text + '\'';
     }
 
     std::FILE* m_commands = nullptr;

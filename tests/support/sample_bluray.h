@@ -1,5 +1,5 @@
-// A small Blu-ray disc that the tests of the upper rooms open, and that tools/run.sh shows: a short menu, the
-// film in two clips with several tracks, and a decoy that plays the film's clips in the wrong order.
+// A small Blu-ray disc for the tests of whole discs and for tools/run.sh: a short menu, the film in two clips with several
+// tracks, and a decoy that plays the film's clips in the wrong order.
 #pragma once
 
 #include "tests/support/clpi_spec.h"

@@ -1,5 +1,5 @@
-// A real HTTP server on 127.0.0.1 that plays the replies a test wrote down, faulty ones included, and records
-// what it was asked:
+// A real HTTP server on 127.0.0.1 that plays the replies a test wrote down, faulty ones included, and records what it was
+// asked:
 //
 //   ScriptedServer server;
 //   ScopedEnvironment address("PLATTERSCOPE_SERVICE_URL", server.url());
@@ -10,6 +10,9 @@
 // One thread serves one connection after the other and closes each after its reply.
 #pragma once
 
+#include <netinet/in.h>
+#include <strings.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -20,6 +23,8 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <sstream>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -30,7 +35,20 @@ namespace testsupport {
 // answered; if it does not listen, they are refused.
 class LoopbackPort {
 public:
-    explicit LoopbackPort(bool isListening = true);
+    explicit LoopbackPort(bool isListening = true)
+        : m_socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    {
+        sockaddr_in address = {};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t size = sizeof address;
+        auto* const generic = reinterpret_cast<sockaddr*>(&address);
+        if (::bind(m_socket, generic, size) != 0 || ::getsockname(m_socket, generic, &size) != 0 ||
+            (isListening && ::listen(m_socket, 16) != 0)) {
+            throw std::runtime_error("no loopback port");
+        }
+        m_number = ntohs(address.sin_port);
+    }
     ~LoopbackPort() { ::close(m_socket); }
     LoopbackPort(const LoopbackPort&) = delete;
     LoopbackPort& operator=(const LoopbackPort&) = delete;
@@ -51,7 +69,16 @@ struct RecordedRequest {
     std::string body;
 
     // The value of the first header of this name, in any case; empty when there is none.
-    [[nodiscard]] std::string header(const std::string& name) const;
+    [[nodiscard]] std::string header(const std::string& name) const
+    {
+        const std::string begin = name + ": ";
+        for (const std::string& line : headerLines) {
+            if (::strncasecmp(line.c_str(), begin.c_str(), begin.size()) == 0) {
+                return line.substr(begin.size());
+            }
+        }
+        return {};
+    }
 };
 
 struct ScriptedReply {
@@ -74,32 +101,140 @@ struct ScriptedReply {
 class ScriptedServer {
 public:
     ScriptedServer() = default;
-    ~ScriptedServer();  // releases a held reply and waits for the client that is being served
+    // Releases a held reply and waits for the client that is being served.
+    ~ScriptedServer()
+    {
+        ::shutdown(m_port.socket(), SHUT_RDWR);  // ends the wait for a connection
+        release();
+        m_thread.join();
+    }
     ScriptedServer(const ScriptedServer&) = delete;
     ScriptedServer& operator=(const ScriptedServer&) = delete;
 
     [[nodiscard]] std::string url() const { return m_port.url(); }
 
     // Queues a reply. Replies are played in this order, one per request, whatever is asked.
-    void play(ScriptedReply reply);
+    void play(const ScriptedReply& reply)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_queue.push_back(reply);
+    }
 
-    // The reply to every request for this path (its query apart) that finds the queue empty. A request that
-    // nothing was scripted for is answered 501 with a text that says so.
-    void playFor(const std::string& path, ScriptedReply reply);
+    // The reply to every request for this path (its query apart) that finds the queue empty. A request that nothing was
+    // scripted for is answered 501 with a text that says so.
+    void playFor(const std::string& path, const ScriptedReply& reply)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_repliesByPath[path] = reply;
+    }
 
     // Lets one held reply go: the one being held, else the next to be.
-    void release();
+    void release()
+    {
+        const std::lock_guard lock(m_mutex);
+        ++m_releases;
+        m_changed.notify_all();
+    }
 
     // The requests so far, each recorded when it is complete and before it is answered.
-    [[nodiscard]] std::vector<RecordedRequest> requests() const;
+    [[nodiscard]] std::vector<RecordedRequest> requests() const
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_requests;
+    }
 
-    // Blocks until so many requests are recorded; false when `timeout` passed first.
+    // Blocks until so many requests are recorded; false if `timeout` passes first.
     [[nodiscard]] bool waitForRequests(std::size_t count,
-                                       std::chrono::milliseconds timeout = std::chrono::seconds(10)) const;
+                                       std::chrono::seconds timeout = std::chrono::seconds(10)) const
+    {
+        std::unique_lock lock(m_mutex);
+        return m_changed.wait_for(lock, timeout, [&] { return m_requests.size() >= count; });
+    }
 
 private:
-    void serveConnections();
-    ScriptedReply takeReply(RecordedRequest request);
+    static bool receiveMore(int client, std::string& buffer)
+    {
+        char chunk[16384];
+        const ssize_t count = ::recv(client, chunk, sizeof chunk, 0);
+        if (count > 0) { buffer.append(chunk, static_cast<std::size_t>(count)); }
+        return count > 0;
+    }
+
+    static bool send(int client, const std::string& bytes)
+    {
+        return ::send(client, bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
+    }
+
+    // Empty if the client ends the connection before its request is complete.
+    static std::optional<RecordedRequest> receive(int client)
+    {
+        std::string buffer;
+        while (buffer.find("\r\n\r\n") == std::string::npos) {
+            if (!receiveMore(client, buffer)) { return std::nullopt; }
+        }
+        RecordedRequest request;
+        std::istringstream head(buffer);
+        std::string line;
+        head >> request.method >> request.target;
+        std::getline(head, line);  // the rest of the request line
+        while (std::getline(head, line) && line != "\r") {
+            request.headerLines.push_back(line.substr(0, line.size() - 1));
+        }
+        request.body = buffer.substr(buffer.find("\r\n\r\n") + 4);
+        if (!request.header("Expect").empty()) { send(client, "HTTP/1.1 100 Continue\r\n\r\n"); }
+        const std::string length = request.header("Content-Length");
+        while (request.body.size() < (length.empty() ? 0 : std::stoul(length))) {
+            if (!receiveMore(client, request.body)) { return std::nullopt; }
+        }
+        return request;
+    }
+
+    static void sendReply(int client, const ScriptedReply& reply)
+    {
+        std::string bytes = "HTTP/1.1 " + std::to_string(reply.status) + " Scripted\r\n";
+        bytes += "Content-Length: " + std::to_string(reply.body.size()) + "\r\nConnection: close\r\n";
+        for (const std::string& line : reply.headerLines) {
+            bytes += line + "\r\n";
+        }
+        bytes += "\r\n" + reply.body.substr(0, reply.bodyBytesBeforeCut.value_or(std::string::npos));
+        bool isTaken = send(client, reply.rawBytes.value_or(bytes));
+        for (std::uint64_t i = 0; isTaken && i < reply.repeats; ++i) {
+            std::this_thread::sleep_for(reply.interval);
+            isTaken = send(client, reply.repeated);
+        }
+        isTaken = isTaken && send(client, reply.end);
+        for (std::string ignored; isTaken && reply.staysOpen;) {
+            isTaken = receiveMore(client, ignored);
+        }
+    }
+
+    void serveConnections()
+    {
+        for (int client = 0; (client = ::accept4(m_port.socket(), nullptr, nullptr, SOCK_CLOEXEC)) >= 0;
+             ::close(client)) {
+            if (const auto request = receive(client)) { sendReply(client, takeReply(*request)); }
+        }
+    }
+
+    ScriptedReply takeReply(const RecordedRequest& request)
+    {
+        std::unique_lock lock(m_mutex);
+        ScriptedReply reply = {.status = 501, .body = "no reply scripted for " + request.target};
+        const auto found = m_repliesByPath.find(request.target.substr(0, request.target.find('?')));
+        if (!m_queue.empty()) {
+            reply = std::move(m_queue.front());
+            m_queue.pop_front();
+        } else if (found != m_repliesByPath.end()) {
+            reply = found->second;
+        }
+        m_requests.push_back(request);
+        m_changed.notify_all();
+        if (reply.isHeld) {
+            m_changed.wait(lock, [this] { return m_releases > 0; });
+            --m_releases;
+        }
+        return reply;
+    }
 
     LoopbackPort m_port;
     mutable std::mutex m_mutex;  // guards what follows

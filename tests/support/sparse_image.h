@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -43,8 +44,7 @@ public:
     [[nodiscard]] std::uint64_t sizeBytes() const { return m_sizeBytes; }
 
     // Writes the image with the length of its last piece's end, or with another length.
-    void writeTo(const std::filesystem::path& path) const { writeTo(path, m_sizeBytes); }
-    void writeTo(const std::filesystem::path& path, std::uint64_t sizeBytes) const
+    void writeTo(const std::filesystem::path& path, std::optional<std::uint64_t> sizeBytes = {}) const
     {
         std::ofstream out(path, std::ios::binary);
         for (const auto& [offset, bytes] : m_pieces) {
@@ -53,7 +53,7 @@ public:
                       static_cast<std::streamsize>(bytes.size()));
         }
         if (!out.flush()) { throw std::runtime_error("cannot write " + path.string()); }
-        std::filesystem::resize_file(path, sizeBytes);
+        std::filesystem::resize_file(path, sizeBytes.value_or(m_sizeBytes));
     }
 
 private:
