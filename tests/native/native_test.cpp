@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cerrno>
 #include <fstream>
 #include <random>
@@ -45,8 +44,6 @@ protected:
     const std::string m_path = text(m_folder);
 };
 
-// ---- Directories and files ----
-
 TEST_F(Native, DirectoriesAreListedInBytewiseOrder)
 {
     EXPECT_EQ(listDirectory(m_path), std::vector<std::string>());
@@ -61,9 +58,8 @@ TEST_F(Native, DirectoriesAreListedInBytewiseOrder)
     names.insert(names.begin() + 5, "sub.dir");
     EXPECT_EQ(listDirectory(m_path), names);
     EXPECT_EQ(listDirectory(m_path + '/'), names);
-    const auto listed = listDirectory(m_path + "/sub.dir");
-    ASSERT_TRUE(listed && listed->size() == 1);
-    EXPECT_EQ(openRegularFile(m_path + "/sub.dir/" + listed->front()).sizeBytes, 7U);
+    const std::string inside = listDirectory(m_path + "/sub.dir").value().at(0);
+    EXPECT_EQ(openRegularFile(m_path + "/sub.dir/" + inside).sizeBytes, 7U);
     for (const char* name : {"b", "none", "none/deeper", "su*", "sub.di?", "*"}) {
         EXPECT_EQ(listDirectory(m_path + '/' + name), std::nullopt) << name;
     }
@@ -82,10 +78,10 @@ TEST_F(Native, DiscsAreReadFromDirectories)
     DiscFileRef file;
     ASSERT_EQ(openDvdSource(m_path.c_str(), dvd, nullptr, 0), 0);
     EXPECT_EQ(openDvdFile(dvd, "VIDEO_TS.IFO", file, nullptr, 0), 0);
-    std::array<char, 256> problem = {};
+    std::string problem(256, '\0');
     const std::string separated = m_path + "/VIDEO_TS/";
     EXPECT_EQ(openDvdSource(separated.c_str(), dvd, problem.data(), problem.size()), -1);
-    EXPECT_EQ(problem.data(), "'" + separated + "' has no VIDEO_TS directory");
+    EXPECT_EQ(problem.c_str(), "'" + separated + "' has no VIDEO_TS directory");
 }
 
 TEST_F(Native, OnlyRegularFilesAreOpened)
@@ -109,9 +105,8 @@ TEST_F(Native, OnlyRegularFilesAreOpened)
             EXPECT_FALSE(opened.isSpecial) << path;
         }
     }
-    for (const char* device : {"/dev/null", "NUL"}) {  // each system has one of these
-        EXPECT_FALSE(openRegularFile(device).stream) << device;
-    }
+    EXPECT_FALSE(openRegularFile("/dev/null").stream || openRegularFile("NUL").stream)
+        << "a device of either system";
 }
 
 TEST_F(Native, BytesAreReadAtAnyOffset)
@@ -123,14 +118,12 @@ TEST_F(Native, BytesAreReadAtAnyOffset)
     write(m_folder / "file", "far");
     EXPECT_EQ(queryPath(m_path + "/file").sizeBytes, kFar + 3);
     const OpenedFile file = openRegularFile(m_path + "/file");
-    ASSERT_TRUE(file.stream);
     EXPECT_EQ(file.sizeBytes, kFar + 3);
     EXPECT_EQ(streamSize(file.stream.get()), kFar + 3);
     const auto read = [&file](std::uint64_t offset) {
-        std::string found(12, '?');
-        found.resize(
-            readUpTo(file.stream.get(), offset, {reinterpret_cast<std::uint8_t*>(found.data()), 12}));
-        return found;
+        std::vector<std::uint8_t> found(12, '?');
+        found.resize(readUpTo(file.stream.get(), offset, found));
+        return std::string(found.begin(), found.end());
     };
     EXPECT_EQ(read(0), bytes);
     EXPECT_EQ(read(3), bytes.substr(3) + std::string(3, '\0'));
@@ -138,10 +131,6 @@ TEST_F(Native, BytesAreReadAtAnyOffset)
     EXPECT_EQ(read(kFar), "far");
     EXPECT_EQ(read(kFar + 3) + read(INT64_MAX) + read(std::uint64_t{INT64_MAX} + 1) + read(UINT64_MAX), "");
 }
-
-// ---- Files for their owner alone ----
-
-constexpr std::size_t kLimit = 100;
 
 class OwnerOnlyFile : public Native {
 protected:
@@ -155,7 +144,7 @@ protected:
     {
         constexpr const char* kSteps[] = {"None", "Absent", "NotPlain", "Read", "Write", "Owner", "Restrict"};
         std::string content = "before";
-        const auto result = readOwnerOnlyFile(text(path), kLimit, content);
+        const auto result = readOwnerOnlyFile(text(path), 100, content);
         return result.ok() ? content : content + kSteps[static_cast<int>(result.failed)];
     }
 
@@ -169,13 +158,13 @@ TEST_F(OwnerOnlyFile, WhatIsWrittenIsReadAndNobodyElses)
     EXPECT_TRUE(isOwnerOnly(text(m_file))) << "there is none";
     EXPECT_EQ(readBack(m_file), "Absent");
     EXPECT_EQ(readBack(m_folder / "none" / "file"), "Absent");
-    for (const std::string& content : {std::string("key\r\n"), std::string(), std::string(kLimit, 'k')}) {
+    for (const std::string& content : {std::string("key\r\n"), std::string(), std::string(100, 'k')}) {
         EXPECT_TRUE(replaceOwnerOnlyFile(text(m_file), content).ok());
         EXPECT_EQ(readBack(m_file), content);
         EXPECT_TRUE(isOwnerOnly(text(m_file)));
     }
     EXPECT_EQ(listDirectory(text(m_directory))->size(), 1U) << "nothing is left beside it";
-    EXPECT_TRUE(replaceOwnerOnlyFile(text(m_file), std::string(kLimit + 1, 'k')).ok());
+    EXPECT_TRUE(replaceOwnerOnlyFile(text(m_file), std::string(101, 'k')).ok());
     EXPECT_EQ(readBack(m_file), "Read") << "too long";
 }
 
@@ -186,14 +175,12 @@ TEST_F(OwnerOnlyFile, RightsOfOthersAreSeenAndTakenAway)
     EXPECT_FALSE(isOwnerOnly(text(m_file)));
     EXPECT_EQ(readBack(m_file), "key");
     EXPECT_TRUE(isOwnerOnly(text(m_file)));
-
     ASSERT_TRUE(giveEverybody(m_directory, false));
     EXPECT_TRUE(isOwnerOnly(text(m_file))) << "who sees the directory cannot read the file";
     ASSERT_TRUE(giveEverybody(m_directory, true));
     EXPECT_FALSE(isOwnerOnly(text(m_file))) << "another file could be put there";
     EXPECT_TRUE(makeOwnerOnlyDirectory(text(m_directory)));
     EXPECT_TRUE(isOwnerOnly(text(m_file)));
-    EXPECT_EQ(readBack(m_file), "key");
 }
 
 TEST_F(OwnerOnlyFile, OnlyAFileIsReadAndReplaced)
@@ -201,7 +188,6 @@ TEST_F(OwnerOnlyFile, OnlyAFileIsReadAndReplaced)
     write(m_directory / "file", "x");
     EXPECT_FALSE(makeOwnerOnlyDirectory(text(m_directory / "file")));
     EXPECT_FALSE(makeOwnerOnlyDirectory(text(m_folder / "none" / "deeper")));
-    EXPECT_TRUE(makeOwnerOnlyDirectory(text(m_directory))) << "it is there already";
     fs::create_directories(m_file / "inside");
     EXPECT_EQ(readBack(m_file), "NotPlain");
     EXPECT_FALSE(isOwnerOnly(text(m_file)));
