@@ -28,7 +28,7 @@ protected:
     // The directory that the disc is read from, "image", or the message. "none": the directory is no disc.
     std::string bluray(const std::string& path)
     {
-        const std::string problem = open(path);
+        std::string problem = open(path);
         if (problem == "'" + path + "' has no BDMV directory") { return "none"; }
         if (!problem.empty()) { return problem; }
         return m_source.mode == discio::BluraySourceMode::Directory ? m_source.rootPath : "image";
