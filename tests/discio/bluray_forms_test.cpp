@@ -31,7 +31,7 @@ DiscTree sampleTree()
         .add("BDMV/PLAYLIST/00001.mpls.bak", {4})
         .add("BDMV/PLAYLIST/.mpls", {5})
         .add("BDMV/PLAYLIST/00005.mpls/file", {6})
-        .add("BDMV/CLIPINF/00001.clpi", {});
+        .add("BDMV/CLIPINF/azAZ.clpi", {});
 }
 
 TEST_P(BlurayForms, GivesFilesAndListingsInAnyLetterCase)
@@ -46,7 +46,7 @@ TEST_P(BlurayForms, GivesFilesAndListingsInAnyLetterCase)
                                                    {"BDMV/INDEX.BDMV", pattern(100, 1)},
                                                    {"bdmv/PlayList/00010.MPLS", pattern(5000, 2)},
                                                    {"/BDMV//PLAYLIST/00002.mpls/", pattern(2048, 3)},
-                                                   {"BDMV/CLIPINF/00001.clpi", {}}};
+                                                   {"BDMV/CLIPINF/AZaz.clpi", {}}};
     for (const auto& [path, bytes] : files) {
         EXPECT_EQ(read(path), bytes) << path;
         EXPECT_EQ(blurayFileSize(m_source, path), bytes.size()) << path;

@@ -33,8 +33,8 @@ TEST(IsoDirectoryWalk, GivesEveryRecord)
 {
     Bytes bytes;
     const IsoRecordSpec records[] = {
-        {std::string(1, '\0'), 18, 2048, 2}, {"\1", 17, 2048, 2}, {"\2", 1, 2}, {"SUB", 4, 5, 3},
-        {"A.IFO;1", 0x01020304, UINT32_MAX}, {"dot.;1", 3},       {";1", 6}};
+        {std::string(1, '\0'), 18, 2048, 2},    {"\1", 17, 2048, 2}, {"\2", 1, 2}, {"SUB", 4, 5, 3},
+        {"A.IFO;1", 0x01020304, UINT32_MAX, 1}, {"dot.;1", 3},       {";1", 6}};
     for (const IsoRecordSpec& record : records) {
         append(bytes, isoRecord(record));
     }
