@@ -1,89 +1,85 @@
-// What is the same for a disc in every form, and what is not.
-#include "tests/discio/bluray_source_fixture.h"
+// What is the same for a Blu-ray disc in every form, and what is not.
+#include "tests/discio/bluray_test.h"
 
-#include <algorithm>
-
-using discio::BluraySourceMode;
-using discio_test::BluraySource;
-using discio_test::Names;
-using discio_test::pattern;
-using discio_test::sampleTree;
-using testsupport::Bytes;
-using testsupport::DiscForm;
-using testsupport::DiscTree;
-using testsupport::kAllBlurayForms;
+using namespace testsupport;
+using namespace discio_test;
 
 namespace {
 
-class BlurayForms : public BluraySource, public testing::WithParamInterface<DiscForm> {
+class BlurayForms : public BlurayTest, public testing::WithParamInterface<DiscForm> {
 protected:
-    void openTree(const DiscTree& tree) { ASSERT_EQ(open(tree.write(GetParam(), m_folder)), 0) << message(); }
-    [[nodiscard]] static bool isDirectory() { return GetParam() == DiscForm::Directory; }
+    // Opens the disc, and returns its path.
+    std::string openTree(const DiscTree& tree)
+    {
+        std::string path = tree.write(GetParam(), m_folder);
+        EXPECT_EQ(open(path), "");
+        return path;
+    }
+    const bool m_isTree = GetParam() == DiscForm::Directory;
 };
 
-std::string formName(const testing::TestParamInfo<DiscForm>& info)
-{
-    constexpr std::array<const char*, 6> kNames = {"Directory", "Iso",    "Udf",
-                                                   "Hybrid",    "Udf250", "Udf250Mirror"};
-    return kNames.at(static_cast<std::size_t>(info.param));
-}
-INSTANTIATE_TEST_SUITE_P(Forms, BlurayForms, testing::ValuesIn(kAllBlurayForms), formName);
+constexpr std::array kFormNames = {"Directory", "Iso", "Udf", "Hybrid", "Udf250", "Udf250Mirror"};
+INSTANTIATE_TEST_SUITE_P(Forms, BlurayForms, testing::ValuesIn(kAllBlurayForms),
+                         [](const auto& form) { return std::string(kFormNames.at(form.index)); });
 
-TEST_P(BlurayForms, FilesAndListingsAreTheSame)
+DiscTree sampleTree()
 {
-    openTree(sampleTree());
-    EXPECT_EQ(read("BDMV/index.bdmv"), pattern(100, 1));
-    EXPECT_EQ(read("BDMV/PLAYLIST/00010.mpls"), pattern(5000, 2));
-    EXPECT_EQ(read("BDMV/PLAYLIST/00002.MPLS"), pattern(2048, 3));
-    EXPECT_EQ(read("BDMV/CLIPINF/00001.clpi"), Bytes()) << "empty, but there";
-    EXPECT_EQ(sizeOf("BDMV/PLAYLIST/00010.mpls"), 5000U);
-    EXPECT_EQ(sizeOf("BDMV/CLIPINF/00001.clpi"), 0U);
-
-    const Names stored = isDirectory() ? Names{"00002", "00010"} : Names{"00010", "00002"};
-    EXPECT_EQ(list("BDMV/PLAYLIST"), stored);
-    EXPECT_EQ(list("BDMV/CLIPINF", ".CLPI"), Names{"00001"});
-    EXPECT_EQ(list("BDMV/CLIPINF"), Names{});
+    return DiscTree()
+        .add("BDMV/index.bdmv", pattern(100, 1))
+        .add("BDMV/PLAYLIST/00010.mpls", pattern(5000, 2))
+        .add("BDMV/PLAYLIST/00002.MPLS", pattern(2048, 3))
+        .add("BDMV/PLAYLIST/00001.mpls.bak", {4})
+        .add("BDMV/PLAYLIST/.mpls", {5})
+        .add("BDMV/PLAYLIST/00005.mpls/file", {6})
+        .add("BDMV/CLIPINF/azAZ.clpi", {});
 }
 
-TEST_P(BlurayForms, LetterCaseAndExtraSeparatorsDoNotMatter)
+TEST_P(BlurayForms, GivesFilesAndListingsInAnyLetterCase)
 {
     openTree(sampleTree());
-    EXPECT_EQ(read("bdmv/PlayList/00010.MPLS"), pattern(5000, 2));
-    EXPECT_EQ(read("/BDMV//PLAYLIST/00002.mpls/"), pattern(2048, 3));
-    EXPECT_EQ(list("bdmv/playlist/").size(), 2U);
-    EXPECT_EQ(sizeOf("BDMV/INDEX.BDMV"), 100U);
-}
-
-TEST_P(BlurayForms, WhatIsNotThereFails)
-{
-    openTree(sampleTree());
-    for (const char* path : {"BDMV/none", "none/index.bdmv", "BDMV/index.bdmv/x", "BDMV/index", "index.bdmv",
-                             "BDMV", "BDMV/PLAYLIST", "", "/", "BDMV/.", "BDMV/../BDMV/index.bdmv"}) {
-        EXPECT_EQ(read(path), m_unreadable) << path;
-        EXPECT_EQ(sizeOf(path), 0U) << path;
+    const auto imageMode =
+        GetParam() == DiscForm::Iso ? discio::BluraySourceMode::Iso : discio::BluraySourceMode::Udf;
+    EXPECT_EQ(m_source.mode, m_isTree ? discio::BluraySourceMode::Directory : imageMode);
+    EXPECT_EQ(m_source.volumeId,
+              GetParam() == DiscForm::Iso || GetParam() == DiscForm::Hybrid ? "TEST_DISC" : "");
+    const std::pair<const char*, Bytes> files[] = {{"BDMV/index.bdmv", pattern(100, 1)},
+                                                   {"BDMV/INDEX.BDMV", pattern(100, 1)},
+                                                   {"bdmv/PlayList/00010.MPLS", pattern(5000, 2)},
+                                                   {"/BDMV//PLAYLIST/00002.mpls/", pattern(2048, 3)},
+                                                   {"BDMV/CLIPINF/AZaz.clpi", {}}};
+    for (const auto& [path, bytes] : files) {
+        EXPECT_EQ(read(path), bytes) << path;
+        EXPECT_EQ(blurayFileSize(m_source, path), bytes.size()) << path;
     }
+    for (const char* path :
+         {"BDMV/none", "none/index.bdmv", "BDMV/index.bdmv/x", "BDMV/index", "index.bdmv", "BDMV", "", "/",
+          "BDMV/PLAYLIST/00005.mpls", "BDMV/.", "BDMV/../BDMV/index.bdmv"}) {
+        EXPECT_EQ(read(path), kUnreadable) << path;
+        EXPECT_EQ(blurayFileSize(m_source, path), 0U) << path;
+    }
+    // A directory tree is listed in byte-wise order, and with its directories.
+    const char* const playlists = m_isTree ? "00002 00005 00010" : "00010 00002";
+    EXPECT_EQ(list("BDMV/PLAYLIST", ".mpls"), playlists);
+    EXPECT_EQ(list("bdmv/playlist/", ".MPLS"), playlists);
+    EXPECT_EQ(list("BDMV/CLIPINF", ".mpls"), "");
     for (const char* path : {"BDMV/none", "none", "BDMV/index.bdmv", "BDMV/PLAYLIST/none"}) {
-        EXPECT_EQ(list(path), m_failed) << path;
+        EXPECT_EQ(list(path), "failed") << path;
     }
-}
+    EXPECT_EQ(list("", ".x"), m_isTree ? "" : "failed");
 
-TEST_P(BlurayForms, NoMoreIsReadThanTheBudgetAllows)
-{
-    openTree(sampleTree());
+    std::string path;
+    discio::ExtentList data;
+    bool isDirectory = false;
+    EXPECT_EQ(resolveDirectoryPath(m_source, "bdmv/Playlist", path), m_isTree ? 0 : -1);
+    EXPECT_EQ(path, m_isTree ? m_folder / "disc/BDMV/PLAYLIST" : "");
+    EXPECT_EQ(resolveImagePath(m_source, "bdmv/Playlist", data, isDirectory), m_isTree ? -1 : 0);
+    EXPECT_EQ(isDirectory, !m_isTree);
+
     m_source.budget->lower(discio::ReadBudget::Bound::NavigationBytes, 199, "bytes");
     EXPECT_EQ(read("BDMV/index.bdmv").size(), 100U);
     EXPECT_EQ(m_source.budget->reached(), nullptr);
-    EXPECT_EQ(read("BDMV/index.bdmv"), m_unreadable);
+    EXPECT_EQ(read("BDMV/index.bdmv"), kUnreadable) << "no more is read than the budget allows";
     EXPECT_STREQ(m_source.budget->reached(), "bytes");
-}
-
-TEST_P(BlurayForms, DirectoriesAreListedFromATreeAlone)
-{
-    openTree(sampleTree().add("BDMV/PLAYLIST/00005.mpls/file", {1}));
-    Names names = list("BDMV/PLAYLIST");
-    std::ranges::sort(names);
-    EXPECT_EQ(names, (isDirectory() ? Names{"00002", "00005", "00010"} : Names{"00002", "00010"}));
-    EXPECT_EQ(read("BDMV/PLAYLIST/00005.mpls"), m_unreadable);
 }
 
 TEST_P(BlurayForms, PathsInImagesHaveUpTo64Components)
@@ -94,42 +90,23 @@ TEST_P(BlurayForms, PathsInImagesHaveUpTo64Components)
     }
     openTree(DiscTree().add(deep + "/64.x", {64}).add(deep + "/D/65.x", {65}).add(deep + "/D/D/66.x", {66}));
     EXPECT_EQ(read(deep + "/64.x"), Bytes{64});
-    EXPECT_EQ(list(deep + "/D", ".x"), Names{"65"});
-    EXPECT_EQ(read(deep + "/D/65.x"), isDirectory() ? Bytes{65} : m_unreadable);
-    EXPECT_EQ(list(deep + "/D/D", ".x"), isDirectory() ? Names{"66"} : m_failed);
+    EXPECT_EQ(list(deep + "/D"), "65");
+    EXPECT_EQ(read(deep + "/D/65.x"), m_isTree ? Bytes{65} : kUnreadable);
+    EXPECT_EQ(list(deep + "/D/D"), m_isTree ? "66" : "failed");
 }
 
 TEST_P(BlurayForms, ADirectoryIsReadOnce)
 {
-    openTree(sampleTree());
-    EXPECT_EQ(list("BDMV/PLAYLIST").size(), 2U);
-    EXPECT_EQ(sizeOf("BDMV/STREAM/00001.m2ts"), 0U);
-    DiscTree more = sampleTree().add("BDMV/PLAYLIST/00003.mpls", {}).add("BDMV/STREAM/00001.m2ts", {1});
-    const std::string path = more.write(GetParam(), m_folder);
-    EXPECT_EQ(list("BDMV/PLAYLIST").size(), 2U);
-    EXPECT_EQ(sizeOf("BDMV/STREAM/00001.m2ts"), 0U) << "one that is not there is remembered as well";
-    ASSERT_EQ(open(path), 0);
-    EXPECT_EQ(list("BDMV/PLAYLIST").size(), 3U);
-    EXPECT_EQ(sizeOf("BDMV/STREAM/00001.m2ts"), 1U);
-}
-
-TEST_P(BlurayForms, ModeAndVolumeId)
-{
-    openTree(sampleTree());
-    constexpr std::array kModes = {BluraySourceMode::Directory, BluraySourceMode::Iso, BluraySourceMode::Udf,
-                                   BluraySourceMode::Udf,       BluraySourceMode::Udf, BluraySourceMode::Udf};
-    const auto form = static_cast<std::size_t>(GetParam());
-    EXPECT_EQ(m_source.mode, kModes.at(form));
-    EXPECT_EQ(m_source.volumeId,
-              GetParam() == DiscForm::Iso || GetParam() == DiscForm::Hybrid ? "TEST_DISC" : "");
-
-    std::string path;
-    discio::ExtentList data;
-    bool isFolder = false;
-    EXPECT_EQ(resolveDirectoryPath(m_source, "bdmv/Playlist", path), isDirectory() ? 0 : -1);
-    EXPECT_EQ(path, isDirectory() ? m_disc + "/BDMV/PLAYLIST" : "");
-    EXPECT_EQ(resolveImagePath(m_source, "bdmv/Playlist", data, isFolder), isDirectory() ? -1 : 0);
-    EXPECT_EQ(isFolder, !isDirectory());
+    const auto seen = [this] {
+        return list("BDMV") + ", " + std::to_string(blurayFileSize(m_source, "BDMV/D/A.x"));
+    };
+    DiscTree tree = DiscTree().add("BDMV/1.x", {});
+    const std::string path = openTree(tree);
+    EXPECT_EQ(seen(), "1, 0");
+    EXPECT_EQ(tree.add("BDMV/2.x", {}).add("BDMV/D/A.x", {1}).write(GetParam(), m_folder), path);
+    EXPECT_EQ(seen(), "1, 0") << "also what is not there is remembered";
+    EXPECT_EQ(open(path), "");
+    EXPECT_EQ(seen(), "1 2, 1");
 }
 
 }  // namespace

@@ -1,9 +1,9 @@
-#include "tests/native/folder_fixture.h"
+#include "tests/native/rights.h"
 
 #include <windows.h>
 #include <sddl.h>
 
-bool native_test::giveEverybody(const std::filesystem::path& path, bool canWrite)
+bool giveEverybody(const std::filesystem::path& path, bool canWrite)
 {
     const wchar_t* const rights = canWrite ? L"D:(A;;FA;;;WD)" : L"D:(A;;FA;;;BA)(A;;FRFX;;;WD)";
     PSECURITY_DESCRIPTOR descriptor = nullptr;
