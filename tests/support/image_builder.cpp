@@ -1,19 +1,13 @@
 #include "tests/support/image_builder.h"
 
-#include <algorithm>
-#include <array>
-
 namespace testsupport {
 
 namespace {
 
 constexpr std::uint32_t kSequenceSector = 32;
-constexpr std::uint32_t kSequenceLength = 32;       // sectors
 constexpr std::uint32_t kAllocationUnit = 32;       // of UDF 2.50's metadata, in blocks
 constexpr std::uint32_t kNotRecorded = 0x80000000;  // in the length of an extent
-constexpr std::uint32_t kUncut = 1U << 18U;         // blocks per extent
-
-constexpr std::uint8_t kDirectoryFlag = 0x02;  // of ISO-9660's records and of UDF's characteristics
+constexpr std::uint8_t kDirectoryFlag = 0x02;       // of ISO-9660's records and of UDF's characteristics
 constexpr std::uint8_t kParentCharacteristic = 0x08;
 
 std::uint32_t blocksOf(std::size_t sizeBytes)
@@ -23,20 +17,21 @@ std::uint32_t blocksOf(std::size_t sizeBytes)
 
 struct Node {
     std::string path = {};
-    bool isDirectory = true;
-    const Bytes* bytes = nullptr;  // of a file
-    std::size_t parent = 0;        // of the root: itself
+    const Bytes* file = nullptr;  // a directory has none
+    std::size_t parent = 0;       // of the root: itself
     std::vector<std::size_t> children = {};
     UdfExtent iso = {};                   // a file's data or a directory's records
-    std::uint32_t entryBlock = 0;         // UDF
     UdfExtent udf = {};                   // all data, cut into:
     std::vector<UdfExtent> extents = {};  // in ISO-9660 of files only
+    std::uint32_t entryBlock = 0;         // UDF
 
+    [[nodiscard]] bool isDirectory() const { return file == nullptr; }
     [[nodiscard]] std::string name() const { return path.substr(path.rfind('/') + 1); }
 };
 
 }  // namespace
 
+// Lays the image out twice: sizes do not depend on places, so the second time every place is known where it is written.
 class ImageLayout {
 public:
     ImageLayout(const std::vector<TreeFile>& files, DiscForm form, const ImageSpec& spec)
@@ -47,144 +42,107 @@ public:
         , m_physical(m_is250 ? (spec.isMetadataMapFirst ? 1 : 0) : spec.partitionsBefore)
         , m_metadata(m_is250 ? (spec.isMetadataMapFirst ? 0 : 1) : m_physical)
     {
-        addNode({});
         for (const TreeFile& file : files) {
-            for (std::size_t i = file.path.find('/'); i != std::string::npos;
-                 i = file.path.find('/', i + 1)) {
-                addNode({.path = file.path.substr(0, i)});
-            }
-            addNode({.path = file.path, .isDirectory = false, .bytes = &file.bytes});
+            m_nodes[indexOf(file.path)].file = &file.bytes;
         }
     }
 
     BuiltImage build()
     {
-        if (m_hasUdf) { placeMetadata(); }
-        if (m_hasIso) { placeIsoDirectories(); }
-        for (Node& node : m_nodes) {
-            if (node.isDirectory || isEmbedded(node)) { continue; }
-            place(node, node.bytes->size(), m_next, m_physical, m_spec.blocksPerExtent);
-            node.iso = node.udf;
-            putData(node, *node.bytes);
+        for (int round = 0; round < 2; ++round) {
+            m_image = {};
+            m_next = m_hasUdf ? 0 : 18;
+            if (m_hasUdf) { putMetadata(); }
+            if (m_hasIso) { putIso(); }
+            for (Node& node : m_nodes) {
+                if (node.isDirectory() || isEmbedded(node)) { continue; }
+                putData(node, *node.file, m_physical, m_spec.blocksPerExtent);
+                node.iso = node.udf;
+            }
+            if (m_hasUdf) { putVolume(); }
         }
-        if (m_hasIso) { putIso(); }
-        if (m_hasUdf) { putUdf(); }
         return std::move(m_image);
     }
 
 private:
-    void addNode(Node node)
+    // The index of a node, which is added behind its parents if it is new.
+    std::size_t indexOf(const std::string& path)
     {
-        if (!m_indexes.emplace(node.path, m_nodes.size()).second) { return; }
-        const std::size_t slash = node.path.rfind('/');
-        node.parent = m_indexes.at(slash == std::string::npos ? "" : node.path.substr(0, slash));
-        if (!m_nodes.empty()) { m_nodes[node.parent].children.push_back(m_nodes.size()); }
-        m_nodes.push_back(std::move(node));
+        const auto known = std::ranges::find(m_nodes, path, &Node::path);
+        if (known != m_nodes.end()) { return static_cast<std::size_t>(known - m_nodes.begin()); }
+        const std::size_t slash = path.rfind('/');
+        const std::size_t parent = slash == std::string::npos ? 0 : indexOf(path.substr(0, slash));
+        m_nodes[parent].children.push_back(m_nodes.size());
+        m_nodes.push_back({.path = path, .parent = parent});
+        return m_nodes.size() - 1;
     }
-
-    // ---- Places ----
 
     [[nodiscard]] std::uint32_t firstSector() const { return m_hasUdf ? kUdfPartitionSector : 0; }
 
-    [[nodiscard]] bool isInMetadataFile(std::uint16_t partition) const { return partition != m_physical; }
-
-    // Where a block of a partition lies in the image; one of the metadata partition: in the metadata file or in its copy.
+    // Where a block of a partition lies in the image; one of the metadata partition: in the metadata file or its copy.
     [[nodiscard]] std::uint64_t offsetOf(std::uint16_t partition, std::uint32_t block,
                                          std::size_t copy = 0) const
     {
-        if (isInMetadataFile(partition)) { block = m_metadataBlocks.at(copy).at(block); }
+        const std::vector<std::uint32_t>& metadata = m_metadataBlocks.at(copy);
+        if (partition != m_physical) { block = block < metadata.size() ? metadata[block] : 0; }
         return (std::uint64_t{firstSector()} + block) * kSector;
     }
 
-    // Takes blocks for a node's data from `next` on, or from where ImageSpec::sectors has them.
-    void place(Node& node, std::size_t size, std::uint32_t& next, std::uint16_t partition,
-               std::size_t blocksPerExtent)
+    void putBlocks(std::uint16_t partition, std::uint32_t block, const Bytes& bytes)
+    {
+        for (std::size_t start = 0; start < bytes.size(); start += kSector) {
+            const auto from = bytes.begin() + static_cast<std::ptrdiff_t>(start);
+            Bytes sector(from, from + static_cast<std::ptrdiff_t>(std::min(kSector, bytes.size() - start)));
+            sector.resize(kSector);
+            if (partition != m_physical && m_spec.hasMetadataCopy) {
+                m_image.put(offsetOf(partition, block, 1), sector);
+            }
+            m_image.put(offsetOf(partition, block++), sector);
+        }
+    }
+
+    void putDescriptor(std::uint16_t partition, std::uint32_t block, Bytes descriptor)
+    {
+        sealUdfTag(descriptor, block);
+        putBlocks(partition, block, descriptor);
+    }
+
+    // Puts a node's data into the next blocks, or where ImageSpec::sectors has them.
+    void putData(Node& node, const Bytes& bytes, std::uint16_t partition, std::size_t blocksPerExtent)
     {
         const auto chosen = m_spec.sectors.find(node.path);
         const bool isChosen = chosen != m_spec.sectors.end();
         if (isChosen) { partition = m_physical; }
-        std::uint32_t block = isChosen ? chosen->second - firstSector() : next;
-        node.udf = {static_cast<std::uint32_t>(size), block, partition};
-        for (std::size_t done = 0; done < size;) {
-            const std::size_t length = std::min(size - done, blocksPerExtent * kSector);
-            node.extents.push_back({static_cast<std::uint32_t>(length), block, partition});
-            done += length;
-            block += blocksOf(length) + (done < size ? 1 : 0);
+        std::uint32_t block = isChosen ? chosen->second - firstSector() : m_next;
+        node.udf = {static_cast<std::uint32_t>(bytes.size()), block, partition};
+        node.extents.clear();
+        m_image.m_places[node.path].data = offsetOf(partition, block);
+        for (auto from = bytes.begin(); from != bytes.end();) {
+            const auto left = static_cast<std::size_t>(bytes.end() - from);
+            const auto length = static_cast<std::uint32_t>(std::min(left, blocksPerExtent * kSector));
+            node.extents.push_back({length, block, partition});
+            putBlocks(partition, block, Bytes(from, from + length));
+            from += length;
+            block += blocksOf(length) + (from != bytes.end() ? 1 : 0);
         }
-        if (!isChosen) { next = block; }
+        if (!isChosen) { m_next = block; }
     }
-
-    // Gives every file entry its blocks of the metadata partition, then every directory. UDF 1.02 has all in one
-    // partition.
-    void placeMetadata()
-    {
-        m_next = 2 + m_spec.unrecordedBlocks;
-        for (Node& node : m_nodes) {
-            node.entryBlock = m_next;
-            m_next += blocksOf(entryOf(node).size());
-        }
-        for (Node& node : m_nodes) {
-            if (!node.isDirectory || isEmbedded(node)) { continue; }
-            place(node, udfDirectory(node).size(), m_next, m_metadata,
-                  m_is250 ? kUncut : m_spec.blocksPerExtent);
-        }
-        if (!m_is250) { return; }
-        m_image.m_metadataBlockCount = static_cast<std::uint32_t>(roundedUp(m_next, kAllocationUnit));
-        m_next = 2;  // behind the entries of the metadata file and of its mirror
-        m_metadataExtents = {placeMetadataFile(0), {}};
-        m_metadataExtents[1] = m_spec.hasMetadataCopy ? placeMetadataFile(1) : m_metadataExtents[0];
-    }
-
-    std::vector<UdfExtent> placeMetadataFile(std::size_t copy)
-    {
-        const std::uint32_t holeEnd = 2 + m_spec.unrecordedBlocks;
-        std::vector<UdfExtent> extents;
-        m_next = static_cast<std::uint32_t>(roundedUp(m_next, kAllocationUnit));
-        for (std::uint32_t block = 0; block < m_image.m_metadataBlockCount; ++block) {
-            const bool isHole = block >= 2 && block < holeEnd;
-            const bool isCut = !isHole && block % m_spec.blocksPerExtent == 0;
-            if (isCut || (holeEnd > 2 && (block == 2 || block == holeEnd))) {
-                if (block > 0) { ++m_next; }
-                extents.push_back({isHole ? kNotRecorded : 0, isHole ? 0 : m_next});
-            }
-            extents.back().length += kSector;
-            m_metadataBlocks.at(copy).push_back(isHole ? 0 : m_next++);
-        }
-        return extents;
-    }
-
-    void placeIsoDirectories()
-    {
-        if (!m_hasUdf) { m_next = 18; }
-        for (Node& node : m_nodes) {
-            if (!node.isDirectory) { continue; }
-            node.iso = {static_cast<std::uint32_t>(isoDirectory(node).size()), m_next};
-            const auto chosen = m_spec.sectors.find(node.path);
-            if (!m_hasUdf && chosen != m_spec.sectors.end()) {
-                node.iso.block = chosen->second;
-            } else {
-                m_next += blocksOf(node.iso.length);
-            }
-        }
-    }
-
-    // ---- Contents ----
 
     [[nodiscard]] bool isEmbedded(const Node& node) const
     {
-        return m_spec.descriptorKind == 3 && (node.isDirectory || !m_is250);
+        return m_spec.descriptorKind == 3 && (node.isDirectory() || !m_is250);
     }
 
     [[nodiscard]] Bytes entryOf(const Node& node) const
     {
         UdfFileEntrySpec entry;
         entry.tag = m_is250 ? 266 : m_spec.fileEntryTag;
-        entry.fileType = node.isDirectory ? 4 : 5;
-        entry.descriptorKind = m_is250 && !node.isDirectory ? 1 : m_spec.descriptorKind;
+        entry.fileType = node.isDirectory() ? 4 : 5;
+        entry.descriptorKind = m_is250 && !node.isDirectory() ? 1 : m_spec.descriptorKind;
         entry.informationLength = node.udf.length;
         entry.descriptors = node.extents;
         if (isEmbedded(node)) {
-            entry.embedded = node.isDirectory ? udfDirectory(node) : *node.bytes;
+            entry.embedded = node.isDirectory() ? udfDirectory(node) : *node.file;
             entry.informationLength = entry.embedded.size();
         }
         return udfFileEntry(entry);
@@ -199,85 +157,108 @@ private:
             append(bytes, identifier);
         };
         add("", m_nodes[directory.parent], kDirectoryFlag | kParentCharacteristic);
-        for (const std::size_t index : directory.children) {
-            const Node& child = m_nodes[index];
-            add(child.name(), child, child.isDirectory ? kDirectoryFlag : 0);
+        for (const std::size_t child : directory.children) {
+            add(m_nodes[child].name(), m_nodes[child], m_nodes[child].isDirectory() ? kDirectoryFlag : 0);
         }
         return bytes;
+    }
+
+    // File set, file entries and directories. UDF 1.02 has all in one partition; UDF 2.50 has them in a file, whose
+    // blocks are a partition of their own.
+    void putMetadata()
+    {
+        putDescriptor(
+            m_metadata, 0,
+            udfDescriptor(256, 512,
+                          {{400, 4, kSector}, {404, 4, m_nodes[0].entryBlock}, {408, 2, m_metadata}}));
+        putDescriptor(m_metadata, 1, udfDescriptor(8, 512));  // terminator
+        m_next = 2 + m_spec.unrecordedBlocks;
+        for (Node& node : m_nodes) {
+            node.entryBlock = m_next;
+            m_image.m_places[node.path].entry = offsetOf(m_metadata, m_next);
+            const Bytes entry = entryOf(node);
+            putDescriptor(m_metadata, m_next, entry);
+            m_next += blocksOf(entry.size());
+        }
+        for (Node& node : m_nodes) {
+            if (!node.isDirectory() || isEmbedded(node)) { continue; }
+            putData(node, udfDirectory(node), m_metadata,
+                    m_is250 ? ImageSpec().blocksPerExtent : m_spec.blocksPerExtent);
+        }
+        m_image.m_fileSets = {offsetOf(m_metadata, 0),
+                              offsetOf(m_metadata, 0, m_is250 && m_spec.hasMetadataCopy)};
+        if (!m_is250) { return; }
+        const auto blockCount = static_cast<std::uint32_t>(roundedUp(m_next, kAllocationUnit));
+        m_next = 2;  // behind the entries of the metadata file and of its mirror
+        UdfFileEntrySpec entry{.tag = 266, .fileType = 250, .informationLength = blockCount * kSector};
+        for (const std::uint32_t copy : {0U, 1U}) {
+            if (copy == 0 || m_spec.hasMetadataCopy) {
+                entry.descriptors = placeMetadataFile(blockCount, m_metadataBlocks.at(copy));
+            }
+            putDescriptor(m_physical, copy, udfFileEntry(entry));
+            entry.fileType = 251;
+        }
+    }
+
+    // Takes blocks for the metadata file or its copy. The unrecorded ones are an extent of their own.
+    std::vector<UdfExtent> placeMetadataFile(std::uint32_t blockCount, std::vector<std::uint32_t>& blocks)
+    {
+        const std::uint32_t holeEnd = 2 + m_spec.unrecordedBlocks;
+        std::vector<UdfExtent> extents;
+        blocks.clear();
+        m_next = static_cast<std::uint32_t>(roundedUp(m_next, kAllocationUnit));
+        for (std::uint32_t block = 0; block < blockCount; ++block) {
+            const bool isHole = block >= 2 && block < holeEnd;
+            const bool isCut = !isHole && block % m_spec.blocksPerExtent == 0;
+            if (isCut || (holeEnd > 2 && (block == 2 || block == holeEnd))) {
+                if (block > 0) { ++m_next; }
+                extents.push_back({isHole ? kNotRecorded : 0, isHole ? 0 : m_next});
+            }
+            extents.back().length += kSector;
+            blocks.push_back(isHole ? 0 : m_next++);
+        }
+        return extents;
     }
 
     [[nodiscard]] Bytes isoRecordOf(const Node& node, const std::string& identifier) const
     {
         return isoRecord({identifier, firstSector() + node.iso.block, node.iso.length,
-                          node.isDirectory ? kDirectoryFlag : std::uint8_t{0}});
+                          node.isDirectory() ? kDirectoryFlag : std::uint8_t{0}});
     }
 
     // Records lie in one block each.
     Bytes isoDirectory(const Node& directory)
     {
-        Bytes bytes;
-        const auto add = [&bytes](const Bytes& record) {
+        Bytes bytes = isoRecordOf(directory, std::string(1, '\0'));
+        append(bytes, isoRecordOf(m_nodes[directory.parent], "\1"));
+        for (const std::size_t index : directory.children) {
+            const Node& child = m_nodes[index];
+            const Bytes record = isoRecordOf(child, child.name() + (child.isDirectory() ? "" : ";1"));
             if (bytes.size() % kSector + record.size() > kSector) {
                 bytes.resize(roundedUp(bytes.size(), kSector));
             }
+            m_image.m_places[child.path].record = offsetOf(m_physical, directory.iso.block) + bytes.size();
             append(bytes, record);
-            return bytes.size() - record.size();
-        };
-        add(isoRecordOf(directory, std::string(1, '\0')));
-        add(isoRecordOf(m_nodes[directory.parent], "\1"));
-        for (const std::size_t index : directory.children) {
-            const Node& child = m_nodes[index];
-            const std::size_t offset =
-                add(isoRecordOf(child, child.name() + (child.isDirectory ? "" : ";1")));
-            m_image.m_places[child.path].record = offsetOf(m_physical, directory.iso.block) + offset;
         }
         bytes.resize(roundedUp(bytes.size(), kSector));
         return bytes;
     }
 
-    // ---- Writing ----
-
-    void putBlocks(std::uint16_t partition, std::uint32_t block, const Bytes& bytes)
-    {
-        for (std::size_t start = 0; start < bytes.size(); start += kSector) {
-            const auto from = bytes.begin() + static_cast<std::ptrdiff_t>(start);
-            Bytes sector(from, from + static_cast<std::ptrdiff_t>(std::min(kSector, bytes.size() - start)));
-            sector.resize(kSector);
-            if (isInMetadataFile(partition) && m_spec.hasMetadataCopy) {
-                m_image.put(offsetOf(partition, block, 1), sector);
-            }
-            m_image.put(offsetOf(partition, block++), std::move(sector));
-        }
-    }
-
-    void putDescriptor(std::uint16_t partition, std::uint32_t block, Bytes descriptor)
-    {
-        sealUdfTag(descriptor, block);
-        putBlocks(partition, block, descriptor);
-    }
-
-    void putSector(std::uint32_t sector, Bytes descriptor)
-    {
-        sealUdfTag(descriptor, sector);
-        descriptor.resize(kSector);
-        m_image.put(sector * kSector, std::move(descriptor));
-    }
-
-    void putData(const Node& node, const Bytes& bytes)
-    {
-        m_image.m_places[node.path].data = offsetOf(node.udf.partition, node.udf.block);
-        auto from = bytes.begin();
-        for (const UdfExtent& extent : node.extents) {
-            putBlocks(extent.partition, extent.block, Bytes(from, from + extent.length));
-            from += extent.length;
-        }
-    }
-
     void putIso()
     {
+        for (Node& node : m_nodes) {
+            if (!node.isDirectory()) { continue; }
+            const auto chosen = m_spec.sectors.find(node.path);
+            const bool isChosen = !m_hasUdf && chosen != m_spec.sectors.end();
+            const Bytes records = isoDirectory(node);
+            node.iso = {static_cast<std::uint32_t>(records.size()), isChosen ? chosen->second : m_next};
+            if (!isChosen) { m_next += blocksOf(records.size()); }
+            Place& place = m_image.m_places[node.path];
+            if (place.data == 0) { place.data = offsetOf(m_physical, node.iso.block); }
+            putBlocks(m_physical, node.iso.block, records);
+        }
         Bytes descriptor(kSector);
-        putBe(descriptor, 0, 1, 1);
-        putText(descriptor, 1, "CD001\1");
+        putText(descriptor, 0, "\1CD001\1");
         std::string volumeId = m_spec.volumeId;
         volumeId.resize(32, ' ');
         putText(descriptor, 40, volumeId);
@@ -286,32 +267,6 @@ private:
         putBytes(descriptor, 156, isoRecordOf(m_nodes[0], std::string(1, '\0')));
         m_image.put(kIsoDescriptor, descriptor);
         m_image.m_places[""].record = kIsoDescriptor + 156;
-        for (const Node& node : m_nodes) {
-            if (!node.isDirectory) { continue; }
-            m_image.m_places[node.path].data = offsetOf(m_physical, node.iso.block);
-            putBlocks(m_physical, node.iso.block, isoDirectory(node));
-        }
-    }
-
-    void putUdf()
-    {
-        putVolume();
-        for (const std::size_t copy : {0U, 1U}) {
-            if (!m_is250) { break; }
-            UdfFileEntrySpec entry{.tag = 266, .fileType = static_cast<std::uint8_t>(250 + copy)};
-            entry.informationLength = m_image.m_metadataBlockCount * kSector;
-            entry.descriptors = m_metadataExtents[copy];
-            putDescriptor(m_physical, static_cast<std::uint32_t>(copy), udfFileEntry(entry));
-        }
-        m_image.m_fileSets = {offsetOf(m_metadata, 0),
-                              offsetOf(m_metadata, 0, m_is250 && m_spec.hasMetadataCopy)};
-        putDescriptor(m_metadata, 0, udfFileSet(m_nodes[0].entryBlock, m_metadata));
-        putDescriptor(m_metadata, 1, udfDescriptor(8, 512));  // terminator
-        for (const Node& node : m_nodes) {
-            if (node.isDirectory && !isEmbedded(node)) { putData(node, udfDirectory(node)); }
-            putDescriptor(m_metadata, node.entryBlock, entryOf(node));
-            m_image.m_places[node.path].entry = offsetOf(m_metadata, node.entryBlock);
-        }
     }
 
     void putVolume()
@@ -319,27 +274,49 @@ private:
         std::vector<Bytes> maps;
         std::vector<Bytes> sequence = {udfDescriptor(1, 512), {}};
         const auto addPartition = [&](std::size_t number, std::uint32_t sector, std::uint32_t length) {
-            maps.push_back(udfPartitionMap(1, static_cast<std::uint16_t>(number)));
-            sequence.push_back(udfPartition(static_cast<std::uint16_t>(number), sector, length));
+            append(maps.emplace_back(Bytes{1, 6, 0, 0}), leBytes(number, 2));
+            sequence.push_back(udfDescriptor(5, 512, {{22, 2, number}, {188, 4, sector}, {192, 4, length}}));
         };
         for (std::size_t i = 1; i <= m_spec.partitionsBefore; ++i) {
             addPartition(m_spec.partitionNumber + i, 9999, 1);
         }
         addPartition(m_spec.partitionNumber, kUdfPartitionSector, m_next);
         if (m_is250) {
-            maps.insert(m_spec.isMetadataMapFirst ? maps.begin() : maps.end(),
-                        udfPartitionMap(2, m_spec.partitionNumber));
-            maps[m_metadata][58] = m_spec.hasMetadataCopy ? 1 : 0;
+            Bytes map(64);
+            putText(map, 0, "\2\x40");
+            putText(map, 5, "*UDF Metadata Partition");
+            putLe(map, 38, m_spec.partitionNumber, 2);
+            putLe(map, 44, 1, 4);           // the mirror's entry; the metadata file's is 0
+            putLe(map, 48, 0xFFFFFFFF, 4);  // no bitmap: the partition is read-only
+            putLe(map, 58, m_spec.hasMetadataCopy ? 1 : 0, 1);
+            maps.insert(m_spec.isMetadataMapFirst ? maps.begin() : maps.end(), map);
         }
-        sequence[1] = udfLogicalVolume(m_metadata, maps);
+        Bytes& volume = sequence[1];
+        volume = udfDescriptor(6, 440,
+                               {{212, 4, kSector},
+                                {240, 2, 0x0250},
+                                {248, 4, 2 * kSector},
+                                {256, 2, m_metadata},
+                                {268, 4, maps.size()}});
+        putText(volume, 217, "*OSTA UDF Compliant");
+        for (const Bytes& map : maps) {
+            append(volume, map);
+        }
+        putLe(volume, 264, volume.size() - 440, 4);
         sequence.push_back(udfDescriptor(8, 512));  // terminator
         for (std::uint32_t i = 0; i < sequence.size(); ++i) {
             putSector(kSequenceSector + i, sequence[i]);
         }
-        const Bytes anchor =
-            udfDescriptor(2, 512, {{16, 4, kSequenceLength * kSector}, {20, 4, kSequenceSector}});
+        const Bytes anchor = udfDescriptor(2, 512, {{16, 4, 32 * kSector}, {20, 4, kSequenceSector}});
         putSector(kUdfAnchor / kSector, anchor);
         putSector(kUdfPartitionSector + m_next, anchor);
+    }
+
+    void putSector(std::uint32_t sector, Bytes descriptor)
+    {
+        sealUdfTag(descriptor, sector);
+        descriptor.resize(kSector);
+        m_image.put(sector * kSector, descriptor);
     }
 
     const ImageSpec& m_spec;
@@ -348,12 +325,10 @@ private:
     bool m_is250;
     std::uint16_t m_physical;  // partition references; equal in UDF 1.02
     std::uint16_t m_metadata;
-    std::vector<Node> m_nodes;  // the root first, each directory before what is in it
-    std::map<std::string, std::size_t> m_indexes;
-    std::uint32_t m_next = 0;                                 // the next free block
-    std::array<std::vector<UdfExtent>, 2> m_metadataExtents;  // of the metadata file and of its mirror
+    std::vector<Node> m_nodes = {Node{}};  // the root first, each directory before what is in it
+    std::uint32_t m_next = 0;              // the next free block
     std::array<std::vector<std::uint32_t>, 2>
-        m_metadataBlocks;  // the real partition's block for each of the metadata
+        m_metadataBlocks;  // of the real partition; of the file and of its copy
     BuiltImage m_image;
 };
 

@@ -76,7 +76,6 @@ public:
     // UDF: the file set descriptor; UDF 2.50: the first block of the metadata, and of the copy that the mirror leads to.
     [[nodiscard]] std::uint64_t fileSet() const { return m_fileSets[0]; }
     [[nodiscard]] std::uint64_t fileSetCopy() const { return m_fileSets[1]; }
-    [[nodiscard]] std::uint32_t metadataBlockCount() const { return m_metadataBlockCount; }
 
     // Puts a sector of zeros.
     BuiltImage& wipe(std::uint64_t offset)
@@ -89,7 +88,6 @@ private:
     friend class ImageLayout;
     std::map<std::string, Place> m_places;
     std::array<std::uint64_t, 2> m_fileSets = {};
-    std::uint32_t m_metadataBlockCount = 0;
 };
 
 // Builds an image of any form but Directory.
