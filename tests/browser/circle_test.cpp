@@ -3,6 +3,7 @@
 #include "tests/support/golden.h"
 #include "tests/support/local_service.h"
 #include "tests/support/sample_bluray.h"
+#include "tests/support/sample_dvd.h"
 #include "tests/ui/window_fixture.h"
 
 #include <QRegularExpression>
@@ -31,21 +32,21 @@ void CircleTest::whatIsTypedIsShown()
 {
     QFETCH(QString, scenario);
     const std::string row = QTest::currentDataTag();
-    WindowFixture fixture{u"key"_s};
+    WindowFixture fixture;
     const testsupport::LocalService service{
         TESSERA_LOCAL_EXECUTABLE, fixture.folder / "service.db", {"key=ada"}};
     const testsupport::ScopedEnvironment address{"PLATTERSCOPE_SERVICE_URL", service.baseUrl()};
-    QVERIFY2(service.isReady() && fixture.startWithKey(), service.log().c_str());
+    QVERIFY2(service.isReady(), service.log().c_str());
     const testsupport::DiscTree disc =
         row == "film_bluray" ? testsupport::sampleBluray() : testsupport::sampleDvd();
-    fixture.openDirectory(disc.write(testsupport::DiscForm::Directory, fixture.folder),
-                          [&] { fixture.driver.expectBox(kAddTitle, kAddQuestion, QMessageBox::Yes); });
-    fixture.trigger("configurationsAction");
-    auto* list = fixture.part<QTreeWidget>("configurationList");
+    disc.writeDirectory(fixture.root + "/disc");
+    fixture.run(u"stored key ; start ; during Add disc to Tessera?: button Yes ; open disc"_s);
+    fixture.trigger(u"configurations"_s);
+    auto* list = fixture.part<QTreeWidget>(u"configurationList"_s);
     QCOMPARE(list->topLevelItemCount(), 0);
 
     const QRegularExpression link(u"^<a href=\"([^\"]+)\">New Configuration</a>$"_s);
-    const QString page = link.match(fixture.part<QLabel>("newConfigurationLink")->text()).captured(1);
+    const QString page = link.match(fixture.part<QLabel>(u"newConfigurationLink"_s)->text()).captured(1);
     QProcess browser;
     browser.setProcessChannelMode(QProcess::MergedChannels);
     browser.start(QStringLiteral(DESCRIBE_DISC),
@@ -56,7 +57,7 @@ void CircleTest::whatIsTypedIsShown()
     QVERIFY2(browser.exitStatus() == QProcess::NormalExit && browser.exitCode() == 0,
              browser.readAll().constData());
 
-    fixture.click("refreshConfigurationsButton");
+    QTest::mouseClick(fixture.part<QPushButton>(u"refreshConfigurationsButton"_s), Qt::LeftButton);
     QString text;
     for (QTreeWidgetItemIterator item(list); *item != nullptr; ++item) {
         text += u"%1|%2|%3\n"_s.arg((*item)->text(0), (*item)->text(1), (*item)->text(2));
@@ -64,16 +65,16 @@ void CircleTest::whatIsTypedIsShown()
     const QPoint first = list->visualItemRect(list->topLevelItem(0)).center();
     QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, first);
     QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, first);
-    const auto* tree = fixture.part<QTreeWidget>("configurationTree");
+    const auto* tree = fixture.part<QTreeWidget>(u"configurationTree"_s);
     for (int i = 0; i < tree->topLevelItemCount(); ++i) {
         QTest::mouseClick(tree->viewport(), Qt::LeftButton, {},
                           tree->visualItemRect(tree->topLevelItem(i)).center());
-        text += u'\n' + fixture.part<QTextEdit>("configurationDetails")->toPlainText();
+        text += u'\n' + fixture.part<QTextEdit>(u"configurationDetails"_s)->toPlainText();
     }
     QCOMPARE(QString::fromStdString(
                  testsupport::goldenDifference(text.toStdString(), "browser/golden/" + row + ".txt")),
              QString());
-    QCOMPARE(fixture.driver.problems(), QStringList());
+    QCOMPARE(fixture.driver.neverShown(), QString());
 }
 
 QTEST_MAIN(CircleTest)

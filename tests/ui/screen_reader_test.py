@@ -12,13 +12,9 @@ import time
 
 import pyatspi
 
-EXPECTED = {
-    "tree": ["Titles and streams of the disc", "Configurations of the disc", "Titles of the configuration"],
-    "text": ["Details of the selected title or stream", "Details of the selected title"],
-    "push button": ["Enter My API Key", "View", "Refresh", "Configuration List", "Start", "Stop", "Clear All"],
-    "list": ["Open/Close Events: Playlists (.mpls)", "Open/Close Events: Segments (.m2ts)",
-             "Currently Open Files: Playlists (.mpls)", "Currently Open Files: Segments (.m2ts)"],
-}
+EXPECTED = [("tree", "Titles and streams of the disc"), ("text", "Details of the selected title or stream"),
+            ("push button", "Enter My API Key"), ("push button", "Refresh"), ("push button", "Start"),
+            ("list", "Open/Close Events: Playlists (.mpls)"), ("list", "Currently Open Files: Segments (.m2ts)")]
 SECONDS = 20
 
 
@@ -30,42 +26,28 @@ def descend(part):
             yield from descend(child)
 
 
-def wait_for(what, look):
-    """What `look` returns once that is something."""
+def find(role, name):
+    """Waits for a part of this role and name in any program and returns it."""
     end = time.monotonic() + SECONDS
     while time.monotonic() < end:
         try:
-            found = look()
-            if found:
-                return found
+            for application in pyatspi.Registry.getDesktop(0):
+                for part in descend(application):
+                    if part.getRoleName() == role and part.name == name:
+                        return part
         except Exception:  # of several libraries, each with its own: what was looked at has gone
             pass
         time.sleep(0.1)
-    sys.exit(f"never seen: {what}")
-
-
-def find(role, name):
-    """The first part of this role and name in the program."""
-    def look():
-        for application in pyatspi.Registry.getDesktop(0):
-            for part in descend(application):
-                if part.getRoleName() == role and part.name == name:
-                    return part
-        return None
-    return wait_for(f"{role} '{name}'", look)
+    sys.exit(f"never seen: {role} '{name}'")
 
 
 def problems_of(window):
     """What can have the focus and has no name, and what is expected and is not there."""
-    problems = []
-    there = set()
-    for part in descend(window):
-        there.add((part.getRoleName(), part.name))
-        if part.getState().contains(pyatspi.STATE_FOCUSABLE) and not part.name:
-            problems.append(f"no name: {part.getRoleName()}")
-    problems += [f"not there: {role} '{name}'" for role, names in EXPECTED.items() for name in names
-                 if (role, name) not in there]
-    return problems
+    parts = list(descend(window))
+    there = {(part.getRoleName(), part.name) for part in parts}
+    return [f"no name: {part.getRoleName()}" for part in parts
+            if part.getState().contains(pyatspi.STATE_FOCUSABLE) and not part.name] + [
+            f"not there: {role} '{name}'" for role, name in EXPECTED if (role, name) not in there]
 
 
 def main():
@@ -81,8 +63,7 @@ def main():
     finally:
         program.terminate()
         program.wait()
-    for problem in problems:
-        print(problem)
+    print("\n".join(problems))
     return 1 if problems else 0
 
 

@@ -1,64 +1,156 @@
-// Texts of others, made fit to be shown, and messages in the user's language; needs no window.
+// Texts of others, made fit to be shown, messages in the user's language, and the documents of the help boxes.
 #include "app/translation.h"
+#include "tests/ui/window_fixture.h"
 #include "text/title_text.h"
+#include "ui/configuration_text.h"
+#include "ui/document.h"
 #include "ui/message_box.h"
 #include "ui/plain_text.h"
 
-#include <QTest>
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
 #include <QTranslator>
 
-class TextTest : public QObject {
-    Q_OBJECT
+#include <gtest/gtest.h>
 
-private Q_SLOTS:
-    void textsOfOthersAreCutToTheirPlace();
-    void messagesAndDiscsAreInTheUsersLanguage();
-};
+using namespace Qt::StringLiterals;
+using document::Place;
 
-void TextTest::textsOfOthersAreCutToTheirPlace()
+namespace {
+
+TEST(Texts, OfOthersAreCutToTheirPlace)
 {
-    const QString text = QStringLiteral("a\nb\nc");
-    const QString more = QChar(0x2026);
-    QCOMPARE(plaintext::bounded(text, 5, 3), text);
-    QCOMPARE(plaintext::bounded(text, 5, 2), QStringLiteral("a\nb") + more);
-    QCOMPARE(plaintext::bounded(text, 3, 3), QStringLiteral("a\nb") + more);
-    QCOMPARE(plaintext::bounded(QStringLiteral("a\U0001F4BF"), 2, 1),
-             QStringLiteral("a") + more);  // no half character
-    QCOMPARE(plaintext::oneLine(QStringLiteral(" a\n\tb\u2028\u00A0c "), 9),
-             QStringLiteral(" a  b \u00A0c "));
-    QCOMPARE(plaintext::oneLine(QStringLiteral("abcd"), 3), QStringLiteral("abc") + more);
-    QCOMPARE(plaintext::oneLine(QStringLiteral("a\u202Eb\u2066c\u200F"), 9),
-             QStringLiteral("a\uFFFDb\uFFFDc\u200F"));
-    for (const char16_t lineBreak : {u'\n', u'\r', u'\v', u'\f', u'\u0085', u'\u2028', u'\u2029'}) {
-        QCOMPARE(plaintext::bounded(QString(9, QChar(lineBreak)), 9, 2), QStringLiteral("\n") + more);
+    const struct {
+        QString text;
+        qsizetype characters, lines;
+        QString shown;
+    } rows[] = {{u"a\nb\nc"_s, 5, 3, u"a\nb\nc"_s},
+                {u"a\nb\nc"_s, 5, 2, u"a\nb\u2026"_s},
+                {u"a\nb\nc"_s, 3, 3, u"a\nb\u2026"_s},
+                {u"a\U0001F4BF"_s, 2, 1, u"a\u2026"_s},  // no half character
+                {u"a\U0001F4BF"_s, 3, 1, u"a\U0001F4BF"_s},
+                {u"a\r\nb"_s, 9, 2, u"a\nb"_s},
+                {u"a\u202Eb\u2066c\u200F"_s, 9, 1, u"a\uFFFDb\uFFFDc\u200F"_s},
+                {u"\u202A\u2029\u2069\u206A"_s, 9, 2, u"\uFFFD\n\uFFFD\u206A"_s},
+                {u"\t\n\v\f\r\u0085\u2028\u000E"_s, 9, 9, u"\t\n\n\n\n\n\n\u000E"_s}};
+    for (const auto& row : rows) {
+        EXPECT_EQ(plaintext::bounded(row.text, row.characters, row.lines), row.shown);
     }
-    QCOMPARE(plaintext::bounded(QStringLiteral("a\r\nb"), 9, 2), QStringLiteral("a\nb"));
-    QCOMPARE(plaintext::toolTip(QStringLiteral("<b>")), QStringLiteral("<span>&lt;b&gt;</span>"));
+    EXPECT_EQ(plaintext::oneLine(u" a\n\tb\u2028\u00A0c "_s, 9), u" a  b \u00A0c "_s);
+    EXPECT_EQ(plaintext::oneLine(u"abcd"_s, 3), u"abc\u2026"_s);
 }
 
-void TextTest::messagesAndDiscsAreInTheUsersLanguage()
+TEST(Texts, OfConfigurationsAreShownWhateverTheyHold)
+{
+    service::DiscConfiguration configuration;
+    configuration.paths = QStringList{u"one\nType: Movie"_s, {}};
+    DiscScanResult disc{.discType = DiscType::Dvd, .dvdTitles = {{.titleNumber = 5}}};
+    QString text;
+    for (int i = -1; i < 20; ++i) {
+        text += configurationtext::details(
+            {.id = i, .type = i, .pathIndex = i - 7, .firstChapter = i % 2, .lastChapter = i % 3},
+            configuration, disc);
+    }
+    disc.errorMessage = u"Two lines\nof <i>news</i>."_s;
+    text += configurationtext::header(disc) + u'\n';
+    disc.ok = 1;
+    disc.discId = -9223372036854775807 - 1;
+    text += configurationtext::header(disc) + u'\n';
+    disc.errorMessage = QString(201, u'x') + QString(9, u'\n');
+    EXPECT_EQ(difference(text + configurationtext::header(disc), "configuration_texts"), "");
+}
+
+TEST(Texts, OfTheServiceAreShownOnceAndMakeNoWindowWider)
+{
+    WindowFixture fixture("stored key ; start");
+    DiscScanResult disc{
+        .ok = 1, .discType = DiscType::Dvd, .discId = 17, .inDatabase = true, .errorMessage = u"News."_s};
+    QString text = fixture.seen("a message", [&] { fixture.window->populate(u"/disc"_s, disc); });
+    fixture.server.play({.body = "[]"});
+    text += fixture.seen("refreshed", [&] { fixture.window->refreshConfigurations(); });
+    EXPECT_EQ(difference(text, "news"), "");
+    disc.errorMessage = QString(300, u'x') + QString(1000, QChar::LineSeparator);
+    fixture.window->populate(u"/disc"_s, disc);
+    EXPECT_LT(fixture.window->minimumSizeHint().width(), 600);
+    EXPECT_LT(fixture.window->minimumSizeHint().height(), 400);
+}
+
+TEST(Texts, OfBoxesKeepTheirButtonsOnTheScreen)
+{
+    const QString tail(3000, u'b');
+    const struct {
+        QString text, details, shown;
+    } rows[] = {
+        {u"short"_s, {}, u"short"_s},
+        {u"short"_s, u"why"_s, u"short (details: why)"_s},
+        {QString(2000, u'a') + tail, {}, QString(2000, u'a') + u"\u2026 (details: "_s + tail + u')'},
+        {QString(2000, u'a') + tail, u"why"_s,
+         QString(2000, u'a') + u"\u2026 (details: "_s + tail + u"\\nwhy)"_s},
+        // A NUL hides nothing; a text of many lines and characters has an end.
+        {QChar(0) + QString(40, u'\n') + QString(99'999, u'b'),
+         {},
+         QChar(0) + u"\\n"_s.repeated(39) + u"\u2026 (details: "_s + QString(65'535, u'b') + u"\u2026)"_s}};
+    for (const auto& row : rows) {
+        ModalDriver driver;
+        messagebox::critical(nullptr, u"Title"_s, row.text, row.details);
+        EXPECT_EQ(driver.taken().section(u": "_s, 1), row.shown + u'\n');
+    }
+}
+
+TEST(Texts, AreInTheUsersLanguage)
 {
     const auto shown = [](const char* message) { return messagebox::translated(QString::fromUtf8(message)); };
-    const AudioTrackInfo track{.language = QStringLiteral("ji"),
-                               .codecName = QStringLiteral("AC-3"),
-                               .channelLayout = QStringLiteral("6 channels"),
-                               .sampleRate = QStringLiteral("48 kHz")};
-    BlurayTitleInfo title;
-    title.label = QStringLiteral("#1 00800 (2 angles)");
-    title.angleCount = 2;
-    QCOMPARE(shown("Network error: Timeout was reached"),
-             QStringLiteral("Network error: Timeout was reached"));
-    QCOMPARE(titletext::label(title), title.label);
-
-    installTranslations(*qApp, {QStringLiteral("de")}, QStringLiteral(PLATTERSCOPE_COMPILED_TRANSLATIONS));
-    QCOMPARE(shown("Network error: Timeout was reached"),
-             QStringLiteral("Netzwerkfehler: Timeout was reached"));
-    QCOMPARE(shown("Tessera returned HTTP 503."), QStringLiteral("Tessera antwortete mit HTTP 503."));
-    QCOMPARE(shown("The monitored disc was removed."), QStringLiteral("Die überwachte Disc wurde entfernt."));
-    QCOMPARE(shown("What the service says."), QStringLiteral("What the service says."));
-    QCOMPARE(titletext::summary(track), QStringLiteral("Jiddisch, AC-3, 6 Kanäle, 48 kHz"));
-    QCOMPARE(titletext::label(title), QStringLiteral("#1 00800 (2 Blickwinkel)"));
+    const AudioTrackInfo track{.language = u"ji"_s,
+                               .codecName = u"AC-3"_s,
+                               .channelLayout = u"6 channels"_s,
+                               .sampleRate = u"48 kHz"_s};
+    const BlurayTitleInfo title{.label = u"#1 00800 (2 angles)"_s};
+    EXPECT_EQ(shown("Network error: Timeout was reached"), u"Network error: Timeout was reached"_s);
+    installTranslations(*qApp, {u"de"_s}, QStringLiteral(PLATTERSCOPE_COMPILED_TRANSLATIONS));
+    EXPECT_EQ(shown("Network error: Timeout was reached"), u"Netzwerkfehler: Timeout was reached"_s);
+    EXPECT_EQ(shown("Tessera returned HTTP 503."), u"Tessera antwortete mit HTTP 503."_s);
+    EXPECT_EQ(shown("The monitored disc was removed."), u"Die überwachte Disc wurde entfernt."_s);
+    EXPECT_EQ(shown("What the service says."), u"What the service says."_s);
+    EXPECT_EQ(titletext::summary(track), u"Jiddisch, AC-3, 6 Kanäle, 48 kHz"_s);
+    EXPECT_EQ(titletext::label(title), u"#1 00800 (2 Blickwinkel)"_s);
+    qDeleteAll(qApp->findChildren<QTranslator*>());
 }
 
-QTEST_MAIN(TextTest)
-#include "text_test.moc"
+TEST(Documents, AreFoundInEveryLayout)
+{
+    const QTemporaryDir root;
+    const QString beside = u"bin/a document.md"_s;
+    const QString above = u"share/doc/platterscope/a document.md"_s;
+    const QString below = u"bin/"_s + above;
+    const auto found = [&root](Place first) {
+        return QDir(root.path())
+            .relativeFilePath(document::path(u"a document.md"_s, first, root.filePath(u"bin"_s)));
+    };
+    const struct {
+        QString made, byNotices, byDocuments;
+    } rows[] = {{u"bin/x"_s, beside, above},
+                {below, below, below},
+                {above, above, above},
+                {beside + u"/a directory"_s, above, above},
+                {beside, beside, above}};
+    for (const auto& row : rows) {
+        QDir(root.filePath(beside)).removeRecursively();
+        QDir(root.path()).mkpath(QFileInfo(row.made).path());
+        EXPECT_TRUE(QFile(root.filePath(row.made)).open(QIODevice::WriteOnly));
+        EXPECT_EQ(found(Place::BesideExecutable), row.byNotices);
+        EXPECT_EQ(found(Place::SharedDocuments), row.byDocuments);
+    }
+}
+
+TEST(Documents, AreInTheBuildTree)
+{
+    const QString bin = QCoreApplication::applicationDirPath() + u"/../bin"_s;
+    QFile notices(document::path(u"THIRD_PARTY_NOTICES.txt"_s, Place::BesideExecutable, bin));
+    EXPECT_TRUE(notices.open(QIODevice::ReadOnly) && notices.readAll().contains("GNU LESSER GENERAL PUBLIC"));
+    QFile library(document::path(u"CONFIGURATION_LIBRARY.md"_s, Place::SharedDocuments, bin));
+    EXPECT_TRUE(library.open(QIODevice::ReadOnly) && library.readAll().contains("Season Trailer"));
+}
+
+}  // namespace

@@ -1,0 +1,412 @@
+#include "tests/ui/window_fixture.h"
+
+#include "service/api_key_store.h"
+#include "tests/support/sample_bluray.h"
+#include "tests/support/sample_dvd.h"
+
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QDesktopServices>
+#include <QDir>
+#include <QDropEvent>
+#include <QHeaderView>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMimeData>
+#include <QRegularExpression>
+#include <QTimer>
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+namespace fs = std::filesystem;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr char kFindPath[] = "/api/tessera/dvd/find/";
+constexpr char kBlurayFindPath[] = "/api/tessera/bluray/find/";
+constexpr char kBlurayReply[] = R"({"Disc ID": 17, "Configurations": [
+    {"UID": 1, "Language Code": "en", "Added By Username": "ada", "Data": "{\"disc_name\": \"Extras\"}"},
+    {"UID": 2, "Language Code": "de", "Added By Username": "bert", "Data": "{\"disc_name\": \"The Movie\",
+      \"titles\": [{\"id\": 800, \"name\": \"Film\"}, {\"id\": 0, \"name\": \"Menu\"}]}"}]})";
+
+QDialog* dialog()
+{
+    return qobject_cast<QDialog*>(QApplication::activeModalWidget());
+}
+
+QString buildFolder()
+{
+    return QDir(QCoreApplication::applicationDirPath() + u"/.."_s).canonicalPath();
+}
+
+qsizetype threadCount()
+{
+    return std::distance(fs::directory_iterator("/proc/self/task"), fs::directory_iterator());
+}
+
+void waitFor(const char* what, const std::function<bool()>& isReached)
+{
+    if (!QTest::qWaitFor(isReached, 20'000)) { qFatal("never: %s", what); }
+}
+
+// The second word of "list 2".
+int numberIn(const QString& words)
+{
+    return words.section(u' ', 1).toInt();
+}
+
+// Where the row is; for a row that the view does not have, a place without a row.
+QPoint placeOf(const QAbstractItemView& view, int row)
+{
+    const QModelIndex index = view.model()->index(row, 0);
+    return index.isValid() ? view.visualRect(index).center() : view.viewport()->rect().bottomRight();
+}
+
+}  // namespace
+
+WindowFixture::WindowFixture(const char* commands)
+    : m_shell(::popen("exec sh", "we"), &::pclose)
+{
+    testsupport::sampleDvd().writeDirectory(root + "/dvd");
+    testsupport::sampleDvd().image(testsupport::DiscForm::Iso).writeTo(root + "/dvd.iso");
+    testsupport::sampleBluray().writeDirectory(root + "/bluray");
+    testsupport::sampleBluray().image(testsupport::DiscForm::Iso).writeTo(root + "/bluray.iso");
+    server.playFor("/api/tessera/user/", {.body = R"({"UID": 1, "Username": "ada"})"});
+    server.playFor(kFindPath, {.body = R"({"Disc ID": 17})"});
+    server.playFor(kBlurayFindPath, {.body = kBlurayReply});
+    if (::mkfifo((root + "/.done").c_str(), 0600) != 0) { qFatal("no pipe"); }
+    for (const char* scheme : {"http", "file"}) {
+        QDesktopServices::setUrlHandler(QString::fromLatin1(scheme), this, "show");
+    }
+    QGuiApplication::clipboard()->clear();
+    if (*commands != '\0') {
+        (void)seen("", [&] { run(QString::fromLatin1(commands)); });
+    }
+}
+
+WindowFixture::~WindowFixture()
+{
+    for (const char* scheme : {"http", "file"}) {
+        QDesktopServices::unsetUrlHandler(QString::fromLatin1(scheme));
+    }
+}
+
+void WindowFixture::run(const QStringList& commands)
+{
+    for (const QString& command : commands) {
+        QString argument = command.section(u' ', 1);
+        argument.replace(u"FOLDER"_s, QString::fromStdString(root)).replace(u"BUILD"_s, buildFolder());
+        run(this, command.section(u' ', 0, 0), Q_ARG(QString, argument.replace(u"\\n"_s, u"\n"_s)));
+    }
+}
+
+void WindowFixture::run(QObject* object, const QString& slot, const QGenericArgument& argument)
+{
+    if (!QMetaObject::invokeMethod(object, slot.toLatin1().constData(), argument)) {
+        qFatal("no %s", qPrintable(slot));
+    }
+}
+
+QString WindowFixture::seen(const char* step, const std::function<void()>& action)
+{
+    action();
+    QCoreApplication::processEvents();
+    QString text = QString::fromUtf8(step) + u'\n' + driver.taken();
+    const auto requests = server.requests();
+    for (; m_seenRequests < requests.size(); ++m_seenRequests) {
+        const auto& request = requests.at(m_seenRequests);
+        text += QString::fromStdString("  " + request.method + ' ' + request.target + " [" +
+                                       request.header("apiKey") + "]\n");
+    }
+    const QStringList facts = this->facts();
+    for (const QString& fact : facts) {
+        if (!m_seenFacts.contains(fact)) { text += u"  "_s + fact + u'\n'; }
+    }
+    m_seenFacts = facts;
+    static const QRegularExpression time(u"\\[\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\]"_s);
+    static const QRegularExpression digest(u"\\b[0-9a-f]{64}\\b"_s);
+    text.replace(time, u"TIME"_s).replace(digest, u"DIGEST"_s).replace(buildFolder(), u"BUILD"_s);
+    text.replace(QString::fromStdString(root), u"FOLDER"_s);
+    return text.replace(QString::fromStdString(server.url()), u"SERVICE"_s);
+}
+
+QString WindowFixture::play(const std::string& name, const std::function<void()>& afterEach)
+{
+    std::ifstream file(PLATTERSCOPE_UI_SCRIPTS "/" + name + ".txt");
+    QString text;
+    for (std::string line; std::getline(file, line);) {
+        if (line.starts_with('#')) { text += QString::fromStdString(line) + u'\n'; }
+        if (!line.starts_with('$')) { continue; }
+        text += seen(line.c_str(), [&] { run(QString::fromStdString(line.substr(2))); });
+        afterEach();
+    }
+    return text + driver.neverShown();
+}
+
+QString WindowFixture::path(const QString& name) const
+{
+    return name.startsWith(u'/') ? name : QString::fromStdString(root) + u'/' + name;
+}
+
+void WindowFixture::sh(const QString& commands)
+{
+    std::fputs(("cd " + root + "; " + commands.toStdString() + "\necho >.done\n").c_str(), m_shell.get());
+    std::fflush(m_shell.get());
+    std::ifstream(root + "/.done").get();
+}
+
+void WindowFixture::stored(const QString& key)
+{
+    if (!service::saveApiKey(key)) { qFatal("cannot store the key"); }
+}
+
+void WindowFixture::reply(const QString& reply)
+{
+    const bool isHeld = reply.startsWith(u"held "_s);
+    const std::string text = reply.sliced(isHeld ? 5 : 0).toStdString();
+    server.play({.status = std::stoi(text),
+                 .body = text.substr(std::min<std::size_t>(4, text.size())),
+                 .isHeld = isHeld});
+}
+
+void WindowFixture::found(const QString& body)
+{
+    server.playFor(kFindPath, {.body = body.toStdString()});
+    server.playFor(kBlurayFindPath, {.body = body.toStdString()});
+}
+
+void WindowFixture::release(const QString& requests)
+{
+    if (!server.waitForRequests(requests.toULong())) { qFatal("no request"); }
+    server.release();
+}
+
+void WindowFixture::threads(const QString& word)
+{
+    m_noThreads.reset();
+    if (word == u"off"_s) { m_noThreads.emplace(); }
+}
+
+void WindowFixture::start(const QString& disc)
+{
+    window = std::make_unique<MainWindow>();
+    window->setDiscToOpenAtStart(disc);
+    window->show();
+    m_seenFacts = facts();
+    // Fires after the window's own timer, or in a dialog that it shows; the wait ends when no dialog is left.
+    bool isStarted = false;
+    QTimer::singleShot(0, window.get(), [&isStarted] { isStarted = true; });
+    waitFor("the end of the start", [&isStarted] { return isStarted; });
+    m_threads = threadCount();
+}
+
+void WindowFixture::click(const QString& name)
+{
+    QTest::mouseClick(part<QPushButton>(name + u"Button"_s), Qt::LeftButton);
+}
+
+void WindowFixture::openRow(const QString& row)
+{
+    auto* view = part<QAbstractItemView>(row.section(u' ', 0, 0));
+    const QPoint place = placeOf(*view, numberIn(row));
+    QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, place);
+    QTest::mouseDClick(view->viewport(), Qt::LeftButton, {}, place);
+}
+
+void WindowFixture::menu(const QString& row)
+{
+    auto* view = part<QAbstractItemView>(row.section(u' ', 0, 0));
+    const QPoint place = placeOf(*view, numberIn(row));
+    QContextMenuEvent event(QContextMenuEvent::Mouse, place, view->viewport()->mapToGlobal(place));
+    QApplication::sendEvent(view->viewport(), &event);
+    const QWidget* menu = QApplication::activePopupWidget();
+    say(menu != nullptr && menu->pos() == event.globalPos());
+}
+
+void WindowFixture::sort(const QString& column)
+{
+    const QHeaderView* header = part<QTreeWidget>(column.section(u' ', 0, 0))->header();
+    const QPoint place(header->sectionViewportPosition(numberIn(column)) + 20, 5);
+    QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, place);
+}
+
+void WindowFixture::drop(const QString& names)
+{
+    QMimeData data;
+    QList<QUrl> urls;
+    for (const QString& name : names.split(u' ')) {
+        urls.append(QUrl::fromLocalFile(path(name)));
+    }
+    data.setUrls(urls);
+    QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(window.get(), &enter);
+    QDropEvent dropped(QPointF(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(window.get(), &dropped);
+    say(enter.isAccepted());
+}
+
+void WindowFixture::open(const QString& name)
+{
+    const bool isDirectory = QFileInfo(path(name)).isDir();
+    driver.answer(isDirectory ? u"Open Disc Directory"_s : u"Open Disc ISO"_s,
+                  [this, name](QDialog*) { choose(name); });
+    trigger(isDirectory ? u"openDiscDirectory"_s : u"openDiscIso"_s);
+}
+
+QWidget* WindowFixture::focus() const
+{
+    for (QWidget* front : {QApplication::activePopupWidget(), QApplication::activeModalWidget()}) {
+        if (front != nullptr) { return front->focusWidget() == nullptr ? front : front->focusWidget(); }
+    }
+    // Without a desktop nobody makes the window active again when a dialog or a menu has closed.
+    window->activateWindow();
+    waitFor("an active window", [this] { return window->isActiveWindow(); });
+    if (QApplication::focusWidget() == nullptr) { QCoreApplication::processEvents(); }
+    return QApplication::focusWidget() == nullptr ? window.get() : QApplication::focusWidget();
+}
+
+void WindowFixture::press(const QString& keys)
+{
+    for (const QString& key : keys.split(u' ')) {
+        QWidget* target = focus();
+        if (key == u"Alt"_s) {
+            QTest::keyPress(target, Qt::Key_Alt, Qt::AltModifier);
+            QTest::keyRelease(target, Qt::Key_Alt);
+        } else {
+            const QKeyCombination combination = QKeySequence::fromString(key)[0];
+            QTest::keyClick(target, combination.key(), combination.keyboardModifiers());
+        }
+    }
+}
+
+void WindowFixture::find(const QString& text)
+{
+    QApplication::setKeyboardInputInterval(0);  // the first key begins anew
+    QTest::keyClicks(focus(), text.first(1));
+    QApplication::setKeyboardInputInterval(60'000);  // a slow machine makes no pauses
+    QTest::keyClicks(focus(), text.sliced(1));
+}
+
+void WindowFixture::tab(const QString& /*none*/)
+{
+    const auto round = [this](const QString& key) {
+        QStringList names = {focus()->objectName()};
+        for (int i = 0; i < 20 && (i == 0 || names.last() != names.first()); ++i) {
+            press(key);
+            names.append(focus()->objectName());
+        }
+        return names;
+    };
+    const QStringList there = round(u"Tab"_s);
+    QStringList back = round(u"Shift+Backtab"_s);
+    std::reverse(back.begin(), back.end());
+    driver.record(u"Tab: "_s + there.join(u' ') + u'\n' +
+                  (back == there ? QString() : back.join(u' ') + u'\n'));
+}
+
+void WindowFixture::knock(const QString& keys)
+{
+    for (const QChar key : keys) {
+        QTest::keyClick(window->windowHandle(), key.toLatin1(), Qt::AltModifier);
+        QTest::keyClick(window->windowHandle(), key.toLatin1());
+    }
+}
+
+void WindowFixture::during(const QString& titleAndCommands)
+{
+    const QStringList commands = titleAndCommands.section(u": "_s, 1).split(u"; "_s);
+    driver.answer(titleAndCommands.section(u": "_s, 0, 0), [this, commands](QDialog* shown) {
+        run(commands);
+        if (dialog() == shown) { ModalDriver::end(shown); }
+    });
+}
+
+void WindowFixture::button(const QString& text)
+{
+    for (auto* button : dialog()->findChildren<QPushButton*>()) {
+        if (button->text().remove(u'&') == text) { return QTest::mouseClick(button, Qt::LeftButton); }
+    }
+    qFatal("no button %s", qPrintable(text));
+}
+
+void WindowFixture::type(const QString& key)
+{
+    auto* edit = dialog()->findChild<QLineEdit*>();
+    edit->selectAll();
+    QTest::keyClicks(edit, key);
+    QTest::keyClick(edit, Qt::Key_Return);
+}
+
+void WindowFixture::choose(const QString& name)
+{
+    auto* edit = dialog()->findChild<QLineEdit*>(u"fileNameEdit"_s);
+    edit->setText(path(name));
+    QTest::keyClick(edit, Qt::Key_Return);
+}
+
+void WindowFixture::parts(const QString& whose)
+{
+    QWidget* page = whose == u"page"_s ? window->centralWidget() : window.get();
+    driver.record(partsOf(whose == u"dialog"_s ? dialog() : page));
+}
+
+void WindowFixture::watched(const QString& /*none*/)
+{
+    waitFor("events", [this] {
+        sh(u": <bluray/BDMV/PLAYLIST/00000.mpls; : <bluray/BDMV/STREAM/00003.m2ts"_s);
+        return part<QListWidget>(u"eventPlaylistList"_s)->count() > 0 &&
+               part<QListWidget>(u"eventSegmentList"_s)->count() > 0;
+    });
+    settle({});
+}
+
+void WindowFixture::settle(const QString& /*none*/)
+{
+    const auto* events = part<QListWidget>(u"eventSegmentList"_s);
+    const int count = events->count();
+    sh(u": <bluray/BDMV/STREAM/00002.m2ts"_s);
+    waitFor("the mark", [&] {
+        return events->count() > count &&
+               events->item(events->count() - 1)->text().endsWith(u"CLOSE: 00002.m2ts"_s);
+    });
+}
+
+void WindowFixture::until(const QString& status)
+{
+    waitFor("the status", [&] { return part<QLabel>(u"monitorStatusLabel"_s)->text() == status; });
+}
+
+void WindowFixture::idle(const QString& /*none*/)
+{
+    waitFor("the end of the threads", [this] { return threadCount() <= m_threads; });
+}
+
+void WindowFixture::show(const QUrl& url)
+{
+    driver.record(u"  opened "_s + url.toString() + u'\n');
+}
+
+void WindowFixture::say(bool isAccepted)
+{
+    driver.record(isAccepted ? u"  accepted\n"_s : u"  refused\n"_s);
+}
+
+QStringList WindowFixture::facts() const
+{
+    QStringList facts = {u"clipboard: "_s + QGuiApplication::clipboard()->text().replace(u'\n', u" / "_s)};
+    for (const auto& entry : fs::directory_iterator(root)) {
+        const fs::path file = entry.path() / "ApiKey.txt";
+        if (!entry.path().filename().string().starts_with('.') || !fs::exists(file)) { continue; }
+        std::string key;
+        std::getline(std::ifstream(file), key);
+        facts.append(u"%1 %2 \"%3\""_s.arg(QString::fromStdString(file))
+                         .arg(static_cast<int>(fs::status(file).permissions()), 0, 8)
+                         .arg(QString::fromStdString(key)));
+    }
+    return window == nullptr ? facts : facts + factsOf(*window);
+}
