@@ -58,8 +58,7 @@ TEST(Titles, AreListedWithTheirDetails)
     result.dvdTitles[3].distinctDurationMs = 2;
     result.dvdTitles[5].distinctDurationMs = 2;
     const ShownPage odd(result);
-    EXPECT_EQ(odd.tree->currentIndex().row(),
-              3);  // the first of those that play longest, repetitions left out
+    EXPECT_EQ(odd.tree->currentIndex().row(), 3);  // the first of those with the most distinct play time
     text = rowsOf(odd);
     const ShownPage markup({.discType = DiscType::Bluray,
                             .blurayTitles = {{.isSizeEstimated = true, .label = u"#1 <b>AB (1 angles)"_s},
