@@ -21,7 +21,7 @@ void fuzz::target(Input input)
     for (const std::string& file : files) {
         std::vector<std::uint8_t> bytes;
         const std::uint64_t sizeBytes = blurayFileSize(source, file);
-        require(readWholeFile(source, file, bytes, 1U << 20U) != 0 || bytes.size() == sizeBytes);
+        require(readWholeFile(source, file, bytes) != 0 || bytes.size() == sizeBytes);
     }
     bdmeta::BlurayDisc disc;
     const bool isRead = readBlurayDisc(path, &disc, nullptr, 0) == 0;
