@@ -253,8 +253,7 @@ void WindowFixture::drop(const QString& names)
 void WindowFixture::open(const QString& name)
 {
     const bool isDirectory = QFileInfo(path(name)).isDir();
-    driver.answer(isDirectory ? u"Open Disc Directory"_s : u"Open Disc ISO"_s,
-                  [this, name](QDialog*) { choose(name); });
+    during((isDirectory ? u"Open Disc Directory: choose "_s : u"Open Disc ISO: choose "_s) + name);
     trigger(isDirectory ? u"openDiscDirectory"_s : u"openDiscIso"_s);
 }
 
