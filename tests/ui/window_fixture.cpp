@@ -16,8 +16,6 @@
 #include <QRegularExpression>
 #include <QTimer>
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -70,7 +68,6 @@ QPoint placeOf(const QAbstractItemView& view, int row)
 }  // namespace
 
 WindowFixture::WindowFixture(const char* commands)
-    : m_shell(::popen("exec sh", "we"), &::pclose)
 {
     testsupport::sampleDvd().writeDirectory(root + "/dvd");
     testsupport::sampleDvd().image(testsupport::DiscForm::Iso).writeTo(root + "/dvd.iso");
@@ -79,7 +76,8 @@ WindowFixture::WindowFixture(const char* commands)
     server.playFor("/api/tessera/user/", {.body = R"({"UID": 1, "Username": "ada"})"});
     server.playFor(kFindPath, {.body = R"({"Disc ID": 17})"});
     server.playFor(kBlurayFindPath, {.body = kBlurayReply});
-    if (::mkfifo((root + "/.done").c_str(), 0600) != 0) { qFatal("no pipe"); }
+    m_shell.setWorkingDirectory(QString::fromStdString(root));
+    m_shell.start(u"sh"_s, QStringList());
     for (const char* scheme : {"http", "file"}) {
         QDesktopServices::setUrlHandler(QString::fromLatin1(scheme), this, "show");
     }
@@ -91,6 +89,8 @@ WindowFixture::WindowFixture(const char* commands)
 
 WindowFixture::~WindowFixture()
 {
+    m_shell.closeWriteChannel();
+    m_shell.waitForFinished();
     for (const char* scheme : {"http", "file"}) {
         QDesktopServices::unsetUrlHandler(QString::fromLatin1(scheme));
     }
@@ -155,9 +155,9 @@ QString WindowFixture::path(const QString& name) const
 
 void WindowFixture::sh(const QString& commands)
 {
-    std::fputs(("cd " + root + "; " + commands.toStdString() + "\necho >.done\n").c_str(), m_shell.get());
-    std::fflush(m_shell.get());
-    std::ifstream(root + "/.done").get();
+    m_shell.write(commands.toUtf8() + "\necho\n");
+    if (!m_shell.waitForReadyRead()) { qFatal("never done: %s", qPrintable(commands)); }
+    m_shell.readAll();
 }
 
 void WindowFixture::stored(const QString& key)

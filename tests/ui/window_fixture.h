@@ -13,12 +13,12 @@
 #include <QAction>
 #include <QApplication>
 #include <QLabel>
+#include <QProcess>
 #include <QPushButton>
 #include <QTest>
 #include <QTextEdit>
 #include <QTreeWidget>
 
-#include <cstdio>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -130,7 +130,7 @@ private:
     [[nodiscard]] QWidget* focus() const;
     [[nodiscard]] QStringList facts() const;
 
-    std::unique_ptr<std::FILE, int (*)(std::FILE*)> m_shell;
+    QProcess m_shell;
     std::optional<testsupport::ScopedEnvironment> m_address;
     std::optional<testsupport::NoThreads> m_noThreads;
     std::size_t m_seenRequests = 0;
