@@ -6,11 +6,10 @@
 #include <QEvent>
 #include <QFileDialog>
 #include <QInputDialog>
-#include <QLineEdit>
 #include <QMessageBox>
-#include <QPointer>
 #include <QPushButton>
 #include <QTest>
+#include <QTimer>
 
 #include <algorithm>
 
@@ -42,9 +41,7 @@ QString described(const QDialog& dialog)
     }
     const auto* input = qobject_cast<const QInputDialog*>(&dialog);
     if (input == nullptr) { return u"unknown"_s; }
-    const auto* edit = dialog.findChild<QLineEdit*>();
-    const bool isWide = edit->width() >= edit->fontMetrics().horizontalAdvance(QString(64, u'0'));
-    return input->labelText() + u" \""_s + edit->text() + (isWide ? u"\""_s : u"\", too narrow for a key"_s);
+    return input->labelText() + u" \""_s + input->textValue() + u'"';
 }
 
 }  // namespace
@@ -74,13 +71,7 @@ bool ModalDriver::eventFilter(QObject* watched, QEvent* event)
 {
     auto* dialog = qobject_cast<QDialog*>(watched);
     if (event->type() == QEvent::Show && dialog != nullptr && dialog->isModal()) {
-        // Handled in the dialog's own event loop.
-        QMetaObject::invokeMethod(
-            this,
-            [this, shown = QPointer<QDialog>(dialog)] {
-                if (shown) { handle(shown); }
-            },
-            Qt::QueuedConnection);
+        QTimer::singleShot(0, dialog, [this, dialog] { handle(dialog); });  // in the dialog's own event loop
     }
     return QObject::eventFilter(watched, event);
 }

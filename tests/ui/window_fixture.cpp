@@ -1,13 +1,11 @@
 #include "tests/ui/window_fixture.h"
 
-#include "service/api_key_store.h"
 #include "tests/support/sample_bluray.h"
 #include "tests/support/sample_dvd.h"
 
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QDesktopServices>
-#include <QDir>
 #include <QDropEvent>
 #include <QHeaderView>
 #include <QLineEdit>
@@ -21,7 +19,6 @@
 #include <fstream>
 
 namespace fs = std::filesystem;
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -148,11 +145,6 @@ QString WindowFixture::play(const std::string& name, const std::function<void()>
     return text + driver.neverShown();
 }
 
-QString WindowFixture::path(const QString& name) const
-{
-    return name.startsWith(u'/') ? name : QString::fromStdString(root) + u'/' + name;
-}
-
 void WindowFixture::sh(const QString& commands)
 {
     m_shell.write(commands.toUtf8() + "\necho\n");
@@ -160,18 +152,12 @@ void WindowFixture::sh(const QString& commands)
     m_shell.readAll();
 }
 
-void WindowFixture::stored(const QString& key)
-{
-    if (!service::saveApiKey(key)) { qFatal("cannot store the key"); }
-}
-
 void WindowFixture::reply(const QString& reply)
 {
     const bool isHeld = reply.startsWith(u"held "_s);
-    const std::string text = reply.sliced(isHeld ? 5 : 0).toStdString();
-    server.play({.status = std::stoi(text),
-                 .body = text.substr(std::min<std::size_t>(4, text.size())),
-                 .isHeld = isHeld});
+    const QString text = reply.sliced(isHeld ? 5 : 0);
+    server.play(
+        {.status = text.first(3).toInt(), .body = text.sliced(3).trimmed().toStdString(), .isHeld = isHeld});
 }
 
 void WindowFixture::found(const QString& body)
@@ -186,12 +172,6 @@ void WindowFixture::release(const QString& requests)
     server.release();
 }
 
-void WindowFixture::threads(const QString& word)
-{
-    m_noThreads.reset();
-    if (word == u"off"_s) { m_noThreads.emplace(); }
-}
-
 void WindowFixture::start(const QString& disc)
 {
     window = std::make_unique<MainWindow>();
@@ -203,11 +183,6 @@ void WindowFixture::start(const QString& disc)
     QTimer::singleShot(0, window.get(), [&isStarted] { isStarted = true; });
     waitFor("the end of the start", [&isStarted] { return isStarted; });
     m_threads = threadCount();
-}
-
-void WindowFixture::click(const QString& name)
-{
-    QTest::mouseClick(part<QPushButton>(name + u"Button"_s), Qt::LeftButton);
 }
 
 void WindowFixture::openRow(const QString& row)
@@ -253,7 +228,7 @@ void WindowFixture::drop(const QString& names)
 void WindowFixture::open(const QString& name)
 {
     const bool isDirectory = QFileInfo(path(name)).isDir();
-    during((isDirectory ? u"Open Disc Directory: choose "_s : u"Open Disc ISO: choose "_s) + name);
+    during((isDirectory ? u"Open Disc Directory: type "_s : u"Open Disc ISO: type "_s) + path(name));
     trigger(isDirectory ? u"openDiscDirectory"_s : u"openDiscIso"_s);
 }
 
@@ -294,18 +269,15 @@ void WindowFixture::find(const QString& text)
 void WindowFixture::tab(const QString& /*none*/)
 {
     const auto round = [this](const QString& key) {
-        QStringList names = {focus()->objectName()};
-        for (int i = 0; i < 20 && (i == 0 || names.last() != names.first()); ++i) {
-            press(key);
+        QStringList names;
+        do {
             names.append(focus()->objectName());
-        }
-        return names;
+            press(key);
+        } while (names.size() < 20 && focus()->objectName() != names.first());
+        return names.join(u' ');
     };
-    const QStringList there = round(u"Tab"_s);
-    QStringList back = round(u"Shift+Backtab"_s);
-    std::reverse(back.begin(), back.end());
-    driver.record(u"Tab: "_s + there.join(u' ') + u'\n' +
-                  (back == there ? QString() : back.join(u' ') + u'\n'));
+    driver.record(u"Tab: "_s + round(u"Tab"_s) + u'\n');
+    driver.record(u"Shift+Tab: "_s + round(u"Shift+Backtab"_s) + u'\n');
 }
 
 void WindowFixture::knock(const QString& keys)
@@ -333,25 +305,17 @@ void WindowFixture::button(const QString& text)
     qFatal("no button %s", qPrintable(text));
 }
 
-void WindowFixture::type(const QString& key)
+void WindowFixture::type(const QString& text)
 {
     auto* edit = dialog()->findChild<QLineEdit*>();
-    edit->selectAll();
-    QTest::keyClicks(edit, key);
-    QTest::keyClick(edit, Qt::Key_Return);
-}
-
-void WindowFixture::choose(const QString& name)
-{
-    auto* edit = dialog()->findChild<QLineEdit*>(u"fileNameEdit"_s);
-    edit->setText(path(name));
+    edit->setText(text);
     QTest::keyClick(edit, Qt::Key_Return);
 }
 
 void WindowFixture::parts(const QString& whose)
 {
-    QWidget* page = whose == u"page"_s ? window->centralWidget() : window.get();
-    driver.record(partsOf(whose == u"dialog"_s ? dialog() : page));
+    QWidget* parent = whose == u"dialog"_s ? dialog() : static_cast<QWidget*>(window.get());
+    driver.record(partsOf(whose == u"page"_s ? window->centralWidget() : parent));
 }
 
 void WindowFixture::watched(const QString& /*none*/)
@@ -383,16 +347,6 @@ void WindowFixture::until(const QString& status)
 void WindowFixture::idle(const QString& /*none*/)
 {
     waitFor("the end of the threads", [this] { return threadCount() <= m_threads; });
-}
-
-void WindowFixture::show(const QUrl& url)
-{
-    driver.record(u"  opened "_s + url.toString() + u'\n');
-}
-
-void WindowFixture::say(bool isAccepted)
-{
-    driver.record(isAccepted ? u"  accepted\n"_s : u"  refused\n"_s);
 }
 
 QStringList WindowFixture::facts() const

@@ -2,6 +2,7 @@
 // What is seen then is a text, to compare with a golden file.
 #pragma once
 
+#include "service/api_key_store.h"
 #include "tests/support/no_threads.h"
 #include "tests/support/scoped_environment.h"
 #include "tests/support/scripted_server.h"
@@ -12,6 +13,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QDir>
 #include <QLabel>
 #include <QProcess>
 #include <QPushButton>
@@ -23,6 +25,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+
+using namespace Qt::StringLiterals;
 
 // The home has a DVD in "dvd" and "dvd.iso" and a Blu-ray disc in "bluray" and "bluray.iso". The service knows both, the
 // Blu-ray disc with two configurations, and accepts every key.
@@ -36,7 +40,7 @@ public:
 
     // Runs commands, the name of a slot with its argument each and " ; " between them. In an argument FOLDER is the home,
     // BUILD the folder of the build, and "\n" a line break.
-    void run(const QString& commands) { run(commands.split(QStringLiteral(" ; "))); }
+    void run(const QString& commands) { run(commands.split(u" ; "_s)); }
 
     // Runs a step and what it leaves in the event loop. Returns what has been seen since the last call: a line for the step,
     // for each dialog, for each request to the service (the key in brackets), and for all that has changed in the window,
@@ -52,12 +56,9 @@ public:
     template <typename Part>
     [[nodiscard]] Part* part(const QString& objectName) const
     {
-        auto* found = window->findChild<Part*>(objectName);
-        if (found == nullptr) { qFatal("no part named %s", qPrintable(objectName)); }
-        return found;
+        return window->findChild<Part*>(objectName);
     }
-    [[nodiscard]] QTreeWidget* tree() const { return part<QTreeWidget>(QStringLiteral("titlesTree")); }
-    [[nodiscard]] QString path(const QString& name) const;
+    [[nodiscard]] QTreeWidget* tree() const { return part<QTreeWidget>(u"titlesTree"_s); }
 
     testsupport::TemporaryFolder folder;
     std::string root = folder.path();
@@ -72,12 +73,15 @@ public Q_SLOTS:
     // request ("403 text", "held 503 text") or to each lookup, the end of a held reply after so many requests, "off": a
     // system without threads.
     void sh(const QString& commands);
-    void stored(const QString& key);
+    void stored(const QString& key) { (void)service::saveApiKey(key); }
     void service(const QString& url) { m_address.emplace("PLATTERSCOPE_SERVICE_URL", url.toStdString()); }
     void reply(const QString& reply);
     void found(const QString& body);
     void release(const QString& requests);
-    void threads(const QString& word);
+    void threads(const QString& word)
+    {
+        m_noThreads = word == u"off"_s ? std::make_unique<testsupport::NoThreads>() : nullptr;
+    }
 
     // Shows a new window and waits until its start-up, with this disc to open, has ended. A slot of the window, a check of a
     // key, the ends of program and window.
@@ -89,8 +93,11 @@ public Q_SLOTS:
 
     // An action of a menu, a click on a button, a double click on a row ("list 2"), a click with the right button, a click on
     // a column's header, discs that are dropped, which opens nothing before the next step, a disc opened from the menu.
-    void trigger(const QString& name) { part<QAction>(name + QStringLiteral("Action"))->trigger(); }
-    void click(const QString& name);
+    void trigger(const QString& name) { part<QAction>(name + u"Action"_s)->trigger(); }
+    void click(const QString& name)
+    {
+        QTest::mouseClick(part<QPushButton>(name + u"Button"_s), Qt::LeftButton);
+    }
     void openRow(const QString& row);
     void menu(const QString& row);
     void sort(const QString& column);
@@ -104,12 +111,11 @@ public Q_SLOTS:
     void tab(const QString& /*none*/);
     void knock(const QString& keys);
 
-    // Commands while the next dialog of a title is shown ("Title: look; type key"). In these: a button, a key that is typed,
-    // a path that is chosen, all parts of the "dialog", "page" or "window", what has changed behind it.
+    // Commands while the next dialog of a title is shown ("Title: look; type key"). In these: a button, a text and Return,
+    // all parts of the "dialog", "page" or "window", what has changed behind it.
     void during(const QString& titleAndCommands);
     void button(const QString& text);
-    void type(const QString& key);
-    void choose(const QString& name);
+    void type(const QString& text);
     void parts(const QString& whose);
     void look(const QString& /*none*/) { driver.record(seen("  meanwhile")); }
 
@@ -121,18 +127,22 @@ public Q_SLOTS:
     void idle(const QString& /*none*/);
 
     // An address that the desktop is to open.
-    void show(const QUrl& url);
+    void show(const QUrl& url) { driver.record(u"  opened "_s + url.toString() + u'\n'); }
 
 private:
+    [[nodiscard]] QString path(const QString& name) const
+    {
+        return QDir(QString::fromStdString(root)).filePath(name);
+    }
     void run(const QStringList& commands);
     static void run(QObject* object, const QString& slot, const QGenericArgument& argument);
-    void say(bool isAccepted);
+    void say(bool isAccepted) { driver.record(isAccepted ? u"  accepted\n"_s : u"  refused\n"_s); }
     [[nodiscard]] QWidget* focus() const;
     [[nodiscard]] QStringList facts() const;
 
     QProcess m_shell;
     std::optional<testsupport::ScopedEnvironment> m_address;
-    std::optional<testsupport::NoThreads> m_noThreads;
+    std::unique_ptr<testsupport::NoThreads> m_noThreads;
     std::size_t m_seenRequests = 0;
     QStringList m_seenFacts;
     qsizetype m_threads = 0;
