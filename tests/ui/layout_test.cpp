@@ -69,7 +69,7 @@ QString problemsOfEverything()
 
 TEST(Layout, BeginsInsideTheScreen)
 {
-    const WindowFixture fixture("stored key ; start");
+    const WindowFixture fixture(u"stored key ; start"_s);
     const QSize available = fixture.window->screen()->availableSize();
     const int titleBar = fixture.window->style()->pixelMetric(QStyle::PM_TitleBarHeight);
     EXPECT_EQ(fixture.window->size(), QSize(900, 600).boundedTo(available - QSize(0, titleBar)));
@@ -112,7 +112,7 @@ TEST(Layout, LinksCanBeReadOnEveryPalette)
 
     // The window follows when the desktop changes over.
     const QPalette before = QApplication::palette();
-    const WindowFixture fixture("stored key ; start");
+    const WindowFixture fixture(u"stored key ; start"_s);
     const auto* link = fixture.part<QLabel>(u"newConfigurationLink"_s);
     QPalette dark(QColor(0x2B2B2B), QColor(0x1E1E1E));
     dark.setColor(QPalette::Link, QColor(0x0000FF));

@@ -74,7 +74,7 @@ TEST(Size, OfADiscLeavesTheWindowFree)
                 {"1,500 decoys", {.discType = kBluray, .blurayTitles = decoys}}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        WindowFixture fixture("stored key ; start");
+        WindowFixture fixture(u"stored key ; start"_s);
         QTreeWidget* tree = fixture.tree();
         const bool isDecoys = row.result.blurayTitles.size() == decoys.size();
         const LagLimit lag((isDecoys ? 1 : 10) * kLagLimitMs);
@@ -122,7 +122,7 @@ TEST(Size, OfAReplyLeavesTheWindowFree)
                                     {u"Added By Username"_s, text},
                                     {u"Data"_s, QString::fromUtf8(data.toJson())}});
         }
-        WindowFixture fixture("stored key ; start ; open bluray ; trigger configurations");
+        WindowFixture fixture(u"stored key ; start ; open bluray ; trigger configurations"_s);
         fixture.server.play({.body = QJsonDocument(list).toJson().toStdString()});
         const LagLimit lag;
         fixture.click(u"refreshConfigurations"_s);
@@ -141,8 +141,8 @@ TEST(Size, OfAReplyLeavesTheWindowFree)
 TEST(Size, OfAnEventLogLeavesTheWindowFree)
 {
     constexpr int kOpensAtOnce = 2000;  // each with its close; the kernel keeps 16,384 events
-    WindowFixture fixture("stored key ; start ; open bluray ; trigger monitor ; click startMonitoring ; "
-                          "watched ; click clearMonitor");
+    WindowFixture fixture(u"stored key ; start ; open bluray ; trigger monitor ; click startMonitoring ; "
+                          "watched ; click clearMonitor"_s);
     const LagLimit lag;
     const auto* events = fixture.part<QListWidget>(u"eventPlaylistList"_s);
     for (int count = 2 * kOpensAtOnce; count <= 100'000; count += 2 * kOpensAtOnce) {

@@ -1,22 +1,17 @@
-// Texts of others, made fit to be shown, messages in the user's language, and the documents of the help boxes.
+// Texts of others, made fit to be shown, and messages in the user's language.
 #include "app/translation.h"
 #include "tests/ui/window_fixture.h"
 #include "text/title_text.h"
 #include "ui/configuration_text.h"
-#include "ui/document.h"
 #include "ui/message_box.h"
 #include "ui/plain_text.h"
 
 #include <QApplication>
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
 #include <QTranslator>
 
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
-using document::Place;
 
 namespace {
 
@@ -64,13 +59,13 @@ TEST(Texts, OfConfigurationsAreShownWhateverTheyHold)
 
 TEST(Texts, OfTheServiceAreShownOnceAndMakeNoWindowWider)
 {
-    WindowFixture fixture("stored key ; start");
+    WindowFixture fixture(u"stored key ; start"_s);
     DiscScanResult disc{
         .ok = 1, .discType = DiscType::Dvd, .discId = 17, .inDatabase = true, .errorMessage = u"News."_s};
-    QString text = fixture.seen("a message", [&] { fixture.window->populate(u"/disc"_s, disc); });
+    fixture.window->populate(u"/disc"_s, disc);
+    const QString text = fixture.seen(u"a message"_s);
     fixture.server.play({.body = "[]"});
-    text += fixture.seen("refreshed", [&] { fixture.window->refreshConfigurations(); });
-    EXPECT_EQ(difference(text, "news"), "");
+    EXPECT_EQ(difference(text + fixture.seen(u"refreshed"_s, u"call refreshConfigurations"_s), "news"), "");
     disc.errorMessage = QString(300, u'x') + QString(1000, QChar::LineSeparator);
     fixture.window->populate(u"/disc"_s, disc);
     EXPECT_LT(fixture.window->minimumSizeHint().width(), 600);
@@ -115,32 +110,6 @@ TEST(Texts, AreInTheUsersLanguage)
     EXPECT_EQ(titletext::summary(track), u"Jiddisch, AC-3, 6 Kanäle, 48 kHz"_s);
     EXPECT_EQ(titletext::label(title), u"#1 00800 (2 Blickwinkel)"_s);
     qDeleteAll(qApp->findChildren<QTranslator*>());
-}
-
-TEST(Documents, AreFoundInEveryLayout)
-{
-    const QTemporaryDir root;
-    const QString beside = u"bin/a document.md"_s;
-    const QString above = u"share/doc/platterscope/a document.md"_s;
-    const QString below = u"bin/"_s + above;
-    const auto found = [&root](Place first) {
-        return QDir(root.path())
-            .relativeFilePath(document::path(u"a document.md"_s, first, root.filePath(u"bin"_s)));
-    };
-    const struct {
-        QString made, byNotices, byDocuments;
-    } rows[] = {{u"bin/x"_s, beside, above},
-                {below, below, below},
-                {above, above, above},
-                {beside + u"/a directory"_s, above, above},
-                {beside, beside, above}};
-    for (const auto& row : rows) {
-        QDir(root.filePath(beside)).removeRecursively();
-        QDir(root.path()).mkpath(QFileInfo(row.made).path());
-        EXPECT_TRUE(QFile(root.filePath(row.made)).open(QIODevice::WriteOnly));
-        EXPECT_EQ(found(Place::BesideExecutable), row.byNotices);
-        EXPECT_EQ(found(Place::SharedDocuments), row.byDocuments);
-    }
 }
 
 }  // namespace

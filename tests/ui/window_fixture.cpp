@@ -7,6 +7,7 @@
 #include <QContextMenuEvent>
 #include <QDesktopServices>
 #include <QDropEvent>
+#include <QFile>
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QListWidget>
@@ -22,8 +23,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr char kFindPath[] = "/api/tessera/dvd/find/";
-constexpr char kBlurayFindPath[] = "/api/tessera/bluray/find/";
 constexpr char kBlurayReply[] = R"({"Disc ID": 17, "Configurations": [
     {"UID": 1, "Language Code": "en", "Added By Username": "ada", "Data": "{\"disc_name\": \"Extras\"}"},
     {"UID": 2, "Language Code": "de", "Added By Username": "bert", "Data": "{\"disc_name\": \"The Movie\",
@@ -49,56 +48,32 @@ void waitFor(const char* what, const std::function<bool()>& isReached)
     if (!QTest::qWaitFor(isReached, 20'000)) { qFatal("never: %s", what); }
 }
 
-// The second word of "list 2".
-int numberIn(const QString& words)
-{
-    return words.section(u' ', 1).toInt();
-}
-
-// Where the row is; for a row that the view does not have, a place without a row.
-QPoint placeOf(const QAbstractItemView& view, int row)
-{
-    const QModelIndex index = view.model()->index(row, 0);
-    return index.isValid() ? view.visualRect(index).center() : view.viewport()->rect().bottomRight();
-}
-
 }  // namespace
 
-WindowFixture::WindowFixture(const char* commands)
+WindowFixture::WindowFixture(const QString& commands)
 {
     testsupport::sampleDvd().writeDirectory(root + "/dvd");
     testsupport::sampleDvd().image(testsupport::DiscForm::Iso).writeTo(root + "/dvd.iso");
     testsupport::sampleBluray().writeDirectory(root + "/bluray");
     testsupport::sampleBluray().image(testsupport::DiscForm::Iso).writeTo(root + "/bluray.iso");
     server.playFor("/api/tessera/user/", {.body = R"({"UID": 1, "Username": "ada"})"});
-    server.playFor(kFindPath, {.body = R"({"Disc ID": 17})"});
-    server.playFor(kBlurayFindPath, {.body = kBlurayReply});
+    found(u"{\"Disc ID\": 17}"_s);
+    server.playFor("/api/tessera/bluray/find/", {.body = kBlurayReply});
     m_shell.setWorkingDirectory(QString::fromStdString(root));
     m_shell.start(u"sh"_s, QStringList());
     for (const char* scheme : {"http", "file"}) {
         QDesktopServices::setUrlHandler(QString::fromLatin1(scheme), this, "show");
     }
     QGuiApplication::clipboard()->clear();
-    if (*commands != '\0') {
-        (void)seen("", [&] { run(QString::fromLatin1(commands)); });
-    }
+    if (!commands.isEmpty()) { (void)seen({}, commands); }
 }
 
-WindowFixture::~WindowFixture()
+void WindowFixture::run(const QString& commands, const QString& separator)
 {
-    m_shell.closeWriteChannel();
-    m_shell.waitForFinished();
-    for (const char* scheme : {"http", "file"}) {
-        QDesktopServices::unsetUrlHandler(QString::fromLatin1(scheme));
-    }
-}
-
-void WindowFixture::run(const QStringList& commands)
-{
-    for (const QString& command : commands) {
-        QString argument = command.section(u' ', 1);
-        argument.replace(u"FOLDER"_s, QString::fromStdString(root)).replace(u"BUILD"_s, buildFolder());
-        run(this, command.section(u' ', 0, 0), Q_ARG(QString, argument.replace(u"\\n"_s, u"\n"_s)));
+    for (QString command : commands.split(separator)) {
+        command.replace(u"FOLDER"_s, QString::fromStdString(root)).replace(u"BUILD"_s, buildFolder());
+        const QString argument = command.section(u' ', 1).replace(u"\\n"_s, u"\n"_s);
+        run(this, command.section(u' ', 0, 0), Q_ARG(QString, argument));
     }
 }
 
@@ -109,11 +84,11 @@ void WindowFixture::run(QObject* object, const QString& slot, const QGenericArgu
     }
 }
 
-QString WindowFixture::seen(const char* step, const std::function<void()>& action)
+QString WindowFixture::seen(const QString& step, const QString& commands)
 {
-    action();
+    if (!commands.isEmpty()) { run(commands); }
     QCoreApplication::processEvents();
-    QString text = QString::fromUtf8(step) + u'\n' + driver.taken();
+    QString text = step + u'\n' + driver.taken();
     const auto requests = server.requests();
     for (; m_seenRequests < requests.size(); ++m_seenRequests) {
         const auto& request = requests.at(m_seenRequests);
@@ -136,10 +111,11 @@ QString WindowFixture::play(const std::string& name, const std::function<void()>
 {
     std::ifstream file(PLATTERSCOPE_UI_SCRIPTS "/" + name + ".txt");
     QString text;
-    for (std::string line; std::getline(file, line);) {
-        if (line.starts_with('#')) { text += QString::fromStdString(line) + u'\n'; }
-        if (!line.starts_with('$')) { continue; }
-        text += seen(line.c_str(), [&] { run(QString::fromStdString(line.substr(2))); });
+    for (std::string bytes; std::getline(file, bytes);) {
+        const QString line = QString::fromStdString(bytes);
+        if (line.startsWith(u'#')) { text += line + u'\n'; }
+        if (!line.startsWith(u'$')) { continue; }
+        text += seen(line, line.sliced(2));
         afterEach();
     }
     return text + driver.neverShown();
@@ -147,7 +123,7 @@ QString WindowFixture::play(const std::string& name, const std::function<void()>
 
 void WindowFixture::sh(const QString& commands)
 {
-    m_shell.write(commands.toUtf8() + "\necho\n");
+    m_shell.write("{ " + commands.toUtf8() + "\n} >/dev/null\necho\n");
     if (!m_shell.waitForReadyRead()) { qFatal("never done: %s", qPrintable(commands)); }
     m_shell.readAll();
 }
@@ -162,8 +138,9 @@ void WindowFixture::reply(const QString& reply)
 
 void WindowFixture::found(const QString& body)
 {
-    server.playFor(kFindPath, {.body = body.toStdString()});
-    server.playFor(kBlurayFindPath, {.body = body.toStdString()});
+    for (const char* path : {"/api/tessera/dvd/find/", "/api/tessera/bluray/find/"}) {
+        server.playFor(path, {.body = body.toStdString()});
+    }
 }
 
 void WindowFixture::release(const QString& requests)
@@ -185,20 +162,25 @@ void WindowFixture::start(const QString& disc)
     m_threads = threadCount();
 }
 
+QPoint WindowFixture::placeOf(const QString& row) const
+{
+    const auto* view = part<QAbstractItemView>(row.section(u' ', 0, 0));
+    const QRect rect = view->visualRect(view->model()->index(row.section(u' ', 1).toInt(), 0));
+    return rect.isValid() ? rect.center() : view->viewport()->rect().bottomRight();
+}
+
 void WindowFixture::openRow(const QString& row)
 {
-    auto* view = part<QAbstractItemView>(row.section(u' ', 0, 0));
-    const QPoint place = placeOf(*view, numberIn(row));
-    QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, place);
-    QTest::mouseDClick(view->viewport(), Qt::LeftButton, {}, place);
+    QWidget* viewport = part<QAbstractItemView>(row.section(u' ', 0, 0))->viewport();
+    QTest::mouseClick(viewport, Qt::LeftButton, {}, placeOf(row));
+    QTest::mouseDClick(viewport, Qt::LeftButton, {}, placeOf(row));
 }
 
 void WindowFixture::menu(const QString& row)
 {
-    auto* view = part<QAbstractItemView>(row.section(u' ', 0, 0));
-    const QPoint place = placeOf(*view, numberIn(row));
-    QContextMenuEvent event(QContextMenuEvent::Mouse, place, view->viewport()->mapToGlobal(place));
-    QApplication::sendEvent(view->viewport(), &event);
+    QWidget* viewport = part<QAbstractItemView>(row.section(u' ', 0, 0))->viewport();
+    QContextMenuEvent event(QContextMenuEvent::Mouse, placeOf(row), viewport->mapToGlobal(placeOf(row)));
+    QApplication::sendEvent(viewport, &event);
     const QWidget* menu = QApplication::activePopupWidget();
     say(menu != nullptr && menu->pos() == event.globalPos());
 }
@@ -206,8 +188,8 @@ void WindowFixture::menu(const QString& row)
 void WindowFixture::sort(const QString& column)
 {
     const QHeaderView* header = part<QTreeWidget>(column.section(u' ', 0, 0))->header();
-    const QPoint place(header->sectionViewportPosition(numberIn(column)) + 20, 5);
-    QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, place);
+    const int left = header->sectionViewportPosition(column.section(u' ', 1).toInt());
+    QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, QPoint(left + 20, 5));
 }
 
 void WindowFixture::drop(const QString& names)
@@ -290,9 +272,9 @@ void WindowFixture::knock(const QString& keys)
 
 void WindowFixture::during(const QString& titleAndCommands)
 {
-    const QStringList commands = titleAndCommands.section(u": "_s, 1).split(u"; "_s);
+    const QString commands = titleAndCommands.section(u": "_s, 1);
     driver.answer(titleAndCommands.section(u": "_s, 0, 0), [this, commands](QDialog* shown) {
-        run(commands);
+        run(commands, u"; "_s);
         if (dialog() == shown) { ModalDriver::end(shown); }
     });
 }
@@ -339,27 +321,24 @@ void WindowFixture::settle(const QString& /*none*/)
     });
 }
 
-void WindowFixture::until(const QString& status)
-{
-    waitFor("the status", [&] { return part<QLabel>(u"monitorStatusLabel"_s)->text() == status; });
-}
-
 void WindowFixture::idle(const QString& /*none*/)
 {
     waitFor("the end of the threads", [this] { return threadCount() <= m_threads; });
 }
 
+void WindowFixture::until(const QString& status)
+{
+    waitFor("the status", [&] { return part<QLabel>(u"monitorStatusLabel"_s)->text() == status; });
+}
+
 QStringList WindowFixture::facts() const
 {
     QStringList facts = {u"clipboard: "_s + QGuiApplication::clipboard()->text().replace(u'\n', u" / "_s)};
-    for (const auto& entry : fs::directory_iterator(root)) {
-        const fs::path file = entry.path() / "ApiKey.txt";
-        if (!entry.path().filename().string().starts_with('.') || !fs::exists(file)) { continue; }
-        std::string key;
-        std::getline(std::ifstream(file), key);
-        facts.append(u"%1 %2 \"%3\""_s.arg(QString::fromStdString(file))
-                         .arg(static_cast<int>(fs::status(file).permissions()), 0, 8)
-                         .arg(QString::fromStdString(key)));
+    QFile file(service::apiKeyFilePath());
+    if (file.open(QIODevice::ReadOnly)) {
+        const auto permissions = static_cast<int>(fs::status(file.filesystemFileName()).permissions());
+        facts.append(u"%1 %2 \"%3\""_s.arg(file.fileName(), QString::number(permissions, 8),
+                                           QString::fromUtf8(file.readLine()).trimmed()));
     }
     return window == nullptr ? facts : facts + factsOf(*window);
 }

@@ -35,18 +35,21 @@ class WindowFixture : public QObject {
 
 public:
     // Runs the commands.
-    explicit WindowFixture(const char* commands = "");
-    ~WindowFixture() override;
+    explicit WindowFixture(const QString& commands = {});
+    ~WindowFixture() override
+    {
+        m_shell.closeWriteChannel();
+        m_shell.waitForFinished();
+    }
 
-    // Runs commands, the name of a slot with its argument each and " ; " between them. In an argument FOLDER is the home,
-    // BUILD the folder of the build, and "\n" a line break.
-    void run(const QString& commands) { run(commands.split(u" ; "_s)); }
+    // Runs commands, the name of a slot with its argument each. In an argument FOLDER is the home, BUILD the folder of the
+    // build, and "\n" a line break.
+    void run(const QString& commands, const QString& separator = u" ; "_s);
 
-    // Runs a step and what it leaves in the event loop. Returns what has been seen since the last call: a line for the step,
-    // for each dialog, for each request to the service (the key in brackets), and for all that has changed in the window,
-    // on the clipboard and in the file of the key.
-    [[nodiscard]] QString seen(
-        const char* step, const std::function<void()>& action = [] {});
+    // Runs commands and what they leave in the event loop. Returns what has been seen since the last call: the name of the
+    // step, and lines for each dialog, for each request to the service (the key in brackets), and for all that has changed in
+    // the window, on the clipboard and in the file of the key.
+    [[nodiscard]] QString seen(const QString& step, const QString& commands = {});
 
     // Plays tests/ui/golden/scripts/<name>.txt: runs the commands of each line that begins with "$", then `afterEach`.
     // Returns the script with what is seen now, and a line for each dialog that is waited for and was never shown.
@@ -105,7 +108,7 @@ public Q_SLOTS:
     void open(const QString& name);
 
     // Keys ("Alt Down Shift+F10"; "Alt" alone goes to the menu bar and back), a text that finds a row, what has the focus
-    // while Tab goes once around (the same must hold backwards), keys that a desktop sends around the dialog in front.
+    // while Tab goes once around, keys that a desktop sends around the dialog in front.
     void press(const QString& keys);
     void find(const QString& text);
     void tab(const QString& /*none*/);
@@ -117,7 +120,7 @@ public Q_SLOTS:
     void button(const QString& text);
     void type(const QString& text);
     void parts(const QString& whose);
-    void look(const QString& /*none*/) { driver.record(seen("  meanwhile")); }
+    void look(const QString& /*none*/) { driver.record(seen(u"  meanwhile"_s)); }
 
     // Waits until the monitor watches the Blu-ray disc, for all that has happened so far, for a status, for the end of all
     // threads that were begun since the window was shown.
@@ -134,7 +137,7 @@ private:
     {
         return QDir(QString::fromStdString(root)).filePath(name);
     }
-    void run(const QStringList& commands);
+    [[nodiscard]] QPoint placeOf(const QString& row) const;
     static void run(QObject* object, const QString& slot, const QGenericArgument& argument);
     void say(bool isAccepted) { driver.record(isAccepted ? u"  accepted\n"_s : u"  refused\n"_s); }
     [[nodiscard]] QWidget* focus() const;

@@ -6,7 +6,6 @@
 #include <QAction>
 #include <QApplication>
 #include <QBoxLayout>
-#include <QHeaderView>
 #include <QLabel>
 #include <QMetaEnum>
 #include <QStackedWidget>
@@ -43,7 +42,7 @@ QString propertiesOf(const QObject& object)
     return text;
 }
 
-// The stretch factors in the widget's layouts and of the widget, whether layouts have margins, and the modes of columns.
+// The stretch factors in the widget's layouts, and whether these have margins.
 QString layoutOf(const QWidget& widget)
 {
     QString text;
@@ -56,14 +55,6 @@ QString layoutOf(const QWidget& widget)
         for (int i = 0; i < box->count(); ++i) {
             text += QString::number(box->stretch(i)) + u'|';
         }
-    }
-    const int stretch = widget.sizePolicy().horizontalStretch();
-    if (stretch != 0) { text += u" stretch="_s + QString::number(stretch); }
-    const auto* tree = qobject_cast<const QTreeView*>(&widget);
-    for (int i = 0; tree != nullptr && i < tree->header()->count(); ++i) {
-        text += u' ' + tree->model()->headerData(i, Qt::Horizontal).toString() + u'=';
-        text += nameOf(tree->header()->sectionResizeMode(i)) +
-                (tree->header()->stretchLastSection() ? u"!"_s : u""_s);
     }
     return text;
 }

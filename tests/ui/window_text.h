@@ -11,7 +11,7 @@ class QModelIndex;
 class QWidget;
 
 // The window or dialog as assistive technology finds it: a line for each part and for each row of a list, with the
-// properties, stretch factors and column modes that make a difference to the user.
+// properties, stretch factors that make a difference to the user.
 [[nodiscard]] QString partsOf(QWidget* window);
 
 // What a user sees of the main window, a line each: the page, what is enabled, texts, rows, the focus, an open menu.
