@@ -11,8 +11,6 @@
 #include <QTest>
 #include <QTimer>
 
-#include <algorithm>
-
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -81,10 +79,7 @@ void ModalDriver::handle(QDialog* dialog)
     const QString title = dialog->windowTitle();
     m_lines += u"  "_s + title + u" | "_s + described(*dialog).replace(u'\n', u"\\n"_s) + u'\n';
     onShown(dialog);
-    const auto given = std::find_if(m_answers.begin(), m_answers.end(),
-                                    [&title](const auto& each) { return each.first == title; });
-    if (given == m_answers.end()) { return end(dialog); }
-    const Answer answer = given->second;
-    m_answers.erase(given);
-    answer(dialog);
+    const auto given = m_answers.lower_bound(title);
+    if (given == m_answers.end() || given->first != title) { return end(dialog); }
+    m_answers.extract(given).mapped()(dialog);
 }

@@ -4,8 +4,8 @@
 #include <QDialog>
 #include <QString>
 
-#include <deque>
 #include <functional>
+#include <map>
 #include <utility>
 
 class ModalDriver : public QObject {
@@ -18,7 +18,7 @@ public:
     Answer onShown = [](QDialog*) {};
 
     // Gives the next dialog of this title its answer. Any other dialog is ended with end().
-    void answer(const QString& title, Answer answer) { m_answers.emplace_back(title, std::move(answer)); }
+    void answer(const QString& title, Answer answer) { m_answers.emplace(title, std::move(answer)); }
 
     // Presses Return in a message box and Escape in any other dialog. A busy dialog ends by itself.
     static void end(QDialog* dialog);
@@ -38,6 +38,6 @@ protected:
 private:
     void handle(QDialog* dialog);
 
-    std::deque<std::pair<QString, Answer>> m_answers;
+    std::multimap<QString, Answer> m_answers;  // by titles
     QString m_lines;
 };

@@ -9,8 +9,6 @@
 #include <gtest/gtest.h>
 #include <time.h>
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 // The longest that the window may be busy at a stretch. Unoptimized and instrumented builds are slower.
@@ -24,18 +22,16 @@ constexpr qint64 kLagLimitMs = 3000;
 // time of the processor counts, so that a machine that is busy with other things makes no difference.
 class LagLimit : public QObject {
 public:
-    explicit LagLimit(qint64 limitMs = kLagLimitMs)
-        : m_limitMs(limitMs)
-    {
-        startTimer(5);
-    }
+    LagLimit() { startTimer(5); }
     ~LagLimit() override { LagLimit::timerEvent(nullptr); }
+
+    qint64 limitMs = kLagLimitMs;
 
 protected:
     void timerEvent(QTimerEvent* /*event*/) override
     {
         const qint64 nowMs = workedMs();
-        EXPECT_LT(nowMs - std::exchange(m_lastTurnMs, nowMs), m_limitMs);
+        EXPECT_LT(nowMs - std::exchange(m_lastTurnMs, nowMs), limitMs);
     }
 
 private:
@@ -46,7 +42,6 @@ private:
         return qint64{time.tv_sec} * 1000 + time.tv_nsec / 1'000'000;
     }
 
-    qint64 m_limitMs;
     qint64 m_lastTurnMs = workedMs();
 };
 
@@ -77,7 +72,8 @@ TEST(Size, OfADiscLeavesTheWindowFree)
         WindowFixture fixture(u"stored key ; start"_s);
         QTreeWidget* tree = fixture.tree();
         const bool isDecoys = row.result.blurayTitles.size() == decoys.size();
-        const LagLimit lag((isDecoys ? 1 : 10) * kLagLimitMs);
+        LagLimit lag;
+        lag.limitMs *= isDecoys ? 1 : 10;
         fixture.window->populate({}, row.result);
         const qsizetype titles = row.result.dvdTitles.size() + row.result.blurayTitles.size();
         ASSERT_EQ(tree->topLevelItemCount(), titles);

@@ -8,7 +8,6 @@
 #include "tests/support/scripted_server.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/ui/modal_driver.h"
-#include "tests/ui/window_text.h"
 #include "ui/main_window.h"
 
 #include <QAction>
@@ -24,6 +23,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <string>
 
 using namespace Qt::StringLiterals;
@@ -123,7 +123,7 @@ public Q_SLOTS:
     void look(const QString& /*none*/) { driver.record(seen(u"  meanwhile"_s)); }
 
     // Waits until the monitor watches the Blu-ray disc, for all that has happened so far, for a status, for the end of all
-    // threads that were begun since the window was shown.
+    // threads that the window began.
     void watched(const QString& /*none*/);
     void settle(const QString& /*none*/);
     void until(const QString& status);
@@ -148,5 +148,23 @@ private:
     std::unique_ptr<testsupport::NoThreads> m_noThreads;
     std::size_t m_seenRequests = 0;
     QStringList m_seenFacts;
-    qsizetype m_threads = 0;
 };
+
+// The window or dialog as assistive technology finds it: a line for each part and for each row of a list, with the
+// properties, stretch factors that make a difference to the user.
+[[nodiscard]] QString partsOf(QWidget* window);
+
+// What a user sees of the main window, a line each: the page, what is enabled, texts, rows, the focus, an open menu.
+[[nodiscard]] QStringList factsOf(const QWidget& window);
+
+// The texts of the row's columns.
+[[nodiscard]] QString cellsOf(const QModelIndex& row);
+
+// How the text differs from tests/ui/golden/<name>.txt; empty if it does not.
+[[nodiscard]] std::string difference(const QString& text, const std::string& name);
+
+// For failure messages.
+inline void PrintTo(const QString& text, std::ostream* out)
+{
+    *out << '"' << text.toStdString() << '"';
+}

@@ -1,26 +1,13 @@
-#include "tests/ui/window_text.h"
-
+// What WindowFixture shows of windows.
 #include "tests/support/golden.h"
+#include "tests/ui/window_fixture.h"
 
 #include <QAccessible>
-#include <QAction>
-#include <QApplication>
 #include <QBoxLayout>
-#include <QLabel>
 #include <QMetaEnum>
 #include <QStackedWidget>
-#include <QTextEdit>
-#include <QTreeView>
-
-using namespace Qt::StringLiterals;
 
 namespace {
-
-template <typename Enum>
-QString nameOf(Enum value)
-{
-    return QString::fromLatin1(QMetaEnum::fromType<Enum>().valueToKey(static_cast<int>(value)));
-}
 
 QString nameOf(const QAccessibleInterface& part)
 {
@@ -61,7 +48,8 @@ QString layoutOf(const QWidget& widget)
 
 void appendParts(QAccessibleInterface& part, const QString& indent, QString& text)
 {
-    text += indent + nameOf(part.role()) + nameOf(part);
+    static const auto kRoles = QMetaEnum::fromType<QAccessible::Role>();
+    text += indent + QString::fromLatin1(kRoles.valueToKey(part.role())) + nameOf(part);
     if (part.object() != nullptr) {
         text += u' ' + part.object()->objectName() + propertiesOf(*part.object());
     }
