@@ -1,6 +1,13 @@
 #include "app/command_line.h"
+#include "app/log.h"
+#include "tests/support/captured_log.h"
+#include "tests/support/golden.h"
+
+#include <QFile>
 
 #include <gtest/gtest.h>
+
+#include <thread>
 
 namespace {
 
@@ -16,41 +23,33 @@ std::string described(const CommandLine& line)
 
 TEST(CommandLine, AsksForAWindowAReportOrAText)
 {
-    constexpr char kNoFormat[] = "wrong: Option '--report' needs a format: text or json.";
-    constexpr char kTwoReports[] = "wrong: Option '--report' can be given only once.";
-    const struct {
-        const char* arguments;  // with a comma between two
-        const char* expected;
-    } rows[] = {
-        {"/discs/a b", "window '/discs/a b' 0"},
-        {"--,--help", "window '--help' 1"},
-        {"-", "window '-' 0"},
-        {"a,b", "wrong: Only one disc can be opened; 'b' is one too many."},
-        {"-platform,offscreen,--style=fusion,-reverse,--sync,disc.iso", "window 'disc.iso' 5"},
-        {"-platform", "wrong: Option '-platform' needs a value."},
-        {"--title,x", "window"},
-        {"-platformx", "wrong: Unknown option '-platformx'."},
-        {"-h,--bad", "help"},
-        {"disc,--help", "help"},
-        {"-v", "version"},
-        {"disc,--version", "version"},
-        {"--report,text,disc", "text 'disc' 2"},
-        {"disc,--report=json", "json 'disc' 0"},
-        {"--report,json,--,--report", "json '--report' 3"},
-        {"--report,text", "wrong: A report needs a disc."},
-        {"--report", kNoFormat},
-        {"disc,--report", kNoFormat},
-        {"--report=,disc", kNoFormat},
-        {"--report,xml,disc", "wrong: Unknown report format 'xml'; there are text and json."},
-        {"--report=text,disc,--report,json", kTwoReports},
-        {"--report=json,disc,--report,json", kTwoReports},
-        {"-report,text,disc", "wrong: Unknown option '-report'."},
-    };
-    for (const auto& row : rows) {
-        const QStringList arguments = QString::fromUtf8(row.arguments).split(QLatin1Char(','));
-        EXPECT_EQ(described(parseCommandLine(arguments)), row.expected) << row.arguments;
+    QFile file(QStringLiteral(TRANSCRIPTS_DIR "/arguments.txt"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    std::string text;
+    for (const QByteArray& line : file.readAll().split('\n')) {
+        if (line.isEmpty()) { continue; }
+        const QString arguments = QString::fromUtf8(line.first(line.indexOf(" => ")));
+        text += arguments.toStdString() + " => " +
+                described(parseCommandLine(arguments.split(u',', Qt::SkipEmptyParts))) + '\n';
     }
-    EXPECT_EQ(described(parseCommandLine({})), "window");
+    EXPECT_EQ(testsupport::goldenDifference(text, "app/golden/arguments.txt"), "");
+}
+
+TEST(Log, TheSwitchSilencesItsOwnThreadAlone)
+{
+    const testsupport::CapturedLog log;
+    {
+        const logging::ScopedSwitch off(false);
+        logging::log(logging::kTessera, logging::kInfo, QStringLiteral("not written"));
+        std::thread([] {
+            logging::log(logging::kTessera, logging::kInfo, QStringLiteral("other thread"));
+        }).join();
+        logging::logStarted();
+    }
+    logging::log(logging::kTessera, logging::kError, QStringLiteral("on again"));
+    const std::vector<std::string> expected = {"tessera: info: other thread", "platterscope: info: started",
+                                               "tessera: error: on again"};
+    EXPECT_EQ(log.lines(), expected);
 }
 
 }  // namespace

@@ -8,24 +8,19 @@
 
 #include <QRegularExpression>
 
-using namespace Qt::StringLiterals;
-
 class CircleTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void whatIsTypedIsShown_data();
+    void whatIsTypedIsShown_data()
+    {
+        QTest::addColumn<QString>("scenario");
+        for (const QString& row : {u"film_dvd"_s, u"film_bluray"_s, u"markup"_s, u"correction"_s}) {
+            QTest::newRow(qPrintable(row)) << row.section(u'_', 0, 0);
+        }
+    }
     void whatIsTypedIsShown();
 };
-
-void CircleTest::whatIsTypedIsShown_data()
-{
-    QTest::addColumn<QString>("scenario");
-    QTest::newRow("film_dvd") << u"film"_s;
-    QTest::newRow("film_bluray") << u"film"_s;
-    QTest::newRow("markup") << u"markup"_s;
-    QTest::newRow("correction") << u"correction"_s;
-}
 
 // The golden file holds "name|language|added by" of each row, then the details of each title of the first one.
 void CircleTest::whatIsTypedIsShown()
@@ -57,18 +52,15 @@ void CircleTest::whatIsTypedIsShown()
     QVERIFY2(browser.exitStatus() == QProcess::NormalExit && browser.exitCode() == 0,
              browser.readAll().constData());
 
-    QTest::mouseClick(fixture.part<QPushButton>(u"refreshConfigurationsButton"_s), Qt::LeftButton);
+    fixture.run(u"click refreshConfigurations"_s);
     QString text;
-    for (QTreeWidgetItemIterator item(list); *item != nullptr; ++item) {
-        text += u"%1|%2|%3\n"_s.arg((*item)->text(0), (*item)->text(1), (*item)->text(2));
+    for (int i = 0; i < list->topLevelItemCount(); ++i) {
+        text += cellsOf(list->model()->index(i, 0)) + u'\n';
     }
-    const QPoint first = list->visualItemRect(list->topLevelItem(0)).center();
-    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, first);
-    QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, first);
+    fixture.run(u"openRow configurationList 0"_s);
     const auto* tree = fixture.part<QTreeWidget>(u"configurationTree"_s);
     for (int i = 0; i < tree->topLevelItemCount(); ++i) {
-        QTest::mouseClick(tree->viewport(), Qt::LeftButton, {},
-                          tree->visualItemRect(tree->topLevelItem(i)).center());
+        fixture.run(u"openRow configurationTree %1"_s.arg(i));
         text += u'\n' + fixture.part<QTextEdit>(u"configurationDetails"_s)->toPlainText();
     }
     QCOMPARE(QString::fromStdString(

@@ -54,7 +54,7 @@ WindowFixture::WindowFixture(const QString& commands)
     server.playFor("/api/tessera/user/", {.body = R"({"UID": 1, "Username": "ada"})"});
     found(u"{\"Disc ID\": 17}"_s);
     server.playFor("/api/tessera/bluray/find/", {.body = kBlurayReply});
-    m_shell.setWorkingDirectory(QString::fromStdString(root));
+    m_shell.setWorkingDirectory(m_home.path());
     m_shell.start(u"sh"_s, QStringList());
     QDesktopServices::setUrlHandler(u"http"_s, this, "show");
     QDesktopServices::setUrlHandler(u"file"_s, this, "show");
@@ -65,7 +65,7 @@ WindowFixture::WindowFixture(const QString& commands)
 void WindowFixture::run(const QString& commands, const QString& separator)
 {
     for (QString command : commands.split(separator)) {
-        command.replace(u"FOLDER"_s, QString::fromStdString(root)).replace(u"BUILD"_s, buildFolder());
+        command.replace(u"FOLDER"_s, m_home.path()).replace(u"BUILD"_s, buildFolder());
         const QString argument = command.section(u' ', 1).replace(u"\\n"_s, u"\n"_s);
         run(this, command.section(u' ', 0, 0), Q_ARG(QString, argument));
     }
@@ -97,7 +97,7 @@ QString WindowFixture::seen(const QString& step, const QString& commands)
     static const QRegularExpression time(u"\\[\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\]"_s);
     static const QRegularExpression digest(u"\\b[0-9a-f]{64}\\b"_s);
     text.replace(time, u"TIME"_s).replace(digest, u"DIGEST"_s).replace(buildFolder(), u"BUILD"_s);
-    text.replace(QString::fromStdString(root), u"FOLDER"_s);
+    text.replace(m_home.path(), u"FOLDER"_s);
     return text.replace(QString::fromStdString(server.url()), u"SERVICE"_s);
 }
 
@@ -190,7 +190,7 @@ void WindowFixture::drop(const QString& names)
     QMimeData data;
     QList<QUrl> urls;
     for (const QString& name : names.split(u' ')) {
-        urls.append(QUrl::fromLocalFile(path(name)));
+        urls.append(QUrl::fromLocalFile(m_home.filePath(name)));
     }
     data.setUrls(urls);
     QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
@@ -202,8 +202,9 @@ void WindowFixture::drop(const QString& names)
 
 void WindowFixture::open(const QString& name)
 {
-    const bool isDirectory = QFileInfo(path(name)).isDir();
-    during((isDirectory ? u"Open Disc Directory: type "_s : u"Open Disc ISO: type "_s) + path(name));
+    const bool isDirectory = QFileInfo(m_home.filePath(name)).isDir();
+    during((isDirectory ? u"Open Disc Directory: type "_s : u"Open Disc ISO: type "_s) +
+           m_home.filePath(name));
     trigger(isDirectory ? u"openDiscDirectory"_s : u"openDiscIso"_s);
 }
 

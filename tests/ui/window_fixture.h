@@ -83,7 +83,7 @@ public Q_SLOTS:
     void release(const QString& requests);
     void threads(const QString& word)
     {
-        m_noThreads = word == u"off"_s ? std::make_unique<testsupport::NoThreads>() : nullptr;
+        m_noThreads.reset(word == u"off"_s ? new testsupport::NoThreads : nullptr);
     }
 
     // Shows a new window and waits until its start-up, with this disc to open, has ended. A slot of the window, a check of a
@@ -133,16 +133,13 @@ public Q_SLOTS:
     void show(const QUrl& url) { driver.record(u"  opened "_s + url.toString() + u'\n'); }
 
 private:
-    [[nodiscard]] QString path(const QString& name) const
-    {
-        return QDir(QString::fromStdString(root)).filePath(name);
-    }
     [[nodiscard]] QPoint placeOf(const QString& row) const;
     static void run(QObject* object, const QString& slot, const QGenericArgument& argument);
     void say(bool isAccepted) { driver.record(isAccepted ? u"  accepted\n"_s : u"  refused\n"_s); }
     [[nodiscard]] QWidget* focus() const;
     [[nodiscard]] QStringList facts() const;
 
+    QDir m_home{QString::fromStdString(root)};
     QProcess m_shell;
     std::optional<testsupport::ScopedEnvironment> m_address;
     std::unique_ptr<testsupport::NoThreads> m_noThreads;
