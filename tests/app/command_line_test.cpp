@@ -3,34 +3,25 @@
 #include "tests/support/captured_log.h"
 #include "tests/support/golden.h"
 
-#include <QFile>
-
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <thread>
 
 namespace {
 
-// What the line asks for: the mode, and then the disc and its place among the arguments, or the problem.
-std::string described(const CommandLine& line)
-{
-    constexpr const char* kModes[] = {"window", "text", "json", "help", "version", "wrong"};
-    const std::string mode = kModes[static_cast<int>(line.mode)];
-    if (!line.problem.isEmpty()) { return mode + ": " + line.problem.toStdString(); }
-    if (line.discIndex < 0) { return mode + line.disc.toStdString(); }
-    return mode + " '" + line.disc.toStdString() + "' " + std::to_string(line.discIndex);
-}
-
+// The golden file holds the arguments, with commas between them, then the mode, the disc, its place among them, the problem.
 TEST(CommandLine, AsksForAWindowAReportOrAText)
 {
-    QFile file(QStringLiteral(TRANSCRIPTS_DIR "/arguments.txt"));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    constexpr const char* kModes[] = {"window", "text", "json", "help", "version", "wrong"};
+    std::ifstream file(TRANSCRIPTS_DIR "/arguments.txt");
     std::string text;
-    for (const QByteArray& line : file.readAll().split('\n')) {
-        if (line.isEmpty()) { continue; }
-        const QString arguments = QString::fromUtf8(line.first(line.indexOf(" => ")));
-        text += arguments.toStdString() + " => " +
-                described(parseCommandLine(arguments.split(u',', Qt::SkipEmptyParts))) + '\n';
+    for (std::string row; std::getline(file, row);) {
+        row.resize(row.find(" => "));
+        const CommandLine line =
+            parseCommandLine(QString::fromStdString(row).split(u',', Qt::SkipEmptyParts));
+        text += row + " => " + kModes[static_cast<int>(line.mode)] + " '" + line.disc.toStdString() + "' " +
+                std::to_string(line.discIndex) + " [" + line.problem.toStdString() + "]\n";
     }
     EXPECT_EQ(testsupport::goldenDifference(text, "app/golden/arguments.txt"), "");
 }

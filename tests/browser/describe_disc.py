@@ -6,9 +6,7 @@
 SCENARIO is one of the functions below, ADDRESS the page, FOLDER the place of the browser's files. Exit status 0 if the
 page did what it should, 77 if there is no browser (tools/setup.sh browser).
 """
-import os
-import signal
-import sys
+import os, signal, sys
 
 try:
     from selenium import webdriver
@@ -29,8 +27,6 @@ SCRIPT_PAGE = "data:text/html,<title>still</title><script>document.title='ran'</
 
 
 class Browser:
-    """The browser on the page. Elements are named by CSS selectors, the fields by their names."""
-
     def __init__(self, folder, runs_scripts):
         options = webdriver.ChromeOptions()
         for argument in ARGUMENTS + ['--user-data-dir=' + os.path.join(folder, 'profile')]:

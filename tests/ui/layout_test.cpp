@@ -68,9 +68,9 @@ QString problemsOfEverything()
 TEST(Layout, BeginsInsideTheScreen)
 {
     const WindowFixture fixture(u"stored key ; start"_s);
-    const QSize available = fixture.window->screen()->availableSize();
-    const int titleBar = fixture.window->style()->pixelMetric(QStyle::PM_TitleBarHeight);
-    EXPECT_EQ(fixture.window->size(), QSize(900, 600).boundedTo(available - QSize(0, titleBar)));
+    const QSize titleBar(0, fixture.window->style()->pixelMetric(QStyle::PM_TitleBarHeight));
+    const QSize available = fixture.window->screen()->availableSize() - titleBar;
+    EXPECT_EQ(fixture.window->size(), QSize(900, 600).boundedTo(available));
 }
 
 TEST(Layout, CutsNoText)

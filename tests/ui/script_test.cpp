@@ -1,4 +1,4 @@
-// Plays the scripts: see WindowFixture. tools/golden.sh writes anew what is seen.
+// Plays the scripts. tools/golden.sh writes anew what is seen.
 #include "tests/ui/window_fixture.h"
 
 #include <gtest/gtest.h>

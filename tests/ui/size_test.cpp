@@ -70,7 +70,7 @@ TEST(Size, OfADiscLeavesTheWindowFree)
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         WindowFixture fixture(u"stored key ; start"_s);
-        QTreeWidget* tree = fixture.tree();
+        QTreeWidget* tree = fixture.part<QTreeWidget>(u"titlesTree"_s);
         const bool isDecoys = row.result.blurayTitles.size() == decoys.size();
         LagLimit lag;
         lag.limitMs *= isDecoys ? 1 : 10;

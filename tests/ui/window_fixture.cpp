@@ -15,7 +15,6 @@
 #include <QRegularExpression>
 #include <QTimer>
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
@@ -83,8 +82,7 @@ QString WindowFixture::seen(const QString& step, const QString& commands)
     if (!commands.isEmpty()) { run(commands); }
     QCoreApplication::processEvents();
     QString text = step + u'\n' + driver.taken();
-    const auto requests = server.requests();
-    for (; m_seenRequests < requests.size(); ++m_seenRequests) {
+    for (const auto requests = server.requests(); m_seenRequests < requests.size(); ++m_seenRequests) {
         const auto& request = requests.at(m_seenRequests);
         text += QString::fromStdString("  " + request.method + ' ' + request.target + " [" +
                                        request.header("apiKey") + "]\n");
@@ -132,9 +130,8 @@ void WindowFixture::reply(const QString& reply)
 
 void WindowFixture::found(const QString& body)
 {
-    for (const char* path : {"/api/tessera/dvd/find/", "/api/tessera/bluray/find/"}) {
-        server.playFor(path, {.body = body.toStdString()});
-    }
+    server.playFor("/api/tessera/dvd/find/", {.body = body.toStdString()});
+    server.playFor("/api/tessera/bluray/find/", {.body = body.toStdString()});
 }
 
 void WindowFixture::release(const QString& requests)

@@ -61,7 +61,6 @@ public:
     {
         return window->findChild<Part*>(objectName);
     }
-    [[nodiscard]] QTreeWidget* tree() const { return part<QTreeWidget>(u"titlesTree"_s); }
 
     testsupport::TemporaryFolder folder;
     std::string root = folder.path();
@@ -148,7 +147,7 @@ private:
 };
 
 // The window or dialog as assistive technology finds it: a line for each part and for each row of a list, with the
-// properties, stretch factors that make a difference to the user.
+// properties and stretch factors that make a difference to the user.
 [[nodiscard]] QString partsOf(QWidget* window);
 
 // What a user sees of the main window, a line each: the page, what is enabled, texts, rows, the focus, an open menu.
