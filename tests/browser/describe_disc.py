@@ -6,9 +6,7 @@
 SCENARIO is one of the functions below, ADDRESS the page, FOLDER the place of the browser's files. Exit status 0 if the
 page did what it should, 77 if there is no browser (tools/setup.sh browser).
 """
-import os
-import signal
-import sys
+import os, signal, sys
 
 try:
     from selenium import webdriver
@@ -29,8 +27,6 @@ SCRIPT_PAGE = "data:text/html,<title>still</title><script>document.title='ran'</
 
 
 class Browser:
-    """The browser on the page. Elements are named by CSS selectors, the fields by their names."""
-
     def __init__(self, folder, runs_scripts):
         options = webdriver.ChromeOptions()
         for argument in ARGUMENTS + ['--user-data-dir=' + os.path.join(folder, 'profile')]:
@@ -68,13 +64,8 @@ class Browser:
     def press(self, button):
         self.find('#' + button).click()
 
-    def picture(self, path, scheme):
-        self.driver.execute_cdp_cmd('Emulation.setEmulatedMedia',
-                                    {'features': [{'name': 'prefers-color-scheme', 'value': scheme}]})
-        assert self.driver.save_screenshot(path)
 
-
-def film(browser, address, _):
+def film(browser, address):
     browser.driver.get(address)
     browser.fill(disc_name='A Film', language_code='en', title_1_id='800' if 'bluray' in address else '1',
                  title_1_name='The Film', title_1_file='A Film (2024).mkv', title_1_note='Theatrical cut',
@@ -85,7 +76,7 @@ def film(browser, address, _):
     assert browser.find('p#saved').text
 
 
-def markup(browser, address, _):
+def markup(browser, address):
     """What looks like markup, right-to-left letters and letters beyond 16 bits come back as they were typed."""
     name = """<b id=planted>"A"</b> & 'B'<script id=planted>document.title='ran'</script>"""
     note = """"></textarea><img id=planted src=x onerror="document.title='ran'"> שלום 🎬"""
@@ -99,7 +90,7 @@ def markup(browser, address, _):
         assert not browser.has('#planted') and browser.driver.title == title
 
 
-def correction(browser, address, folder):
+def correction(browser, address):
     """A form that cannot be saved keeps what was typed, and describes its problem to those who cannot see it."""
     browser.driver.get(address)
     assert not browser.has('#title_5_id')
@@ -113,8 +104,6 @@ def correction(browser, address, folder):
     assert browser.has('[aria-describedby=title_1_first_chapter_problem][aria-invalid=true]')
     typed = [browser.value(field) for field in ('disc_name', 'title_1_first_chapter', 'title_4_type', 'title_8_id')]
     assert typed == ['A Film', 'three', '2', '99'], typed
-    for scheme in 'light', 'dark':
-        browser.picture(os.path.join(os.environ.get('PLATTERSCOPE_SCREENSHOTS', folder), f'form_{scheme}.png'), scheme)
     browser.fill(title_1_first_chapter='3')
     browser.press('save')
     assert browser.find('p#saved').text
@@ -127,6 +116,6 @@ scenario = {each.__name__: each for each in (film, markup, correction)}[sys.argv
 os.environ['TMPDIR'] = sys.argv[3]
 started = Browser(sys.argv[3], runs_scripts=scenario is markup)
 try:
-    scenario(started, *sys.argv[2:])
+    scenario(started, sys.argv[2])
 finally:
     started.driver.quit()

@@ -7,7 +7,6 @@
 #include "tests/support/sample_bluray.h"
 #include "tests/support/sample_dvd.h"
 
-#include <QFile>
 #include <QRegularExpression>
 
 #include <gtest/gtest.h>
@@ -18,15 +17,6 @@ using namespace testsupport;
 using namespace Qt::StringLiterals;
 
 namespace {
-
-// The disc as an ISO-9660 image of this volume identifier.
-std::string writeImage(const DiscTree& disc, const TemporaryFolder& folder, std::string volumeId)
-{
-    std::string path = disc.write(DiscForm::Iso, folder);
-    volumeId.resize(32, ' ');
-    std::fstream(path, std::ios::in | std::ios::out | std::ios::binary).seekp(16 * 2048 + 40) << volumeId;
-    return path;
-}
 
 // Streams of every role and without names, texts with control characters, a clip without entry points, one that is not
 // there, a playlist without PlayItems, and neither identity nor a readable index.
@@ -76,14 +66,6 @@ DiscTree oddDvd()
         .add("VIDEO_TS/VTS_02_0.IFO", odd.build());
 }
 
-// The JSON text with a line for each stream.
-std::string withShortStreams(const QByteArray& json)
-{
-    QString text = QString::fromUtf8(json);
-    text.replace(QRegularExpression(u"\n {17,}"_s), u" "_s).replace(u"\n                }"_s, u" }"_s);
-    return text.toStdString();
-}
-
 TEST(Reports, OfOddDiscs)
 {
     const TemporaryFolder folder;
@@ -91,8 +73,9 @@ TEST(Reports, OfOddDiscs)
         u"/~\u007F\u0080\u009B\u00A0\u00E9\b\t\n\r\u061C\u2028\u202E\u2066\u200B\U000E0001\U0001F002"_s +
         QChar(u'\0') + QChar(0xD83C) + u'b' + QChar(0xDC02);
     for (const std::string kind : {"bluray", "dvd"}) {
-        const std::string image = kind == "dvd" ? writeImage(oddDvd(), folder, "FIL\xC9 2")
-                                                : writeImage(oddBluray(), folder, "A\x1b]0;\a\nB\xC9");
+        const std::string image = (kind == "dvd" ? oddDvd() : oddBluray()).write(DiscForm::Iso, folder);
+        std::fstream(image, std::ios::in | std::ios::out | std::ios::binary).seekp(16 * 2048 + 40)
+            << (kind == "dvd" ? "FIL\xC9 2        " : "A\x1b]0;\a\nB\xC9 ");  // the volume identifier
         const CapturedLog log;
         const scan::ParsedDisc disc = scan::readDisc(QByteArray::fromStdString(image));
         DiscScanResult result = scan::describeDisc(disc);
@@ -107,8 +90,10 @@ TEST(Reports, OfOddDiscs)
             result.dvdTitles[0].durationMs = 9'007'199'254'740'991;
             result.dvdTitles[1].durationMs = 9'007'199'254'740'992;
         }
-        const std::string json = withShortStreams(report::jsonReport(path, disc, result));
-        EXPECT_EQ(goldenDifference(json, "report/golden/" + kind + ".json"), "");
+        QString json = QString::fromUtf8(report::jsonReport(path, disc, result));
+        json.replace(QRegularExpression(u"\n {17,}"_s), u" "_s);  // a line for each stream
+        json.replace(u"\n                }"_s, u" }"_s);
+        EXPECT_EQ(goldenDifference(json.toStdString(), "report/golden/" + kind + ".json"), "");
     }
 }
 
@@ -117,19 +102,18 @@ TEST(Reports, OfTheDocumentedDisc)
 {
     const TemporaryFolder folder;
     DiscTree film = sampleBluray().remove("BDMV/PLAYLIST/00000.mpls").remove("BDMV/PLAYLIST/00801.mpls");
-    const std::string path = film.write(DiscForm::Directory, folder);
-    const scan::ParsedDisc disc = scan::readDisc(QByteArray::fromStdString(path));
+    const scan::ParsedDisc disc =
+        scan::readDisc(QByteArray::fromStdString(film.write(DiscForm::Directory, folder)));
     const DiscScanResult result = scan::describeDisc(disc);
-    QFile file(QStringLiteral(DOCUMENTS_DIR "/REPORT.md"));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    QByteArray document = file.readAll();
-    const auto replace = [&document](const QByteArray& opening, const QByteArray& report) {
-        const qsizetype begin = document.indexOf(opening) + opening.size();
-        document.replace(begin, document.indexOf("```", begin) - begin, report);
-    };
-    replace("```text\n", report::textReport(u"/discs/film"_s, disc, result).toUtf8());
-    replace("```json\n", report::jsonReport(u"/discs/film"_s, disc, result));
-    EXPECT_EQ(goldenDifference(document.toStdString(), "../docs/REPORT.md"), "");
+    const std::string text = report::textReport(u"/discs/film"_s, disc, result).toStdString();
+    const std::string json = report::jsonReport(u"/discs/film"_s, disc, result).toStdString();
+    std::ifstream file(DOCUMENTS_DIR "/REPORT.md");
+    std::string document{std::istreambuf_iterator<char>(file), {}};
+    for (const std::string& example : {"```text\n" + text, "```json\n" + json}) {
+        const std::size_t begin = document.find(example.substr(0, 8));
+        document.replace(begin, document.find("```", begin + 8) - begin, example);
+    }
+    EXPECT_EQ(goldenDifference(document, "../docs/REPORT.md"), "");
 }
 
 }  // namespace

@@ -2,161 +2,84 @@
 
 #include "ui/busy_task.h"
 
-#include <QAbstractButton>
 #include <QApplication>
-#include <QDialog>
 #include <QEvent>
 #include <QFileDialog>
 #include <QInputDialog>
-#include <QLineEdit>
-#include <QPointer>
+#include <QMessageBox>
+#include <QPushButton>
 #include <QTest>
+#include <QTimer>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString described(const QMessageBox& box)
+{
+    QString text = box.property("icon").toString();
+    if (box.textFormat() != Qt::PlainText) { text += u" (markup)"_s; }
+    for (const QAbstractButton* button : box.buttons()) {
+        const bool isDefault = button == box.defaultButton();
+        text += u" ["_s + button->text().remove(u'&') + (isDefault ? u"*]"_s : u"]"_s);
+    }
+    const QString details = box.detailedText();
+    return text + u": "_s + box.text() + (details.isEmpty() ? details : u" (details: "_s + details + u')');
+}
+
+// The kind of the dialog and what it asks.
+QString described(const QDialog& dialog)
+{
+    if (const auto* busy = qobject_cast<const BusyDialog*>(&dialog)) {
+        return u"busy: "_s + busy->labelText();
+    }
+    if (const auto* box = qobject_cast<const QMessageBox*>(&dialog)) { return described(*box); }
+    if (const auto* files = qobject_cast<const QFileDialog*>(&dialog)) {
+        return files->property("fileMode").toString() + u' ' + files->nameFilters().join(u";;"_s);
+    }
+    const auto* input = qobject_cast<const QInputDialog*>(&dialog);
+    if (input == nullptr) { return u"unknown"_s; }
+    return input->labelText() + u" \""_s + input->textValue() + u'"';
+}
+
+}  // namespace
 
 ModalDriver::ModalDriver()
 {
     qApp->installEventFilter(this);
 }
 
-void ModalDriver::expectBox(const QString& title, const QString& text, QMessageBox::StandardButton button)
+void ModalDriver::end(QDialog* dialog)
 {
-    expectBox(title, text,
-              [button](QMessageBox* box) { QTest::mouseClick(box->button(button), Qt::LeftButton); });
+    if (qobject_cast<BusyDialog*>(dialog) != nullptr) { return; }
+    const bool isBox = qobject_cast<QMessageBox*>(dialog) != nullptr;
+    QTest::keyClick(dialog, isBox ? Qt::Key_Return : Qt::Key_Escape);
 }
 
-void ModalDriver::expectBox(const QString& title, const QString& text, Qt::Key key)
+QString ModalDriver::neverShown() const
 {
-    expectBox(title, text, [key](QMessageBox* box) { QTest::keyClick(box, key); });
-}
-
-void ModalDriver::expectBox(const QString& title, const QString& text,
-                            const std::function<void(QMessageBox*)>& answer)
-{
-    m_expected.push_back({title, [this, title, text, answer](QWidget* dialog) {
-                              auto* box = qobject_cast<QMessageBox*>(dialog);
-                              if (box == nullptr) {
-                                  m_problems.append(title + QStringLiteral(": no message box"));
-                                  return;
-                              }
-                              if (!text.isNull() && box->text() != text) {
-                                  m_problems.append(title + QStringLiteral(": ") + box->text());
-                              }
-                              if (box->textFormat() != Qt::PlainText) {
-                                  m_problems.append(title + QStringLiteral(": may be taken for markup"));
-                              }
-                              m_lastDetails = box->detailedText();
-                              answer(box);
-                          }});
-}
-
-void ModalDriver::expectHelpBox(const QString& title, const QString& text, const QString& buttonText)
-{
-    m_expected.push_back({title, [this, text, buttonText](QWidget* dialog) {
-                              const auto* box = qobject_cast<QMessageBox*>(dialog);
-                              if (box == nullptr || box->text() != text) {
-                                  m_problems.append(box == nullptr ? dialog->objectName() : box->text());
-                              }
-                              for (auto* button : dialog->findChildren<QAbstractButton*>()) {
-                                  if (button->text() != buttonText) { continue; }
-                                  QTest::mouseClick(button, Qt::LeftButton);
-                                  return;
-                              }
-                              QTest::keyClick(dialog->focusWidget(), Qt::Key_Return);
-                          }});
-}
-
-void ModalDriver::expectKeyDialog(const QString& typed, const std::function<void()>& before)
-{
-    const QString title = QStringLiteral("Vantor API Key");
-    m_expected.push_back({title, [this, title, typed, before](QWidget* dialog) {
-                              auto* edit = dialog->findChild<QLineEdit*>();
-                              if (edit == nullptr) {
-                                  m_problems.append(title + QStringLiteral(": no text field"));
-                                  return;
-                              }
-                              if (edit->width() < edit->fontMetrics().horizontalAdvance(QString(64, u'0'))) {
-                                  m_problems.append(title + QStringLiteral(": too narrow for a key"));
-                              }
-                              if (before) { before(); }
-                              if (typed.isNull()) {
-                                  QTest::keyClick(dialog, Qt::Key_Escape);
-                                  return;
-                              }
-                              edit->selectAll();
-                              QTest::keyClicks(edit, typed);
-                              QTest::keyClick(edit, Qt::Key_Return);
-                          }});
-}
-
-void ModalDriver::expectFileDialog(const QString& title, const QString& path,
-                                   const std::function<void()>& afterwards)
-{
-    m_expected.push_back({title, [this, title, path, afterwards](QWidget* dialog) {
-                              auto* fileDialog = qobject_cast<QFileDialog*>(dialog);
-                              if (fileDialog == nullptr) {
-                                  m_problems.append(title + QStringLiteral(": no file dialog"));
-                                  return;
-                              }
-                              if (path.isEmpty()) {
-                                  QTest::keyClick(dialog, Qt::Key_Escape);
-                                  return;
-                              }
-                              auto* edit = fileDialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
-                              edit->setText(path);
-                              QTest::keyClick(edit, Qt::Key_Return);
-                              if (afterwards) { afterwards(); }
-                          }});
-}
-
-void ModalDriver::whenBusy(const QString& title, std::function<void()> action)
-{
-    m_whenBusy.emplace_back(title, std::move(action));
-}
-
-QStringList ModalDriver::problems() const
-{
-    QStringList problems = m_problems;
-    for (const Expectation& expectation : m_expected) {
-        problems.append(QStringLiteral("never shown: ") + expectation.title);
+    QString lines;
+    for (const auto& [title, answer] : m_answers) {
+        lines += u"never shown: "_s + title + u'\n';
     }
-    return problems;
+    return lines;
 }
 
 bool ModalDriver::eventFilter(QObject* watched, QEvent* event)
 {
     auto* dialog = qobject_cast<QDialog*>(watched);
     if (event->type() == QEvent::Show && dialog != nullptr && dialog->isModal()) {
-        // Once the dialog's own event loop runs.
-        QMetaObject::invokeMethod(
-            this,
-            [this, shown = QPointer<QWidget>(dialog)] {
-                if (shown) { handle(shown); }
-            },
-            Qt::QueuedConnection);
+        QTimer::singleShot(0, dialog, [this, dialog] { handle(dialog); });  // in the dialog's own event loop
     }
     return QObject::eventFilter(watched, event);
 }
 
-void ModalDriver::handle(QWidget* dialog)
+void ModalDriver::handle(QDialog* dialog)
 {
     const QString title = dialog->windowTitle();
-    if (const auto* busy = qobject_cast<BusyDialog*>(dialog)) {
-        m_busyDialogs.append(title + QStringLiteral(": ") + busy->labelText());
-        if (!m_whenBusy.empty() && m_whenBusy.front().first == title) {
-            const auto action = m_whenBusy.front().second;
-            m_whenBusy.pop_front();
-            action();
-        }
-        return;
-    }
-    if (m_expected.empty() || m_expected.front().title != title) {
-        const auto* box = qobject_cast<QMessageBox*>(dialog);
-        m_problems.append(QStringLiteral("not expected: ") + title +
-                          (box == nullptr ? QString() : QStringLiteral(": ") + box->text()));
-        qobject_cast<QDialog*>(dialog)->reject();
-        return;
-    }
-    const Expectation expectation = m_expected.front();
-    m_expected.pop_front();
-    Q_EMIT boxShown();
-    expectation.answer(dialog);
+    m_lines += u"  "_s + title + u" | "_s + described(*dialog).replace(u'\n', u"\\n"_s) + u'\n';
+    onShown(dialog);
+    const auto given = m_answers.lower_bound(title);
+    if (given == m_answers.end() || given->first != title) { return end(dialog); }
+    m_answers.extract(given).mapped()(dialog);
 }

@@ -1,73 +1,43 @@
-// Answers the modal dialogs that the code under test opens, as a user would: by the mouse and the keyboard. A
-// test writes down the dialogs it expects, in their order, runs the code, and then asks whether all of them
-// came.
+// Answers the modal dialogs that the code under test opens, as a user would, and records each as a line of text.
 #pragma once
 
-#include <QMessageBox>
-#include <QObject>
+#include <QDialog>
 #include <QString>
-#include <QStringList>
 
-#include <deque>
 #include <functional>
+#include <map>
+#include <utility>
 
 class ModalDriver : public QObject {
-    Q_OBJECT
-
 public:
+    using Answer = std::function<void(QDialog*)>;
+
     ModalDriver();
 
-    // A message box with this title and, where one is given, exactly this text; answered by clicking the
-    // button.
-    void expectBox(const QString& title, const QString& text,
-                   QMessageBox::StandardButton button = QMessageBox::Ok);
-    // The same, answered by a key.
-    void expectBox(const QString& title, const QString& text, Qt::Key key);
+    // Called for each dialog that is shown, before it is answered.
+    Answer onShown = [](QDialog*) {};
 
-    // A box of rich text that offers a document; answered by the button of this text, or by Return for a null one.
-    void expectHelpBox(const QString& title, const QString& text, const QString& buttonText);
+    // Gives the next dialog of this title its answer. Any other dialog is ended with end().
+    void answer(const QString& title, Answer answer) { m_answers.emplace(title, std::move(answer)); }
 
-    // The key dialog: typed into and ended with Return; or, for a null text, cancelled with Escape.
-    void expectKeyDialog(const QString& typed, const std::function<void()>& before = {});
+    // Presses Return in a message box and Escape in any other dialog. A busy dialog ends by itself.
+    static void end(QDialog* dialog);
 
-    // A file dialog; given the path, or cancelled for an empty one. `afterwards` runs when it has been
-    // answered.
-    void expectFileDialog(const QString& title, const QString& path,
-                          const std::function<void()>& afterwards = {});
+    // Adds lines to the record.
+    void record(const QString& lines) { m_lines += lines; }
 
-    // Runs while the busy dialog of this title is up. Busy dialogs close by themselves and need not be
-    // expected.
-    void whenBusy(const QString& title, std::function<void()> action);
+    // Returns the record since the last call: a line for each dialog.
+    [[nodiscard]] QString taken() { return std::exchange(m_lines, {}); }
 
-    // Empty when every expected dialog came, as it was expected, and no other did.
-    [[nodiscard]] QStringList problems() const;
-
-    // "title: label" of each busy dialog so far.
-    [[nodiscard]] const QStringList& busyDialogs() const { return m_busyDialogs; }
-
-    // What "Show Details..." of the last expected message box held.
-    [[nodiscard]] const QString& lastDetails() const { return m_lastDetails; }
-
-Q_SIGNALS:
-    // An expected dialog stands, and is about to be answered.
-    void boxShown();
+    // A line for each dialog that was given an answer and was never shown.
+    [[nodiscard]] QString neverShown() const;
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    struct Expectation {
-        QString title;
-        std::function<void(QWidget*)> answer;
-    };
+    void handle(QDialog* dialog);
 
-    void handle(QWidget* dialog);
-    void expectBox(const QString& title, const QString& text,
-                   const std::function<void(QMessageBox*)>& answer);
-
-    std::deque<Expectation> m_expected;
-    std::deque<std::pair<QString, std::function<void()>>> m_whenBusy;
-    QStringList m_problems;
-    QStringList m_busyDialogs;
-    QString m_lastDetails;
+    std::multimap<QString, Answer> m_answers;  // by titles
+    QString m_lines;
 };

@@ -1,61 +1,192 @@
-// Texts of others, made fit to be shown, and messages in the user's language; needs no window.
+// Texts of others, made fit to be shown, messages in the user's language, and the titles page.
 #include "app/translation.h"
 #include "base/message.h"
+#include "tests/ui/window_fixture.h"
 #include "text/title_text.h"
+#include "ui/configuration_text.h"
+#include "ui/message_box.h"
 #include "ui/plain_text.h"
+#include "ui/titles_page.h"
 
-#include <QTest>
+#include <QApplication>
+#include <QHeaderView>
 #include <QTranslator>
 
-class TextTest : public QObject {
-    Q_OBJECT
+#include <gtest/gtest.h>
 
-private Q_SLOTS:
-    void textsOfOthersAreCutToTheirPlace();
-    void messagesAndDiscsAreInTheUsersLanguage();
+namespace {
+
+TEST(Texts, OfOthersAreCutToTheirPlace)
+{
+    const struct {
+        QString text;
+        qsizetype characters, lines;
+        QString shown;
+    } rows[] = {{u"a\nb\nc"_s, 5, 3, u"a\nb\nc"_s},
+                {u"a\nb\nc"_s, 5, 2, u"a\nb\u2026"_s},
+                {u"a\nb\nc"_s, 3, 3, u"a\nb\u2026"_s},
+                {u"a\U0001F4BF"_s, 2, 1, u"a\u2026"_s},  // no half character
+                {u"a\U0001F4BF"_s, 3, 1, u"a\U0001F4BF"_s},
+                {u"a\r\nb"_s, 9, 2, u"a\nb"_s},
+                {u"a\u202Eb\u2066c\u200F"_s, 9, 1, u"a\uFFFDb\uFFFDc\u200F"_s},
+                {u"\u202A\u2029\u2069\u206A"_s, 9, 2, u"\uFFFD\n\uFFFD\u206A"_s},
+                {u"\t\n\v\f\r\u0085\u2028\u000E"_s, 9, 9, u"\t\n\n\n\n\n\n\u000E"_s}};
+    for (const auto& row : rows) {
+        EXPECT_EQ(plaintext::bounded(row.text, row.characters, row.lines), row.shown);
+    }
+    EXPECT_EQ(plaintext::oneLine(u" a\n\tb\u2028\u00A0c "_s, 9), u" a  b \u00A0c "_s);
+    EXPECT_EQ(plaintext::oneLine(u"abcd"_s, 3), u"abc\u2026"_s);
+}
+
+TEST(Texts, OfConfigurationsAreShownWhateverTheyHold)
+{
+    service::DiscConfiguration configuration;
+    configuration.paths = QStringList{u"one\nType: Movie"_s, {}};
+    DiscScanResult disc{.discType = DiscType::Dvd, .dvdTitles = {{.titleNumber = 5}}};
+    QString text;
+    for (int i = -1; i < 20; ++i) {
+        text += configurationtext::details(
+            {.id = i, .type = i, .pathIndex = i - 7, .firstChapter = i % 2, .lastChapter = i % 3},
+            configuration, disc);
+    }
+    disc.error = Message::verbatim(u"Two lines\nof <i>news</i>."_s);
+    text += configurationtext::header(disc) + u'\n';
+    disc.ok = 1;
+    disc.discId = -9223372036854775807 - 1;
+    text += configurationtext::header(disc) + u'\n';
+    disc.error = Message::verbatim(QString(201, u'x') + QString(9, u'\n'));
+    EXPECT_EQ(difference(text + configurationtext::header(disc), "configuration_texts"), "");
+}
+
+TEST(Texts, OfTheServiceAreShownOnceAndMakeNoWindowWider)
+{
+    WindowFixture fixture(u"stored key ; start"_s);
+    DiscScanResult disc{.ok = 1,
+                        .discType = DiscType::Dvd,
+                        .discId = 17,
+                        .inDatabase = true,
+                        .error = Message::verbatim(u"News."_s)};
+    fixture.window->populate(u"/disc"_s, disc);
+    const QString text = fixture.seen(u"a message"_s);
+    fixture.server.play({.body = "[]"});
+    EXPECT_EQ(difference(text + fixture.seen(u"refreshed"_s, u"call refreshConfigurations"_s), "news"), "");
+    disc.error = Message::verbatim(QString(300, u'x') + QString(1000, QChar::LineSeparator));
+    fixture.window->populate(u"/disc"_s, disc);
+    EXPECT_LT(fixture.window->minimumSizeHint().width(), 600);
+    EXPECT_LT(fixture.window->minimumSizeHint().height(), 400);
+}
+
+TEST(Texts, OfBoxesKeepTheirButtonsOnTheScreen)
+{
+    const QString tail(3000, u'b');
+    const struct {
+        QString text, details, shown;
+    } rows[] = {
+        {QString(2000, u'a') + tail, {}, QString(2000, u'a') + u"\u2026 (details: "_s + tail + u')'},
+        {QString(2000, u'a') + tail, u"why"_s,
+         QString(2000, u'a') + u"\u2026 (details: "_s + tail + u"\\nwhy)"_s},
+        // A NUL hides nothing; a text of many lines and characters has an end.
+        {QChar(0) + QString(40, u'\n') + QString(99'999, u'b'),
+         {},
+         QChar(0) + u"\\n"_s.repeated(39) + u"\u2026 (details: "_s + QString(65'535, u'b') + u"\u2026)"_s}};
+    for (const auto& row : rows) {
+        ModalDriver driver;
+        messagebox::critical(nullptr, u"Title"_s, row.text, row.details);
+        EXPECT_EQ(driver.taken().section(u": "_s, 1), row.shown + u'\n');
+    }
+}
+
+TEST(Texts, AreInTheUsersLanguage)
+{
+    const AudioTrackInfo track{.language = u"ji"_s,
+                               .codecName = u"AC-3"_s,
+                               .channelLayout = u"6 channels"_s,
+                               .sampleRate = u"48 kHz"_s};
+    BlurayTitleInfo title;
+    title.name = u"#1 00800"_s;
+    title.angleCount = 2;
+    const Message failed("Network error: %1", {u"Timeout was reached"_s});
+    EXPECT_EQ(titletext::label(title), u"#1 00800 (2 angles)"_s);
+    installTranslations(*qApp, {u"de"_s}, QStringLiteral(PLATTERSCOPE_COMPILED_TRANSLATIONS));
+    EXPECT_EQ(failed.english(), u"Network error: Timeout was reached"_s);
+    EXPECT_EQ(failed.translated(), u"Netzwerkfehler: Timeout was reached"_s);
+    EXPECT_EQ(Message("cannot open '%1': %2", {u"%2"_s, u"no"_s}).translated(),
+              u"„%2“ lässt sich nicht öffnen: no"_s);
+    EXPECT_EQ(Message::verbatim(u"%1 %2"_s).translated(), u"%1 %2"_s);
+    EXPECT_TRUE(Message().translated().isEmpty() && Message::verbatim({}).isEmpty());
+    EXPECT_EQ(titletext::summary(track), u"Jiddisch, AC-3, 6 Kanäle, 48 kHz"_s);
+    EXPECT_EQ(titletext::label(title), u"#1 00800 (2 Blickwinkel)"_s);
+    qDeleteAll(qApp->findChildren<QTranslator*>());
+}
+
+// The page, of the size it has in the window.
+struct ShownPage : TitlesPage {
+    explicit ShownPage(const DiscScanResult& result)
+    {
+        resize(900, 600);
+        show();
+        showTitles(result);
+        QApplication::processEvents();
+    }
+    QTreeWidget* tree = findChild<QTreeWidget*>();
 };
 
-void TextTest::textsOfOthersAreCutToTheirPlace()
+// Each row with its tool tip and, in the line after it, its details.
+QString rowsOf(const ShownPage& page)
 {
-    const QString text = QStringLiteral("a\nb\nc");
-    const QString more = QChar(0x2026);
-    QCOMPARE(plaintext::bounded(text, 5, 3), text);
-    QCOMPARE(plaintext::bounded(text, 5, 2), QStringLiteral("a\nb") + more);
-    QCOMPARE(plaintext::bounded(text, 3, 3), QStringLiteral("a\nb") + more);
-    QCOMPARE(plaintext::bounded(QStringLiteral("a\U0001F4BF"), 2, 1),
-             QStringLiteral("a") + more);  // no half character
-    QCOMPARE(plaintext::oneLine(QStringLiteral(" a\n\tb\u2028\u00A0c "), 9),
-             QStringLiteral(" a  b \u00A0c "));
-    QCOMPARE(plaintext::oneLine(QStringLiteral("abcd"), 3), QStringLiteral("abc") + more);
-    QCOMPARE(plaintext::oneLine(QStringLiteral("a\u202Eb\u2066c\u200F"), 9),
-             QStringLiteral("a\uFFFDb\uFFFDc\u200F"));
-    for (const char16_t lineBreak : {u'\n', u'\r', u'\v', u'\f', u'\u0085', u'\u2028', u'\u2029'}) {
-        QCOMPARE(plaintext::bounded(QString(9, QChar(lineBreak)), 9, 2), QStringLiteral("\n") + more);
+    QString text;
+    for (QTreeWidgetItemIterator row(page.tree); *row != nullptr; ++row) {
+        page.tree->setCurrentItem(*row);
+        text += cellsOf(page.tree->currentIndex()) +
+                u" [%1] [%2]\n    "_s.arg((*row)->toolTip(0), (*row)->toolTip(1));
+        text += page.findChild<QTextEdit*>()->toPlainText().replace(u'\n', u" / "_s) + u'\n';
     }
-    QCOMPARE(plaintext::bounded(QStringLiteral("a\r\nb"), 9, 2), QStringLiteral("a\nb"));
-    QCOMPARE(plaintext::toolTip(QStringLiteral("<b>")), QStringLiteral("<span>&lt;b&gt;</span>"));
+    return text;
 }
 
-void TextTest::messagesAndDiscsAreInTheUsersLanguage()
+TEST(Titles, AreListedWithTheirDetails)
 {
-    const AudioTrackInfo track{.language = QStringLiteral("ji"),
-                               .codecName = QStringLiteral("AC-3"),
-                               .channelLayout = QStringLiteral("6 channels"),
-                               .sampleRate = QStringLiteral("48 kHz")};
-    BlurayTitleInfo title;
-    title.name = QStringLiteral("#1 00800");
-    title.angleCount = 2;
-    const Message failed("Network error: %1", {QStringLiteral("Timeout was reached")});
-    QCOMPARE(titletext::label(title), QStringLiteral("#1 00800 (2 angles)"));
-
-    installTranslations(*qApp, {QStringLiteral("de")}, QStringLiteral(PLATTERSCOPE_COMPILED_TRANSLATIONS));
-    QCOMPARE(failed.english(), QStringLiteral("Network error: Timeout was reached"));
-    QCOMPARE(failed.translated(), QStringLiteral("Netzwerkfehler: Timeout was reached"));
-    QCOMPARE(Message::verbatim(QStringLiteral("%1 %2")).translated(), QStringLiteral("%1 %2"));
-    QVERIFY(Message().translated().isEmpty() && Message::verbatim({}).isEmpty());
-    QCOMPARE(titletext::summary(track), QStringLiteral("Jiddisch, AC-3, 6 Kanäle, 48 kHz"));
-    QCOMPARE(titletext::label(title), QStringLiteral("#1 00800 (2 Blickwinkel)"));
+    DiscScanResult result{.discType = DiscType::Dvd};
+    for (const quint64 durationMs :
+         {0ULL, 999ULL, 1000ULL, 60'000ULL, 3'600'000ULL, 7'200'000ULL, 3'661'999ULL, 3'601'000ULL, ~0ULL}) {
+        result.dvdTitles.append(DvdTitleInfo{.durationMs = durationMs});
+    }
+    result.dvdTitles.front().isSizeEstimated = true;
+    result.dvdTitles.front().videoStreams = {{.category = 26}, {.category = 6}, {.category = 7}};
+    for (const char* language : {"", "de", "DE", "ger", "deu", "iw", "in", "zq", "<b>"}) {
+        result.dvdTitles.front().audioTracks.append({.language = QString::fromLatin1(language)});
+    }
+    result.dvdTitles.front().subtitleTracks = {{}};
+    result.dvdTitles[3].distinctDurationMs = 2;
+    result.dvdTitles[5].distinctDurationMs = 2;
+    const ShownPage odd(result);
+    EXPECT_EQ(odd.tree->currentIndex().row(), 3);  // the first of those with the most distinct play time
+    const ShownPage markup({.discType = DiscType::Bluray,
+                            .blurayTitles = {{.isSizeEstimated = true,
+                                              .angleCount = 1,
+                                              .subtitleTracks = {{.language = u"eng"_s, .pid = 0x12A0}},
+                                              .name = u"#1 <b>AB"_s}}});
+    EXPECT_EQ(difference(rowsOf(odd) + rowsOf(markup), "odd_titles"), "");
 }
 
-QTEST_MAIN(TextTest)
-#include "text_test.moc"
+TEST(Titles, TakeTheWidthOfTheirRowsAndKeepTheUsersOwn)
+{
+    DiscScanResult result{.discType = DiscType::Dvd};
+    ShownPage page(result);
+    EXPECT_EQ(qRound(10.0 * page.sizes().at(1) / page.sizes().at(0)), 20);
+    result.dvdTitles.resize(1);
+    result.dvdTitles.front().audioTracks = {{.codecName = QString(300, u'x')}};
+    page.showTitles(result);
+    EXPECT_EQ(page.sizes().at(0) / 40, (page.tree->header()->length() + 20) / 40);
+    page.tree->topLevelItem(0)->setExpanded(true);  // shows a row that is wider than the window
+    EXPECT_TRUE(QTest::qWaitFor([&page] { return page.sizes().at(0) == 450; }));
+    QTest::mousePress(page.handle(1), Qt::LeftButton, {}, QPoint(1, 9));
+    QTest::mouseMove(page.handle(1), QPoint(-99, 9));
+    QTest::mouseRelease(page.handle(1), Qt::LeftButton, {}, QPoint(1, 9));
+    const QList<int> chosen = page.sizes();
+    EXPECT_EQ(chosen.at(0), 350);
+    page.showTitles(result);
+    EXPECT_EQ(page.sizes(), chosen);
+}
+
+}  // namespace

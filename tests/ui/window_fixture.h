@@ -1,113 +1,166 @@
-// What each test of the window starts from: a home of its own, a service, a driver for the modal dialogs, and
-// the window with ways to find its parts by object name.
+// A window for tests, with a home, a service and discs of its own, that is driven by commands: what a user does, one by one.
+// What is seen then is a text, to compare with a golden file.
 #pragma once
 
 #include "service/api_key_store.h"
-#include "tests/support/captured_log.h"
-#include "tests/support/sample_dvd.h"
+#include "tests/support/no_threads.h"
 #include "tests/support/scoped_environment.h"
 #include "tests/support/scripted_server.h"
+#include "tests/support/temporary_folder.h"
 #include "tests/ui/modal_driver.h"
 #include "ui/main_window.h"
 
 #include <QAction>
 #include <QApplication>
-#include <QDropEvent>
+#include <QDir>
 #include <QLabel>
-#include <QMimeData>
+#include <QProcess>
 #include <QPushButton>
-#include <QStackedWidget>
 #include <QTest>
 #include <QTextEdit>
 #include <QTreeWidget>
 
 #include <functional>
 #include <memory>
+#include <optional>
+#include <ostream>
 #include <string>
 
-inline constexpr char kUserPath[] = "/api/tessera/user/";
-inline constexpr char kFindPath[] = "/api/tessera/dvd/find/";
-inline constexpr char kAddPath[] = "/api/tessera/dvd/add/";
-inline constexpr char kUserReply[] = R"({"UID": 1, "Username": "ada"})";
+using namespace Qt::StringLiterals;
 
-inline const QString kAddTitle = QStringLiteral("Add disc to Tessera?");
-inline const QString kAddQuestion = QStringLiteral(
-    "This disc is not in Tessera. Do you want to add its technical signature? If you don't add it, "
-    "you won't be able to create a configuration for this disc.");
+// The home has a DVD in "dvd" and "dvd.iso" and a Blu-ray disc in "bluray" and "bluray.iso". The service knows both, the
+// Blu-ray disc with two configurations, and accepts every key.
+class WindowFixture : public QObject {
+    Q_OBJECT
 
-struct WindowFixture {
-    // A stored key is one that the service accepted some time ago.
-    explicit WindowFixture(const QString& storedKey = {})
+public:
+    // Runs the commands.
+    explicit WindowFixture(const QString& commands = {});
+    ~WindowFixture() override
     {
-        server.playFor(kUserPath, {.body = kUserReply});
-        server.playFor(kFindPath, {.body = R"({"Disc ID": 17})"});
-        if (!storedKey.isEmpty() && !service::saveApiKey(storedKey)) { qFatal("cannot store the key"); }
+        m_shell.closeWriteChannel();
+        m_shell.waitForFinished();
     }
 
-    // Shows the window and lets its start-up run until `ended` holds.
-    template <typename Ended>
-    [[nodiscard]] bool start(Ended ended, const QString& disc = {})
-    {
-        window = std::make_unique<MainWindow>();
-        window->setDiscToOpenAtStart(disc);
-        window->show();
-        return QTest::qWaitFor(ended);
-    }
+    // Runs commands, the name of a slot with its argument each. In an argument FOLDER is the home, BUILD the folder of the
+    // build, and "\n" a line break.
+    void run(const QString& commands, const QString& separator = u" ; "_s);
 
-    // The same for a window whose stored key is accepted and that opens no disc.
-    [[nodiscard]] bool startWithKey()
-    {
-        return start(
-            [this] { return driver.busyDialogs().size() == 1 && isEnabled("openDiscDirectoryAction"); });
-    }
+    // Runs commands and what they leave in the event loop. Returns what has been seen since the last call: the name of the
+    // step, and lines for each dialog, for each request to the service (the key in brackets), and for all that has changed in
+    // the window, on the clipboard and in the file of the key.
+    [[nodiscard]] QString seen(const QString& step, const QString& commands = {});
+
+    // Plays tests/ui/golden/scripts/<name>.txt: runs the commands of each line that begins with "$", then `afterEach`.
+    // Returns the script with what is seen now, and a line for each dialog that is waited for and was never shown.
+    [[nodiscard]] QString play(
+        const std::string& name, const std::function<void()>& afterEach = [] {});
 
     template <typename Part>
-    [[nodiscard]] Part* part(const char* objectName) const
+    [[nodiscard]] Part* part(const QString& objectName) const
     {
-        auto* found = window->findChild<Part*>(QString::fromLatin1(objectName));
-        if (found == nullptr) { qFatal("no part named %s", objectName); }
-        return found;
-    }
-
-    [[nodiscard]] bool isEnabled(const char* action) const { return part<QAction>(action)->isEnabled(); }
-    void trigger(const char* action) const { part<QAction>(action)->trigger(); }
-    void click(const char* button) const { QTest::mouseClick(part<QPushButton>(button), Qt::LeftButton); }
-    [[nodiscard]] QTreeWidget* tree() const { return part<QTreeWidget>("titlesTree"); }
-    [[nodiscard]] QString details() const { return part<QTextEdit>("titleDetails")->toPlainText(); }
-    [[nodiscard]] QString page() const
-    {
-        return part<QStackedWidget>("pages")->currentWidget()->objectName();
-    }
-
-    // Opens the directory from the menu. `expectMore` tells the driver what comes after the file dialog.
-    void openDirectory(
-        const std::string& path, const std::function<void()>& expectMore = [] {})
-    {
-        driver.expectFileDialog(QStringLiteral("Open Disc Directory"), QString::fromStdString(path));
-        expectMore();
-        trigger("openDiscDirectoryAction");
+        return window->findChild<Part*>(objectName);
     }
 
     testsupport::TemporaryFolder folder;
+    std::string root = folder.path();
     testsupport::ScriptedServer server;
-    testsupport::ScopedEnvironment home{"HOME", folder.path()};
+    testsupport::ScopedEnvironment home{"HOME", root};
     testsupport::ScopedEnvironment address{"PLATTERSCOPE_SERVICE_URL", server.url()};
     ModalDriver driver;
     std::unique_ptr<MainWindow> window;
+
+public Q_SLOTS:
+    // Commands of one shell in the home, an accepted key in its file, the address of the service, its reply to the next
+    // request ("403 text", "held 503 text") or to each lookup, the end of a held reply after so many requests, "off": a
+    // system without threads.
+    void sh(const QString& commands);
+    void stored(const QString& key) { (void)service::saveApiKey(key); }
+    void service(const QString& url) { m_address.emplace("PLATTERSCOPE_SERVICE_URL", url.toStdString()); }
+    void reply(const QString& reply);
+    void found(const QString& body);
+    void release(const QString& requests);
+    void threads(const QString& word)
+    {
+        m_noThreads.reset(word == u"off"_s ? new testsupport::NoThreads : nullptr);
+    }
+
+    // Shows a new window and waits until its start-up, with this disc to open, has ended. A slot of the window, a check of a
+    // key, the ends of program and window.
+    void start(const QString& disc);
+    void call(const QString& slot) { run(window.get(), slot, {}); }
+    void check(const QString& key) { say(window->authenticateAndSaveApiKey(key)); }
+    void quit(const QString& /*none*/) { QApplication::quit(); }
+    void destroy(const QString& /*none*/) { window.reset(); }
+
+    // An action of a menu, a click on a button, a double click on a row ("list 2"), a click with the right button, a click on
+    // a column's header, discs that are dropped, which opens nothing before the next step, a disc opened from the menu.
+    void trigger(const QString& name) { part<QAction>(name + u"Action"_s)->trigger(); }
+    void click(const QString& name)
+    {
+        QTest::mouseClick(part<QPushButton>(name + u"Button"_s), Qt::LeftButton);
+    }
+    void openRow(const QString& row);
+    void menu(const QString& row);
+    void sort(const QString& column);
+    void drop(const QString& names);
+    void open(const QString& name);
+
+    // Keys ("Alt Down Shift+F10"; "Alt" alone goes to the menu bar and back), a text that finds a row, what has the focus
+    // while Tab goes once around, keys that a desktop sends around the dialog in front.
+    void press(const QString& keys);
+    void find(const QString& text);
+    void tab(const QString& /*none*/);
+    void knock(const QString& keys);
+
+    // Commands while the next dialog of a title is shown ("Title: look; type key"). In these: a button, a text and Return,
+    // all parts of the "dialog", "page" or "window", what has changed behind it.
+    void during(const QString& titleAndCommands);
+    void button(const QString& text);
+    void type(const QString& text);
+    void parts(const QString& whose);
+    void look(const QString& /*none*/) { driver.record(seen(u"  meanwhile"_s)); }
+
+    // Waits until the monitor watches the Blu-ray disc, for all that has happened so far, for a status, for the end of all
+    // threads that the window began.
+    void watched(const QString& /*none*/);
+    void settle(const QString& /*none*/);
+    void until(const QString& status);
+    void idle(const QString& /*none*/);
+
+    // An address that the desktop is to open.
+    void show(const QUrl& url) { driver.record(u"  opened "_s + url.toString() + u'\n'); }
+
+private:
+    [[nodiscard]] QPoint placeOf(const QString& row) const;
+    static void run(QObject* object, const QString& slot, const QGenericArgument& argument);
+    void say(bool isAccepted) { driver.record(isAccepted ? u"  accepted\n"_s : u"  refused\n"_s); }
+    [[nodiscard]] QWidget* focus() const;
+    [[nodiscard]] QStringList facts() const;
+
+    QDir m_home{QString::fromStdString(root)};
+    QProcess m_shell;
+    std::optional<testsupport::ScopedEnvironment> m_address;
+    std::unique_ptr<testsupport::NoThreads> m_noThreads;
+    std::size_t m_seenRequests = 0;
+    QStringList m_seenFacts;
 };
 
-// Drops the paths on the window; whether it accepted the drag.
-inline bool drop(QWidget* window, const QStringList& paths)
+// The window or dialog as assistive technology finds it: a line for each part and for each row of a list, with the
+// properties and stretch factors that make a difference to the user.
+[[nodiscard]] QString partsOf(QWidget* window);
+
+// What a user sees of the main window, a line each: the page, what is enabled, texts, rows, the focus, an open menu.
+[[nodiscard]] QStringList factsOf(const QWidget& window);
+
+// The texts of the row's columns.
+[[nodiscard]] QString cellsOf(const QModelIndex& row);
+
+// How the text differs from tests/ui/golden/<name>.txt; empty if it does not.
+[[nodiscard]] std::string difference(const QString& text, const std::string& name);
+
+// For failure messages.
+inline void PrintTo(const QString& text, std::ostream* out)
 {
-    QMimeData data;
-    QList<QUrl> urls;
-    for (const QString& path : paths) {
-        urls.append(QUrl::fromLocalFile(path));
-    }
-    data.setUrls(urls);
-    QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(window, &enter);
-    QDropEvent dropped(QPointF(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(window, &dropped);
-    return enter.isAccepted();
+    *out << '"' << text.toStdString() << '"';
 }
