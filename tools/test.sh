@@ -46,7 +46,7 @@ step_product() {    # the program as it is released, without tests: warnings as 
     tests/structure/check_hardening.sh build/release/bin/{platterscope,tessera_local}
 }
 
-step_tests() {    # all tests with the address and undefined behaviour sanitizers
+step_tests() {    # all tests, and each fuzz target over its seeds, with the address and undefined behaviour sanitizers
     build asan-ubsan all
     run_ctest asan-ubsan --label-exclude '^(authored|browser)$'
 }

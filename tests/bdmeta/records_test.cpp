@@ -2,6 +2,7 @@
 #include "bdmeta/distinct_play_time.h"
 #include "bdmeta/stream_attributes.h"
 #include "tests/bdmeta/built_records.h"
+#include "tests/bdmeta/rich_files.h"
 #include "tests/support/golden.h"
 
 #include <algorithm>
@@ -9,13 +10,17 @@
 
 using bdmeta::BlurayStream;
 using testsupport::append;
+using testsupport::audio;
 using testsupport::Bytes;
 using testsupport::ClpiSpec;
+using testsupport::fullTable;
 using testsupport::goldenDifference;
+using testsupport::graphics;
 using testsupport::MplsSpec;
 using testsupport::patched;
 using testsupport::StnStreamSpec;
 using testsupport::StnTableSpec;
+using testsupport::video;
 
 namespace {
 
@@ -46,19 +51,6 @@ std::size_t be32(const Bytes& bytes, std::size_t offset)
         value = value << 8U | bytes.at(offset + i);
     }
     return value;
-}
-
-StnStreamSpec video(std::uint16_t pid, std::uint8_t coding = 27, std::uint8_t format = 6)
-{
-    return {.pid = pid, .attributes = testsupport::videoAttributes(coding, format)};
-}
-StnStreamSpec audio(std::uint16_t pid, const std::string& language = "eng", std::uint8_t coding = 0x81)
-{
-    return {.pid = pid, .attributes = testsupport::audioAttributes(language, coding)};
-}
-StnStreamSpec graphics(std::uint16_t pid, const std::string& language = "eng")
-{
-    return {.pid = pid, .attributes = testsupport::graphicsAttributes(language)};
 }
 
 // ---- Streams ----
@@ -95,26 +87,6 @@ TEST(Streams, OfEveryCodingFormatAndLength)
     EXPECT_EQ(goldenDifference(text + '\n', "bdmeta/golden/streams.txt"), "");
 }
 
-constexpr std::array kGroups = {
-    &StnTableSpec::primaryVideo,   &StnTableSpec::primaryAudio,        &StnTableSpec::graphics,
-    &StnTableSpec::pipGraphics,    &StnTableSpec::interactiveGraphics, &StnTableSpec::secondaryAudio,
-    &StnTableSpec::secondaryVideo, &StnTableSpec::dolbyVision};
-
-// Two streams in each group, 11 and 12 in the first, those of the secondary groups with references.
-StnTableSpec fullTable()
-{
-    StnTableSpec stn;
-    std::uint16_t pid = 1;
-    for (const auto group : kGroups) {
-        pid = static_cast<std::uint16_t>(pid + 10);
-        stn.*group = {video(pid), audio(static_cast<std::uint16_t>(pid + 1))};
-    }
-    stn.secondaryAudio[0].primaryAudioRefs = {0, 1, 2};
-    stn.secondaryVideo[0].primaryAudioRefs = {1, 2};
-    stn.secondaryVideo[0].pipGraphicsRefs = {7};
-    return stn;
-}
-
 // A table of one primary video stream.
 Bytes tableOf(const Bytes& entry, const Bytes& attributes = {27})
 {
@@ -131,7 +103,7 @@ TEST(Streams, OfATable)
     const Bytes full = fullTable().build();
     const Bytes empty = StnTableSpec().build();
     StnTableSpec most;
-    for (const auto group : kGroups) {
+    for (const auto group : testsupport::kStreamGroups) {
         (most.*group).assign(255, video(1));
     }
     const Files tables = {{"every group", full},
@@ -213,29 +185,6 @@ TEST(Streams, TablesThatTakeTurnsAreSharedAndLongUnusedOnesForgotten)
 constexpr std::size_t kItem = testsupport::kFirstPlayItem;
 constexpr std::size_t kTable = kItem + 34;  // of an item without further angles
 
-// Two PlayItems, one of them with angles, two marks.
-MplsSpec richPlaylist()
-{
-    MplsSpec spec{.appInfoLength = 17, .playbackType = 3, .appInfoFlags = 0x40, .numberOfSubPaths = 3};
-    spec.playItems = {{.clipName = "00007",
-                       .connectionCondition = 6,
-                       .refToStcId = 2,
-                       .inTime = 90000,
-                       .outTime = 180000,
-                       .randomAccess = true,
-                       .stillMode = 1,
-                       .stillTime = 300,
-                       .stn = fullTable()},
-                      {.clipName = "00008",
-                       .inTime = 1,
-                       .furtherAngles = {{"00009", "M2TS", 4}, {"00010", "FMTS", 5}},
-                       .stn = {.primaryVideo = {video(0x1012)}}}};
-    spec.marks = {
-        {.timeStamp = 90000},
-        {.markType = 2, .refToPlayItemId = 1, .timeStamp = 5, .entryEsPid = 0x1100, .duration = 77}};
-    return spec;
-}
-
 // One PlayItem of a second with one video stream; one mark.
 const Bytes kPlain = MplsSpec{.playItems = {{.stn = {.primaryVideo = {video(5)}}}}}.build();
 
@@ -272,7 +221,7 @@ TEST(Playlists, WholeAndLying)
     const std::vector<testsupport::AngleSpec> most(254, {.clipName = "00002"});
     const Bytes smallest = patched(Bytes(58), {{0, 4, 0x4D504C53}, {8, 4, 48}, {12, 4, 52}});
     const Files playlists = {
-        {"rich", richPlaylist().build()},
+        {"rich", testsupport::richPlaylist().build()},
         {"plain", kPlain},
         {"magic in other letters", patched(kPlain, {{3, 1, 's'}})},
         {"a list of less than its header", patched(kPlain, {{8, 4, size - 9}})},
@@ -317,20 +266,6 @@ TEST(Playlists, WholeAndLying)
 
 // ---- Clips ----
 
-// Two programs and two ATC sequences, the longest presentation in the second.
-ClpiSpec richClip()
-{
-    ClpiSpec spec{.clipStreamType = 3, .applicationType = 6, .tsRecordingRate = 12345678};
-    spec.numberOfSourcePackets = 0x89ABCDEF;
-    spec.programs = {
-        {.streams = {{0x1011, {36, 0x81, 0b0101'1010, 0xC7}}, {0x1100, audio(0, "jpn").attributes}}},
-        {.streams = {{0x1200, graphics(0).attributes}}}};
-    spec.atcSequences = {{.stcSequences = {{.presentationStartTime = 1000, .presentationEndTime = 46000}}},
-                         {.stcSequences = {{.presentationEndTime = 90044},
-                                           {.presentationStartTime = 5, .presentationEndTime = 4}}}};
-    return spec;
-}
-
 Bytes ofPresentation(std::uint32_t start, std::uint32_t end)
 {
     ClpiSpec spec;
@@ -340,7 +275,7 @@ Bytes ofPresentation(std::uint32_t start, std::uint32_t end)
 
 TEST(Clips, WholeAndLying)
 {
-    const Bytes rich = richClip().build();
+    const Bytes rich = testsupport::richClip().build();
     const std::size_t sequences = testsupport::kSequenceInfoStart;
     const std::size_t programs = be32(rich, 12);
     const std::size_t length = be32(rich, programs);
