@@ -41,7 +41,7 @@ inline StnTableSpec fullTable()
     return stn;
 }
 
-// Two PlayItems, one of them with angles, two marks.
+// PlayItems with still time, with angles and with times that wrap around; two marks.
 inline MplsSpec richPlaylist()
 {
     MplsSpec spec{.appInfoLength = 17, .playbackType = 3, .appInfoFlags = 0x40, .numberOfSubPaths = 3};
@@ -57,7 +57,8 @@ inline MplsSpec richPlaylist()
                       {.clipName = "00008",
                        .inTime = 1,
                        .furtherAngles = {{"00009", "M2TS", 4}, {"00010", "FMTS", 5}},
-                       .stn = {.primaryVideo = {video(0x1012)}}}};
+                       .stn = {.primaryVideo = {video(0x1012)}}},
+                      {.inTime = 45044, .outTime = 0}};
     spec.marks = {
         {.timeStamp = 90000},
         {.markType = 2, .refToPlayItemId = 1, .timeStamp = 5, .entryEsPid = 0x1100, .duration = 77}};
