@@ -12,12 +12,20 @@
 #include <algorithm>
 #include <string>
 
-// What deriving the titles of a disc gives.
+// What deriving the titles of a disc gives, over the results of a disc before.
 struct Derivation {
+    explicit Derivation(const bdmeta::BlurayDisc& disc)
+    {
+        summary.totalClips = 7;
+        discio::ReadBudget budget;
+        code = deriveBlurayTitles(&disc, &titles, &summary, &fallback, budget);
+        if (budget.reached() != nullptr) { bound = budget.reached(); }
+    }
+
     int code = 0;
-    std::vector<bdmeta::BlurayTitle> titles;
+    std::vector<bdmeta::BlurayTitle> titles = std::vector<bdmeta::BlurayTitle>(2);
     bdmeta::BlurayDiscSummary summary;
-    bdmeta::SizeFallback fallback;
+    bdmeta::SizeFallback fallback = {7, {}, {}};
     std::string bound;  // that was reached
 };
 
@@ -106,9 +114,10 @@ private:
     {
         if constexpr (requires { value.view(); }) {
             add(text, '[' + std::string(value.view()) + ']');
-        } else if constexpr (requires { std::string(value); }) {
-            const std::string word(value);
-            text += text.empty() || word.starts_with('\n') ? word : ' ' + word;
+        } else if constexpr (requires { std::string_view(value); }) {
+            const std::string_view word(value);
+            if (!text.empty() && !word.starts_with('\n')) { text += ' '; }
+            text += word;
         } else if constexpr (requires { of(value); }) {
             add(text, of(value));
         } else if constexpr (requires { value.begin(); }) {
@@ -142,16 +151,4 @@ inline bdmeta::BlurayClip clipOf(const testsupport::ClpiSpec& spec, std::uint64_
     clip.rawData = bytes;
     clip.streamFileSize = streamFileSize;
     return clip;
-}
-
-inline Derivation derive(const bdmeta::BlurayDisc& disc)
-{
-    Derivation result;
-    result.titles.resize(2);  // of a disc before
-    result.summary.totalClips = 7;
-    result.fallback.count = 7;
-    discio::ReadBudget budget;
-    result.code = deriveBlurayTitles(&disc, &result.titles, &result.summary, &result.fallback, budget);
-    result.bound = budget.reached() == nullptr ? "" : budget.reached();
-    return result;
 }

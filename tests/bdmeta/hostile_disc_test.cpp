@@ -60,9 +60,9 @@ TEST(HostileDisc, LookupsThatWouldTakeHoursFailTheDerivation)
     BlurayDisc disc;
     disc.clips = {clipOf(zigzag(0xFFFF, 0x3FFFF), 1000)};  // thousands of millions of entries in 1.5 MB
     disc.playlists = {playlistOf({.playItems = {{.clipName = "00009"}}})};
-    EXPECT_EQ(derive(disc).code, 0) << "nothing plays the clip";
+    EXPECT_EQ(Derivation(disc).code, 0) << "nothing plays the clip";
     disc.playlists = {playlistOf({})};
-    const Derivation derivation = derive(disc);
+    const Derivation derivation(disc);
     EXPECT_EQ(derivation.bound, "the searches for entry points take more than 1,000,000,000 steps");
     EXPECT_EQ(derivation.titles.size() + derivation.fallback.count, 0U);
 }
@@ -95,7 +95,7 @@ TEST(HostileDisc, OverlappingStreamTablesAreBounded)
 
     BlurayDisc disc;  // the tables are looked at once, however many titles share them
     disc.playlists.assign(70, *playlist);
-    EXPECT_EQ(derive(disc).code, 0);
+    EXPECT_EQ(Derivation(disc).code, 0);
 }
 
 TEST(HostileDisc, TitlesAndStreamsAreShownUpToALimit)
@@ -113,15 +113,15 @@ TEST(HostileDisc, TitlesAndStreamsAreShownUpToALimit)
     disc.playlists[1].playItems[0].streams = table;
     streams.resize(1000);  // of which none is new
     disc.playlists[0].playItems[1].streams = std::make_shared<const std::vector<BlurayStream>>(streams);
-    Derivation derivation = derive(disc);
-    ASSERT_EQ(derivation.titles.size(), 2U);
-    EXPECT_EQ(derivation.titles[0].audioTracks.size(), 124'999U);
-    EXPECT_EQ(derivation.titles[0].primaryAudioCount, 125'999U);
-    EXPECT_EQ(derivation.titles[1].audioTracks.at(2040).pid, 40);
+    const auto titles = Derivation(disc).titles;
+    ASSERT_EQ(titles.size(), 2U);
+    EXPECT_EQ(titles[0].audioTracks.size(), 124'999U);
+    EXPECT_EQ(titles[0].primaryAudioCount, 125'999U);
+    EXPECT_EQ(titles[1].audioTracks.at(2040).pid, 40);
     disc.playlists.emplace_back();
-    derivation = derive(disc);
-    EXPECT_EQ(derivation.bound, "the disc has more than 250,000 titles and streams to show");
-    EXPECT_TRUE(derivation.titles.empty());
+    const Derivation tooMuch(disc);
+    EXPECT_EQ(tooMuch.bound, "the disc has more than 250,000 titles and streams to show");
+    EXPECT_TRUE(tooMuch.titles.empty());
 }
 
 }  // namespace

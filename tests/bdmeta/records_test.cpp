@@ -18,17 +18,8 @@ Bytes resized(Bytes bytes, std::size_t size)
     return bytes;
 }
 
-// ---- Files ----
-
-std::string textOfPlaylist(const Bytes& bytes)
-{
-    return Text::of(parsePlaylist(bytes));
-}
-
-std::string textOfClip(const Bytes& bytes)
-{
-    return Text::of(bdmeta::parseClipInfoBytes(bytes));
-}
+constexpr auto textOfPlaylist = [](const Bytes& bytes) { return Text::of(parsePlaylist(bytes)); };
+constexpr auto textOfClip = [](const Bytes& bytes) { return Text::of(bdmeta::parseClipInfoBytes(bytes)); };
 
 // The tables that are shared give what a parse of their own would.
 std::string textOfTable(const Bytes& bytes)
@@ -135,14 +126,11 @@ TEST(Files, WithAnyByteChanged)
     ClpiSpec clip = richClip();
     clip.epStreams.clear();
     expectGolden("changed_clip.txt", clip.build(), textOfClip);
-    const StnTableSpec full = fullTable();
-    const StnTableSpec table = {.primaryVideo = {video(5)},
-                                .secondaryAudio = {full.secondaryAudio[0]},
-                                .secondaryVideo = {full.secondaryVideo[0]}};
+    StnTableSpec table{.primaryVideo = {video(5)}};
+    table.secondaryAudio = {fullTable().secondaryAudio[0]};
+    table.secondaryVideo = {fullTable().secondaryVideo[0]};
     expectGolden("changed_table.txt", patched(table.build(), {{0, 2, 78}, {79, 1, 0}}), textOfTable);
 }
-
-// ---- Streams ----
 
 std::string decoded(const Bytes& attributes, bool isFromClip = false)
 {
@@ -162,8 +150,7 @@ TEST(Streams, OfEveryCodingFormatAndLength)
     }
     for (std::uint8_t code = 0; code < 16; ++code) {
         const auto other = static_cast<std::uint8_t>(15 - code);
-        text += decoded(videoAttributes(2, code, other));
-        text += decoded(audioAttributes("deu", 0x83, code, other));
+        text += decoded(videoAttributes(2, code, other)) + decoded(audioAttributes("deu", 0x83, code, other));
     }
     for (const Bytes& whole :
          {Bytes{27, 0x61}, {129, 0x31, 'e', 0, 'g'}, {144, 'e', 'n', 'g'}, {146, 5, 'z', 'h', 'o'}}) {
@@ -194,8 +181,6 @@ TEST(Streams, TablesThatTakeTurnsAreSharedAndLongUnusedOnesForgotten)
     }
     expectRead(0, 121);
 }
-
-// ---- Titles ----
 
 TEST(Titles, SizesOfWhatTheyPlay)
 {
@@ -236,7 +221,7 @@ TEST(Titles, SizesOfWhatTheyPlay)
     }
     disc.playlists.push_back(playlistOf(all));
     const std::uint64_t distinctMs = bdmeta::distinctPlayTimeMs(disc.playlists.back());
-    const std::string text = Text::words(derive(disc), "\ndistinct", distinctMs, "ms\n");
+    const std::string text = Text::words(Derivation(disc), "\ndistinct", distinctMs, "ms\n");
     EXPECT_EQ(goldenDifference(text, "bdmeta/golden/title_sizes.txt"), "");
 }
 
@@ -273,12 +258,12 @@ TEST(Titles, StreamsOfTheirItems)
     disc.volumeId = "A_DISC";
     disc.playlists = {playlistOf(distinct), playlistOf(texts), playlistOf({}), playlistOf({.playItems = {}})};
     disc.playlists[2].playItems[0].streams = std::make_shared<const std::vector<BlurayStream>>(nameless);
-    std::string text = Text::words(derive(disc), derive({}));
+    std::string text = Text::words(Derivation(disc), Derivation({}));
     disc.playlists = {{}};
     for (const char* id : {"A1B", "A1 1", "09afAF", "01:1", "01/1", "01@1", "01G1", "01`1", "01g1",
                            "112233445566778899AABBCCDDEEFF1122"}) {
         disc.discId = id;  // read up to the first pair that is no number
-        text += Text::of(derive(disc));
+        text += Text::of(Derivation(disc));
     }
     EXPECT_EQ(goldenDifference(text + '\n', "bdmeta/golden/title_streams.txt"), "");
 }
