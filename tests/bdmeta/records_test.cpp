@@ -41,17 +41,30 @@ Bytes tableOf(const Bytes& entry)
     return table;
 }
 
-// An item of the rich playlist with few streams, and a gap behind its table.
+// A playlist with bytes put into its first item.
+Bytes withInserted(Bytes playlist, std::size_t offset, const Bytes& content)
+{
+    playlist.insert(playlist.begin() + static_cast<std::ptrdiff_t>(offset), content.begin(), content.end());
+    return patched(playlist, {{kFirstPlayItem, 2, playlist[kFirstPlayItem + 1] + content.size()},
+                              {15, 1, playlist[15] + content.size()}});
+}
+
+// The rich playlist with few streams, and a gap behind the first item's table.
 Bytes playlistWithGap()
 {
     MplsSpec spec = richPlaylist();
     spec.playItems[0].stn = {.primaryVideo = {video(5)}};
     spec.playItems[1].stn = {};
     spec.playItems.pop_back();
-    Bytes bytes = spec.build();
-    const std::uint8_t length = bytes[kFirstPlayItem + 1];
-    bytes.insert(bytes.begin() + kFirstPlayItem + 2 + length, 12, 0xEE);
-    return patched(bytes, {{kFirstPlayItem, 2, length + 12U}, {15, 1, bytes[15] + 12U}});
+    const Bytes bytes = spec.build();
+    return withInserted(bytes, kFirstPlayItem + 2 + bytes[kFirstPlayItem + 1], Bytes(12, 0xEE));
+}
+
+// A PlayItem that has a number of angles, but no angle beyond its own.
+Bytes playlistOfAngles(std::uint8_t number)
+{
+    return patched(withInserted(MplsSpec().build(), kFirstPlayItem + 34, {number, 0}),
+                   {{kFirstPlayItem + 12, 1, 0x11}});
 }
 
 const Bytes kNoPlaylist = patched(Bytes(58), {{0, 4, 0x4D504C53}, {8, 4, 48}, {12, 4, 52}});
@@ -68,6 +81,7 @@ TEST(Files, HoldTheRecord)
     std::string text;
     for (const std::string& record :
          {textOfPlaylist(richPlaylist().build()), textOfPlaylist(playlistWithGap()),
+          textOfPlaylist(playlistOfAngles(0)), textOfPlaylist(playlistOfAngles(1)),
           textOfPlaylist(kNoPlaylist),
           textOfPlaylist(patched(resized(kNoPlaylist, 57), {{8, 4, 47}, {12, 4, 51}})),
           textOfClip(richClip().build()), textOfClip(longest.build()), textOfClip(kNoClip),
