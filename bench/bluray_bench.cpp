@@ -1,176 +1,210 @@
-// Reading, deriving and packaging Blu-ray discs in each form they come in, against what cannot be avoided:
-// reading the same files into memory and hashing them once. Peak memory is that of a process of its own.
+// Reading, deriving and packaging Blu-ray discs in each form they come in, against what cannot be avoided: reading the
+// same files into memory and hashing them once. Peak memory is that of a process of its own. The discs are many
+// playlists over few clips, as discs that hide their film among decoys have.
 #include "bdmeta/bluray_titles.h"
-#include "bench/bench_disc.h"
 #include "package/bluray_package.h"
 #include "package/encoding.h"
+#include "tests/support/clpi_spec.h"
+#include "tests/support/disc_tree.h"
+#include "tests/support/mpls_spec.h"
 
 #include <benchmark/benchmark.h>
 
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
-#include <fstream>
 #include <functional>
-#include <map>
 #include <stdexcept>
 
 namespace {
 
 using testsupport::DiscForm;
 
-// A disc on disk in every form.
+constexpr std::uint32_t kEntryPoints = 5000;          // of each clip
+constexpr std::uint32_t kEntryPointTicks = 88 * 256;  // half a second
+constexpr std::uint32_t kEntryPointPackets = 3000;
+
+std::string fiveDigits(std::uint32_t number)
+{
+    return std::to_string(100000 + number).substr(1);
+}
+
+// 1 video, 4 audio and 8 subtitle streams.
+testsupport::StnTableSpec streams()
+{
+    testsupport::StnTableSpec stn;
+    stn.primaryVideo = {{.pid = 0x1011, .attributes = testsupport::videoAttributes()}};
+    for (std::uint16_t pid = 0x1100; pid < 0x1104; ++pid) {
+        stn.primaryAudio.push_back({.pid = pid, .attributes = testsupport::audioAttributes()});
+    }
+    for (std::uint16_t pid = 0x1200; pid < 0x1208; ++pid) {
+        stn.graphics.push_back({.pid = pid, .attributes = testsupport::graphicsAttributes()});
+    }
+    return stn;
+}
+
+testsupport::Bytes buildClip()
+{
+    std::vector<testsupport::EntryPoint> points;
+    for (std::uint32_t i = 0; i < kEntryPoints; ++i) {
+        points.push_back({i * kEntryPointTicks, i * kEntryPointPackets});
+    }
+    const testsupport::ClpiSpec clip{.numberOfSourcePackets = kEntryPoints * kEntryPointPackets,
+                                     .epStreams = {epStream(points)}};
+    return clip.build();
+}
+
+testsupport::Bytes buildPlaylist(std::uint32_t number, std::uint32_t playItems, std::uint32_t clips)
+{
+    testsupport::MplsSpec playlist{.playItems = {}};
+    for (std::uint32_t i = 0; i < playItems; ++i) {
+        const std::uint32_t begin = (number * 31 + i * 17) % (kEntryPoints / 2);
+        playlist.playItems.push_back({.clipName = fiveDigits((number * 7 + i) % clips),
+                                      .inTime = begin * kEntryPointTicks + 100,
+                                      .outTime = (begin + kEntryPoints / 3) * kEntryPointTicks + 100,
+                                      .stn = streams()});
+        playlist.marks.push_back({.refToPlayItemId = static_cast<std::uint16_t>(i)});
+    }
+    return playlist.build();
+}
+
+// A disc on disk in every form. Stream files hold one byte.
 struct BenchDisc {
-    explicit BenchDisc(const bench::DiscShape& shape)
+    BenchDisc(std::uint32_t playlists, std::uint32_t playItems, std::uint32_t clips)
     {
-        const testsupport::DiscTree tree = buildDisc(shape);
-        for (const DiscForm form : {DiscForm::Directory, DiscForm::Iso, DiscForm::Udf}) {
-            paths[form] = tree.write(form, folder);
+        testsupport::DiscTree tree;
+        const auto addNavigation = [&](const std::string& path, const testsupport::Bytes& bytes) {
+            navigationFiles.emplace_back(path, bytes.size());
+            navigationBytes += bytes.size();
+            tree.add(path, bytes);
+        };
+        for (std::uint32_t i = 0; i < playlists; ++i) {
+            addNavigation("BDMV/PLAYLIST/" + fiveDigits(i) + ".mpls", buildPlaylist(i, playItems, clips));
         }
-        navigationBytes = bench::navigationBytes(paths[DiscForm::Directory]);
+        for (std::uint32_t i = 0; i < clips; ++i) {
+            addNavigation("BDMV/CLIPINF/" + fiveDigits(i) + ".clpi", buildClip());
+            tree.add("BDMV/STREAM/" + fiveDigits(i) + ".m2ts", {0});
+        }
+        for (const auto& [form, name] :
+             {std::pair{DiscForm::Directory, "directory"}, {DiscForm::Iso, "iso"}, {DiscForm::Udf, "udf"}}) {
+            paths[name] = tree.write(form, folders[name]);
+        }
     }
 
-    testsupport::TemporaryFolder folder;
-    std::map<DiscForm, std::string> paths;
-    std::uint64_t navigationBytes = 0;
+    std::map<std::string, testsupport::TemporaryFolder> folders;  // by the name of the form
+    std::map<std::string, std::string> paths;
+    std::vector<std::pair<std::string, std::size_t>> navigationFiles;  // path and size
+    std::size_t navigationBytes = 0;
 };
 
-const BenchDisc& disc(bool isDecoy)
+void require(bool isTrue, const char* message)
 {
-    static const BenchDisc decoy(bench::kDecoyDisc);
-    static const BenchDisc ordinary(bench::kOrdinaryDisc);
-    return isDecoy ? decoy : ordinary;
+    if (!isTrue) { throw std::runtime_error(message); }
 }
 
 struct Derived {
+    void read(const std::string& path)
+    {
+        require(readBlurayDisc(path.c_str(), &disc, nullptr, 0) == 0, "the disc cannot be read");
+    }
+    void derive()
+    {
+        bdmeta::SizeFallback fallback;
+        discio::ReadBudget budget;
+        require(deriveBlurayTitles(&disc, &titles, &summary, &fallback, budget) == 0 && fallback.count == 0,
+                "the titles cannot be derived from packet ranges");
+    }
+
     bdmeta::BlurayDisc disc;
     std::vector<bdmeta::BlurayTitle> titles;
     bdmeta::BlurayDiscSummary summary;
 };
 
-void read(const std::string& path, Derived& derived)
-{
-    if (bdmeta::readBlurayDisc(path.c_str(), &derived.disc, nullptr, 0) != 0) {
-        throw std::runtime_error("the disc cannot be read");
-    }
-}
-
-void derive(Derived& derived)
-{
-    bdmeta::SizeFallback fallback;
-    discio::ReadBudget budget;
-    if (bdmeta::deriveBlurayTitles(&derived.disc, &derived.titles, &derived.summary, &fallback, budget) !=
-            0 ||
-        fallback.count != 0) {
-        throw std::runtime_error("the titles cannot be derived from packet ranges");
-    }
-}
-
 // What no reader can do without: every file into memory, and one pass of the digest over it.
-void readAndHash(const std::string& directory)
+void readAndHash(const BenchDisc& disc)
 {
-    for (const char* part : {"BDMV/PLAYLIST", "BDMV/CLIPINF"}) {
-        for (const auto& entry :
-             std::filesystem::directory_iterator(std::filesystem::path(directory) / part)) {
-            std::vector<std::uint8_t> bytes(entry.file_size());
-            const std::unique_ptr<std::FILE, decltype(&std::fclose)> file(
-                std::fopen(entry.path().c_str(), "rb"), std::fclose);
-            if (!file || std::fread(bytes.data(), 1, bytes.size(), file.get()) != bytes.size()) {
-                throw std::runtime_error("a file cannot be read");
-            }
-            benchmark::DoNotOptimize(package::sha256(package::viewOf(bytes)));
-        }
+    for (const auto& [path, sizeBytes] : disc.navigationFiles) {
+        testsupport::Bytes bytes(sizeBytes);
+        std::ifstream file(disc.paths.at("directory") + '/' + path, std::ios::binary);
+        require(!!file.read(reinterpret_cast<char*>(bytes.data()), std::ssize(bytes)),
+                "a file cannot be read");
+        benchmark::DoNotOptimize(package::sha256(package::viewOf(bytes)));
     }
 }
 
-double seconds(const std::function<void()>& work)
+// The milliseconds that the work takes, in a counter: the mean over all rounds.
+void addTime(benchmark::State& state, const char* counter, const std::function<void()>& work)
 {
     const auto start = std::chrono::steady_clock::now();
     work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - start;
+    benchmark::Counter& total = state.counters[counter];
+    total.flags = benchmark::Counter::kAvgIterations;
+    total.value += time.count();
 }
 
 // The process's peak so far, in bytes.
-std::uint64_t peakMemory()
+double peakMemory()
 {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);) {
-        if (line.starts_with("VmHWM:")) { return std::strtoull(line.c_str() + 6, nullptr, 10) * 1024; }
-    }
-    return 0;
+    std::ifstream file("/proc/self/status");
+    const std::string status{std::istreambuf_iterator<char>(file), {}};
+    return std::stod(status.substr(status.find("VmHWM:") + 6)) * 1024;
 }
 
 constexpr char kPeakOption[] = "--print-peak-of";
 
-// By how much reading and deriving raise the peak of this process, which has done nothing else.
-int printPeakOf(const char* path)
-{
-    const std::uint64_t before = peakMemory();
-    Derived derived;
-    read(path, derived);
-    derive(derived);
-    std::printf("%llu\n", static_cast<unsigned long long>(peakMemory() - before));
-    return 0;
-}
-
-// The same of a fresh process.
-std::uint64_t peakMemoryOf(const std::string& path)
+// By how much reading and deriving raise the peak of a fresh process, in bytes.
+double peakMemoryOf(const std::string& path)
 {
     const std::string program = std::filesystem::read_symlink("/proc/self/exe");
     const std::string command = program + ' ' + kPeakOption + " '" + path + '\'';
     const std::unique_ptr<std::FILE, decltype(&::pclose)> output(::popen(command.c_str(), "r"), ::pclose);
-    std::array<char, 32> line = {};
-    if (!output || std::fgets(line.data(), line.size(), output.get()) == nullptr) {
-        throw std::runtime_error("the peak cannot be measured");
-    }
-    return std::strtoull(line.data(), nullptr, 10);
+    double peak = 0;
+    require(output && std::fscanf(output.get(), "%lf", &peak) == 1, "the peak cannot be measured");
+    return peak;
 }
 
-void measure(benchmark::State& state, bool isDecoy, DiscForm form)
+void measure(benchmark::State& state, const BenchDisc& disc, const std::string& path)
 {
-    const BenchDisc& measured = disc(isDecoy);
-    const std::string& path = measured.paths.at(form);
-    double readTime = 0;
-    double deriveTime = 0;
-    double packageTime = 0;
-    double floorTime = 0;
     for ([[maybe_unused]] const auto round : state) {
         Derived derived;
-        readTime += seconds([&] { read(path, derived); });
-        deriveTime += seconds([&] { derive(derived); });
-        packageTime += seconds([&] {
+        addTime(state, "read_ms", [&] { derived.read(path); });
+        addTime(state, "derive_ms", [&] { derived.derive(); });
+        addTime(state, "package_ms", [&] {
             benchmark::DoNotOptimize(
                 package::buildBlurayPackage(&derived.disc, derived.titles, &derived.summary));
         });
         state.PauseTiming();
-        floorTime += seconds([&] { readAndHash(measured.paths.at(DiscForm::Directory)); });
+        addTime(state, "floor_ms", [&] { readAndHash(disc); });
         state.ResumeTiming();
     }
-    const auto rounds = static_cast<double>(state.iterations());
-    const auto bytes = static_cast<double>(measured.navigationBytes);
-    state.counters["read_ms"] = readTime / rounds * 1000;
-    state.counters["derive_ms"] = deriveTime / rounds * 1000;
-    state.counters["package_ms"] = packageTime / rounds * 1000;
-    state.counters["floor_ms"] = floorTime / rounds * 1000;
-    state.counters["time_ratio"] = (readTime + deriveTime) / floorTime;
-    state.counters["navigation_MB"] = bytes / 1e6;
-    state.counters["memory_ratio"] = static_cast<double>(peakMemoryOf(path)) / bytes;
+    auto& counters = state.counters;
+    counters["time_ratio"] = (counters["read_ms"] + counters["derive_ms"]) / counters["floor_ms"];
+    counters["navigation_MB"] = static_cast<double>(disc.navigationBytes) / 1e6;
+    counters["memory_ratio"] = peakMemoryOf(path) / static_cast<double>(disc.navigationBytes);
 }
 
 }  // namespace
 
-BENCHMARK_CAPTURE(measure, decoy_directory, true, DiscForm::Directory)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(measure, decoy_iso, true, DiscForm::Iso)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(measure, decoy_udf, true, DiscForm::Udf)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(measure, ordinary_directory, false, DiscForm::Directory)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(measure, ordinary_iso, false, DiscForm::Iso)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(measure, ordinary_udf, false, DiscForm::Udf)->Unit(benchmark::kMillisecond);
-
 int main(int argc, char* argv[])
 {
-    if (argc == 3 && std::string_view(argv[1]) == kPeakOption) { return printPeakOf(argv[2]); }
+    if (argc == 3 && std::string_view(argv[1]) == kPeakOption) {
+        const double before = peakMemory();
+        Derived derived;
+        derived.read(argv[2]);
+        derived.derive();
+        std::printf("%.0f\n", peakMemory() - before);
+        return 0;
+    }
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) { return 2; }
+    const BenchDisc decoy(1500, 100, 500);
+    const BenchDisc ordinary(60, 10, 40);
+    for (const auto& [disc, name] : {std::pair{&decoy, "decoy_"}, {&ordinary, "ordinary_"}}) {
+        for (const auto& [form, path] : disc->paths) {
+            benchmark::RegisterBenchmark((name + form).c_str(), measure, std::cref(*disc), path)
+                ->Unit(benchmark::kMillisecond);
+        }
+    }
     benchmark::RunSpecifiedBenchmarks();
     return 0;
 }

@@ -1,15 +1,28 @@
-// A whole Blu-ray disc, from its files to titles, package and digest.
+// A Blu-ray disc's image, from its volume to titles, package and digest.
 #include "base/log.h"
-#include "fuzz/scratch_disc.h"
+#include "discio/bluray_source.h"
+#include "fuzz/scratch_image.h"
 #include "scan/bluray_flow.h"
 
 void fuzz::target(Input input)
 {
-    static const ScratchFolder folder(kBlurayPaths);
     static const logging::ScopedSwitch silence(false);
+    const char* const path = writeImage(input);
+    discio::BlurayDiscSource source;
+    std::vector<std::string> names;
+    if (openBluraySource(path, source, nullptr, 0) == 0 &&
+        listFilesWithSuffix(source, "BDMV/PLAYLIST", ".mpls", names) == 0) {
+        names.resize(std::min<std::size_t>(names.size(), 16));  // of thousands over the same bytes
+        for (const std::string& name : names) {
+            const std::string file = "BDMV/PLAYLIST/" + name + ".mpls";
+            const std::uint64_t sizeBytes = blurayFileSize(source, file);
+            std::vector<std::uint8_t> bytes;
+            require(readWholeFile(source, file, bytes) != 0 || bytes.size() == sizeBytes);
+        }
+    }
     bdmeta::BlurayDisc disc;
     char text[256] = {};
-    if (readBlurayDisc(folder.write(input), &disc, text, sizeof(text)) != 0) {
+    if (readBlurayDisc(path, &disc, text, sizeof(text)) != 0) {
         require(text[0] != '\0' && disc.playlists.empty() && disc.clips.empty());
         return;
     }

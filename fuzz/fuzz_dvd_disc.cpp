@@ -1,14 +1,13 @@
-// A whole DVD, from its files to titles, package and digest.
+// A DVD's image, from its volume to titles, package and digest.
 #include "base/log.h"
-#include "fuzz/scratch_disc.h"
+#include "fuzz/scratch_image.h"
 #include "scan/dvd_flow.h"
 
 void fuzz::target(Input input)
 {
-    static const ScratchFolder folder(kDvdPaths);
     static const logging::ScopedSwitch silence(false);
     dvdmeta::DvdDisc disc;
-    if (readDvdDisc(folder.write(input), &disc, nullptr, 0) != 0) {
+    if (readDvdDisc(writeImage(input), &disc, nullptr, 0) != 0) {
         require(disc.titles.empty() && disc.rawIfos.empty());
         return;
     }

@@ -12,7 +12,7 @@ void fuzz::target(Input input)
     bdmeta::BlurayClip clip;
     clip.rawData.assign(input.begin() + kQuestionsSize, input.end());
     clip.sourcePacketCount = 123456;
-    EpWalk walk(clip.rawData, clip.sourcePacketCount);
+    const EpWalk walk(clip.rawData, clip.sourcePacketCount);
     discio::ReadBudget budget;
     bdmeta::EpMap map(clip, budget);
     for (std::size_t at = 0; at < kQuestionsSize; at += 6) {

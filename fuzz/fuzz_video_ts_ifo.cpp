@@ -1,13 +1,13 @@
 // VIDEO_TS.IFO, beside title sets that are as they should be: titles 1 to 3 of title sets 1 and 2.
 #include "dvdmeta/dvd_disc.h"
-#include "fuzz/scratch_disc.h"
+#include "fuzz/target.h"
 #include "tests/support/sample_dvd.h"
 
 void fuzz::target(Input input)
 {
     static const testsupport::TemporaryFolder folder;
     static const std::string path = testsupport::sampleDvd().write(testsupport::DiscForm::Directory, folder);
-    writeAt(File(std::fopen((path + "/VIDEO_TS/VIDEO_TS.IFO").c_str(), "wb")), 0, input);
+    testsupport::writeFile(path + "/VIDEO_TS/VIDEO_TS.IFO", {input.begin(), input.end()});
     dvdmeta::DvdDisc disc;
     if (readDvdDisc(path.c_str(), &disc, nullptr, 0) != 0) {
         require(disc.titles.empty() && disc.rawIfos.empty());

@@ -36,9 +36,8 @@ fi
 
 max_length() {
     case $1 in
-        *_image) echo 65536 ;;
+        *_disc) echo 65536 ;;
         ep_lookup) echo 1024 ;;    # the walk takes quadratic time
-        *_disc) echo 16384 ;;
         *) echo 8192 ;;
     esac
 }

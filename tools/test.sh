@@ -45,7 +45,7 @@ step_product() {    # the release build without tests: warnings as errors, libra
     tests/structure/check_programs.sh docs/THIRD_PARTY_NOTICES.txt build/release/bin/{platterscope,tessera_local}
 }
 
-step_tests() {    # all tests with the address and undefined behaviour sanitizers
+step_tests() {    # all tests, and each fuzz target over its seeds, with the address and undefined behaviour sanitizers
     build asan-ubsan all
     run_ctest asan-ubsan --label-exclude '^(authored|browser)$'
 }

@@ -7,22 +7,13 @@
 
 #include <cstdlib>
 
-using testsupport::Bytes;
-using testsupport::DiscTree;
-using testsupport::ImageSpec;
-namespace fs = std::filesystem;
+using namespace testsupport;
 
 namespace {
 
 bool run(const std::string& command)
 {
     return std::system(("(" + command + ") >/dev/null 2>&1").c_str()) == 0;
-}
-
-Bytes contentOf(const fs::path& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
 class AuthoredBluray : public testing::TestWithParam<std::string> {};
@@ -32,16 +23,14 @@ TEST_P(AuthoredBluray, ImageGivesTheFiles)
     const std::string program = GetParam().substr(0, GetParam().find(' '));
     if (!run("command -v " + program)) { GTEST_SKIP() << program << " is not installed"; }
     DiscTree tree;  // with enough names for directories of many blocks
-    tree.add("BDMV/index.bdmv", Bytes(100, 1)).add("CERTIFICATE/id.bdmv", Bytes(104, 2));
+    tree.add("BDMV/index.bdmv", Bytes(100, 1));
     std::vector<std::string> names;
     for (std::size_t i = 1000; i < 1400; ++i) {
         names.push_back("0" + std::to_string(i));
-        const auto content = static_cast<std::uint8_t>(i);
-        tree.add("BDMV/PLAYLIST/" + names.back() + ".mpls", Bytes(i, content));
-        tree.add("BDMV/CLIPINF/" + names.back() + ".clpi", Bytes(i % 3 * 2048, content));
-        tree.add("BDMV/STREAM/" + names.back() + ".m2ts", Bytes(i % 7, content));
+        tree.add("BDMV/PLAYLIST/" + names.back() + ".mpls",
+                 Bytes(i % 3 * 2048 + i, static_cast<std::uint8_t>(i)));
     }
-    const testsupport::TemporaryFolder folder;
+    const TemporaryFolder folder;
     tree.writeDirectory(folder / "disc");
     ASSERT_TRUE(
         run("cd " + folder / "" + " && " + GetParam() + " -iso-level 3 -V AUTHORED -o disc.iso disc"));
@@ -51,19 +40,15 @@ TEST_P(AuthoredBluray, ImageGivesTheFiles)
     EXPECT_EQ(source.mode,
               program == "genisoimage" ? discio::BluraySourceMode::Udf : discio::BluraySourceMode::Iso);
     EXPECT_EQ(source.volumeId, "AUTHORED");
-    for (const testsupport::TreeFile& file : tree.files()) {
+    for (const TreeFile& file : tree.files()) {
         Bytes bytes;
         EXPECT_EQ(readWholeFile(source, file.path, bytes), 0) << file.path;
         EXPECT_EQ(bytes, file.bytes) << file.path;
-        EXPECT_EQ(blurayFileSize(source, file.path), file.bytes.size()) << file.path;
     }
-    for (const auto& [directory, suffix] :
-         {std::pair{"BDMV/PLAYLIST", ".mpls"}, {"BDMV/CLIPINF", ".clpi"}, {"BDMV/STREAM", ".m2ts"}}) {
-        std::vector<std::string> listed;
-        EXPECT_EQ(listFilesWithSuffix(source, directory, suffix, listed), 0) << directory;
-        std::ranges::sort(listed);
-        EXPECT_EQ(listed, names) << directory;
-    }
+    std::vector<std::string> listed;
+    EXPECT_EQ(listFilesWithSuffix(source, "BDMV/PLAYLIST", ".mpls", listed), 0);
+    std::ranges::sort(listed);
+    EXPECT_EQ(listed, names);
 }
 
 // With UDF 1.02 over the same data, and without.
@@ -77,21 +62,16 @@ TEST(Udf250Lister, ExtractsTheVeryFiles)
     for (const ImageSpec& spec :
          {ImageSpec{}, ImageSpec{.hasMetadataCopy = false}, ImageSpec{.isMetadataMapFirst = true},
           ImageSpec{.descriptorKind = 1, .partitionNumber = 7}, ImageSpec{.descriptorKind = 3}}) {
-        DiscTree tree = testsupport::sampleBluray();
+        DiscTree tree = sampleBluray();
         for (int i = 1000; spec.descriptorKind != 3 && i < 1200; ++i) {  // a directory of several blocks
             tree.add("BDMV/AUXDATA/" + std::to_string(i) + ".otf", {static_cast<std::uint8_t>(i)});
         }
-        const testsupport::TemporaryFolder folder;
-        tree.image(testsupport::DiscForm::Udf250, spec).writeTo(folder / "disc.iso");
+        const TemporaryFolder folder;
+        tree.writeDirectory(folder / "disc");
+        tree.image(DiscForm::Udf250, spec).writeTo(folder / "disc.iso");
         const std::string extract = program + " x -y -o" + folder / "extracted" + ' ' + folder / "disc.iso";
         ASSERT_TRUE(run(extract + " | grep -F '*OSTA UDF Compliant::2.50'"));
-        for (const testsupport::TreeFile& file : tree.files()) {
-            EXPECT_EQ(contentOf(folder.path() / "extracted" / file.path), file.bytes) << file.path;
-        }
-        const auto files = fs::recursive_directory_iterator(folder / "extracted");
-        EXPECT_EQ(std::count_if(begin(files), end(files),
-                                [](const auto& entry) { return entry.is_regular_file(); }),
-                  static_cast<std::ptrdiff_t>(tree.files().size()));
+        EXPECT_TRUE(run("diff -r " + folder / "disc" + ' ' + folder / "extracted"));
     }
 }
 

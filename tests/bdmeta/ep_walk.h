@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <stdexcept>
 
 class EpWalk {
 public:
@@ -14,27 +15,26 @@ public:
         , m_sourcePacketCount(sourcePacketCount)
     {}
 
-    // The packet; empty if the lookup fails.
-    [[nodiscard]] std::optional<std::uint64_t> find(std::uint32_t time, bool isStart, std::uint8_t stcId)
-    {
-        m_isOverrun = false;
+    // The packet; empty if the lookup fails, as it does if it needs a byte behind the file's end.
+    [[nodiscard]] std::optional<std::uint64_t> find(std::uint32_t time, bool isStart,
+                                                    std::uint8_t stcId) const
+    try {
         const auto stcStart = findStcStart(stcId);
+        if (!stcStart) { return std::nullopt; }
         const std::uint64_t cpi = number(16, 4);
-        const bool hasMap = cpi != 0 && number(cpi, 4) != 0;
-        const std::uint64_t streamCount = hasMap ? number(cpi + 7, 1) : 0;
-        if (!stcStart || m_isOverrun) { return std::nullopt; }
+        const std::uint64_t streamCount = cpi != 0 && number(cpi, 4) != 0 ? number(cpi + 7, 1) : 0;
         for (std::uint64_t i = 0; i < streamCount; ++i) {
             std::optional<Entry> kept;
-            walkStream(cpi + 6, cpi + 8 + 12 * i, [&](const Entry& entry) {
+            for (const Entry& entry : entriesOf(cpi + 6, cpi + 8 + 12 * i)) {
                 const bool isCandidate = entry.packet >= *stcStart && (entry.time <= time) == isStart;
                 const bool isBetter = !kept || (isStart ? entry.time > kept->time : entry.time < kept->time);
                 if (isCandidate && isBetter) { kept = entry; }
-            });
-            if (m_isOverrun) { return std::nullopt; }
+            }
             if (kept) { return kept->packet; }
         }
-        if (isStart) { return std::nullopt; }
-        return m_sourcePacketCount;
+        return isStart ? std::nullopt : std::optional<std::uint64_t>(m_sourcePacketCount);
+    } catch (const std::out_of_range&) {
+        return std::nullopt;
     }
 
 private:
@@ -43,21 +43,17 @@ private:
         std::uint64_t packet;
     };
 
-    // A big-endian number; one that is not all in the file is an overrun.
-    std::uint64_t number(std::uint64_t offset, std::uint64_t width)
+    // A big-endian number.
+    [[nodiscard]] std::uint64_t number(std::uint64_t offset, std::uint64_t width) const
     {
         std::uint64_t value = 0;
         for (std::uint64_t i = offset; i < offset + width; ++i) {
-            if (i >= m_file.size()) {
-                m_isOverrun = true;
-                return 0;
-            }
-            value = value << 8U | m_file[i];
+            value = value << 8U | m_file.at(i);
         }
         return value;
     }
 
-    std::optional<std::uint64_t> findStcStart(std::uint8_t stcId)
+    [[nodiscard]] std::optional<std::uint64_t> findStcStart(std::uint8_t stcId) const
     {
         const std::uint64_t address = number(8, 4);
         if (address == 0) { return std::nullopt; }
@@ -68,37 +64,35 @@ private:
             at += 6;
             for (std::uint64_t id = firstId; id < firstId + stcCount; ++id, at += 14) {
                 const std::uint64_t spnStcStart = number(at + 2, 4);
-                if (m_isOverrun) { return std::nullopt; }
                 if (id == stcId) { return spnStcStart; }
             }
         }
         return std::nullopt;
     }
 
-    // Calls `look` with the entries of the stream that has this header, up to an overrun.
-    template <typename Look>
-    void walkStream(std::uint64_t map, std::uint64_t header, Look look)
+    // The entries of the stream that has this header.
+    [[nodiscard]] std::vector<Entry> entriesOf(std::uint64_t map, std::uint64_t header) const
     {
+        std::vector<Entry> entries;
         const std::uint64_t counts = number(header + 2, 6);
         const std::uint64_t coarseCount = counts >> 18U & 0xFFFFU;
         const std::uint64_t fineCount = counts & 0x3FFFFU;
         const std::uint64_t tables = map + number(header + 8, 4);
-        if (coarseCount == 0) { return; }
-        const std::uint64_t fineTable = tables + number(tables, 4);
-        for (std::uint64_t i = 0; i < coarseCount && !m_isOverrun; ++i) {
+        for (std::uint64_t i = 0; i < coarseCount; ++i) {
+            const std::uint64_t fineTable = tables + number(tables, 4);
             const std::uint64_t coarse = number(tables + 4 + 8 * i, 4);
             const std::uint64_t packet = number(tables + 8 + 8 * i, 4) & ~0x1FFFFULL;
             const std::uint64_t next =
                 i + 1 < coarseCount ? number(tables + 12 + 8 * i, 4) >> 14U : fineCount;
-            for (std::uint64_t j = coarse >> 14U; j < std::min(next, fineCount) && !m_isOverrun; ++j) {
+            for (std::uint64_t j = coarse >> 14U; j < std::min(next, fineCount); ++j) {
                 const std::uint64_t fine = number(fineTable + 4 * j, 4);
-                look({((coarse & 0x3FFEU) << 18U) + ((fine >> 17U & 0x7FFU) << 8U),
-                      packet + (fine & 0x1FFFFU)});
+                entries.push_back({((coarse & 0x3FFEU) << 18U) + ((fine >> 17U & 0x7FFU) << 8U),
+                                   packet + (fine & 0x1FFFFU)});
             }
         }
+        return entries;
     }
 
     const testsupport::Bytes& m_file;
     std::uint32_t m_sourcePacketCount;
-    bool m_isOverrun = false;
 };

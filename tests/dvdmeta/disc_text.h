@@ -25,33 +25,28 @@ inline std::string textOf(const auto& characters)
 
 inline std::string textOf(const dvdmeta::DvdStreamAttributes& streams)
 {
-    const dvdmeta::DvdVideoAttributes& video = streams.video;
     std::ostringstream out;
-    out << "  " << +video.codingMode << ' ' << video.formatName << ' ' << video.width << 'x' << video.height
-        << '\n';
-    for (const dvdmeta::DvdAudioStream& audio : streams.audio) {
-        out << "  audio " << textOf(audio.language) << ", " << +audio.codingMode << ' ' << audio.codingName
-            << ", " << +audio.channelsMinusOne << ' ' << audio.channels << ", " << +audio.sampleRateCode
-            << ' ' << audio.sampleRateName << '\n';
+    const auto& [width, height, formatName, codingMode] = streams.video;
+    out << "  " << +codingMode << ' ' << formatName << ' ' << width << 'x' << height << '\n';
+    for (const auto& a : streams.audio) {
+        out << "  audio " << textOf(a.language) << ", " << +a.codingMode << ' ' << a.codingName << ", "
+            << +a.channelsMinusOne << ' ' << a.channels << ", " << +a.sampleRateCode << ' '
+            << a.sampleRateName << '\n';
     }
-    for (const dvdmeta::DvdSubpictureStream& subpicture : streams.subpicture) {
-        out << "  subpicture " << textOf(subpicture.language) << ", " << +subpicture.codingMode << ' '
-            << subpicture.codingName << '\n';
+    for (const auto& s : streams.subpicture) {
+        out << "  subpicture " << textOf(s.language) << ", " << +s.codingMode << ' ' << s.codingName << '\n';
     }
     return out.str();
 }
 
 // What a title takes from its title set, but for the streams.
-inline std::string textOf(const dvdmeta::DvdTitle& title)
+inline std::string textOf(const dvdmeta::DvdTitle& t)
 {
     std::ostringstream out;
-    out << title.chapterCount << " chapters, " << title.programCount << " programs, " << title.cellCount
-        << " cells, " << title.durationMs << " ms, " << title.playbackSizeBytes << " bytes, sectors "
-        << title.firstSector << " to " << title.lastSector
-        << (title.complexAngle == 1 ? ", complex angles" : "");
-    if (const auto ms = dvdmeta::distinctPlayTimeMs(title.cells); ms > 0) {
-        out << ", distinct " << ms << " ms";
-    }
+    out << t.chapterCount << " chapters, " << t.programCount << " programs, " << t.cellCount << " cells, "
+        << t.durationMs << " ms, " << t.playbackSizeBytes << " bytes, sectors " << t.firstSector << " to "
+        << t.lastSector << (t.complexAngle == 1 ? ", complex angles" : "");
+    if (const auto ms = dvdmeta::distinctPlayTimeMs(t.cells); ms > 0) { out << ", distinct " << ms << " ms"; }
     return out.str();
 }
 
@@ -62,12 +57,11 @@ inline std::string textOf(const dvdmeta::DvdDisc& disc)
         out << "volume " << disc.volumeLabel << '|' << textOf(disc.volumeRaw) << "|\n";
     }
     out << "provider " << disc.providerText << '|' << textOf(disc.providerRaw) << "|\n";
-    for (const dvdmeta::DvdTitle& title : disc.titles) {
-        out << "title " << title.titleNumber << ": title " << title.vtsTtn << " of set "
-            << title.titleSetNumber << ", " << title.angleCount << " angles, PGC flags "
-            << title.multiOrRandomPgc << title.sizeFromEntryPgcOnly
-            << (title.isSizeEstimated() ? ", estimated" : "") << "\n  " << textOf(title) << '\n'
-            << textOf(title.streams);
+    for (const dvdmeta::DvdTitle& t : disc.titles) {
+        out << "title " << t.titleNumber << ": title " << t.vtsTtn << " of set " << t.titleSetNumber << ", "
+            << t.angleCount << " angles, PGC flags " << t.multiOrRandomPgc << t.sizeFromEntryPgcOnly
+            << (t.isSizeEstimated() ? ", estimated" : "") << "\n  " << textOf(t) << '\n'
+            << textOf(t.streams);
     }
     for (const dvdmeta::DvdTitleSet& titleSet : disc.titleSets) {
         out << "title set " << titleSet.number << '\n' << textOf(titleSet.streams);

@@ -15,7 +15,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <functional>
 
 using namespace testsupport;
@@ -47,22 +46,18 @@ protected:
             if (line.find("meta: info: ") == line.npos) { text += QString::fromStdString(line) + u'\n'; }
         }
         QList<quint64> lengths;
-        for (const DvdTitleInfo& title : m_result.dvdTitles) {
-            lengths.append(title.distinctDurationMs);
-        }
-        for (const BlurayTitleInfo& title : m_result.blurayTitles) {
-            lengths.append(title.distinctDurationMs);
-        }
+        std::ranges::transform(m_result.dvdTitles, std::back_inserter(lengths),
+                               &DvdTitleInfo::distinctDurationMs);
+        std::ranges::transform(m_result.blurayTitles, std::back_inserter(lengths),
+                               &BlurayTitleInfo::distinctDurationMs);
+        const DiscScanResult& r = m_result;
         QStringList readerErrors;
-        for (const Message& error : m_result.readerErrors) {
-            readerErrors.append(error.english());
-        }
-        QDebug(&text).nospace() << "= ok " << m_result.ok << " kind " << static_cast<int>(m_result.discType)
-                                << ' ' << lengths << " packages " << m_result.dvdPackage.size() << ' '
-                                << m_result.blurayPackage.size() << " found " << m_result.inDatabase
-                                << " disc " << m_result.discId << ' ' << m_result.newDiscUrl << " with "
-                                << m_result.configurations.size() << ' ' << m_result.errorMessage << ' '
-                                << readerErrors << '\n';
+        std::ranges::transform(r.readerErrors, std::back_inserter(readerErrors), &Message::english);
+        QDebug(&text).nospace() << "= ok " << r.ok << " kind " << static_cast<int>(r.discType) << ' '
+                                << lengths << " packages " << r.dvdPackage.size() << ' '
+                                << r.blurayPackage.size() << " found " << r.inDatabase << " disc " << r.discId
+                                << ' ' << r.newDiscUrl << " with " << r.configurations.size() << ' '
+                                << r.errorMessage << ' ' << readerErrors << '\n';
         EXPECT_FALSE(text.contains(u"secret"_s)) << text.toStdString();
         return text.replace(QString::fromStdString(m_server.url()), u"SERVICE"_s);
     }
@@ -125,49 +120,37 @@ TEST_F(DiscScans, RefuseWhatCannotBeReadOrPackaged)
     for (const char* name : {"00000", "00800", "00801"}) {
         noPlaylists.remove(std::string("BDMV/PLAYLIST/") + name + ".mpls");
     }
-    MplsSpec crowded;
-    crowded.playItems.assign(20, PlayItemSpec());
+    MplsSpec crowded{.playItems = std::vector<PlayItemSpec>(20)};
     for (std::uint16_t pid = 0; pid < 5000; ++pid) {
         crowded.playItems[pid / 250U].stn.primaryAudio.push_back(
             {.pid = pid, .attributes = audioAttributes("")});
     }
-    const Bytes crowd = crowded.build();
     DiscTree tooMuch = bluray;
     for (int name = 10'000; name < 10'050; ++name) {
-        tooMuch.add("BDMV/PLAYLIST/" + std::to_string(name) + ".mpls", crowd);
+        tooMuch.add("BDMV/PLAYLIST/" + std::to_string(name) + ".mpls", crowded.build());
     }
-    VmgSpec noTitles;
-    noTitles.titles.clear();
-    VmgSpec farTitle;  // in a title set beyond the last that a disc can have
-    farTitle.titles = {{.vtsn = 100}};
-    const DiscTree noSets = DiscTree().add("VIDEO_TS/VTS_100_0.IFO", VtsSpec().build());
-    const struct {
-        const char* name;
-        DiscTree disc;
-    } rows[] = {
-        {"a DVD without titles", DiscTree().add("VIDEO_TS/VIDEO_TS.IFO", noTitles.build())},
-        {"a DVD without title sets", DiscTree(noSets).add("VIDEO_TS/VIDEO_TS.IFO", farTitle.build())},
+    const std::pair<const char*, DiscTree> rows[] = {
+        {"a DVD without titles", DvdSpec{.vmg = {.titles = {}}, .titleSets = {}}.tree()},
+        // Its title is in a title set beyond the last that a disc can have.
+        {"a DVD without title sets",
+         DvdSpec{.vmg = {.titles = {{.vtsn = 100}}}, .titleSets = {{100, VtsSpec()}}}.tree()},
         {"a Blu-ray without playlists", noPlaylists},
         {"too many streams", tooMuch},
         {"a short playlist name", DiscTree(bluray).add("BDMV/PLAYLIST/1.mpls", MplsSpec().build())},
         {"a broken playlist", DiscTree(bluray).add("BDMV/PLAYLIST/00800.mpls", {'M', 'P', 'L', 'S'})},
     };
     QString text;
-    for (const auto& row : rows) {
-        const std::string path = row.disc.write(DiscForm::Directory, m_folder);
-        text += QLatin1String(row.name) + u":\n"_s + scan(path);
+    for (const auto& [name, disc] : rows) {
+        const std::string path = disc.write(DiscForm::Directory, m_folder);
+        text += QLatin1String(name) + u":\n"_s + scan(path);
         std::filesystem::remove_all(path);
     }
     text += u"no file:\n"_s + scan(m_folder / "disc");
 
-    const std::string image = bluray.write(DiscForm::Iso, m_folder);
-    std::filesystem::resize_file(image, (1U << 31U) + 4096U);
-    std::fstream file(image, std::ios::in | std::ios::out | std::ios::binary);
-    std::string head(1U << 20U, '\0');
-    file.read(head.data(), 1U << 20U);
-    const std::size_t record =
-        head.find("00800.mpls") - 33;  // the file's place stands in it in both byte orders
-    file.seekp(static_cast<std::streamoff>(record) + 2).write("\0\0\x10\0\0\x10\0\0", 8).flush();
+    BuiltImage built = bluray.image(DiscForm::Iso);
+    const std::uint64_t place = built.placeOf("BDMV/PLAYLIST/00800.mpls").record + 2;  // in both byte orders
+    const std::string image = m_folder / "disc.iso";
+    built.putLe(place, 1U << 20U, 4).putBe(place + 4, 1U << 20U, 4).writeTo(image, (1U << 31U) + 4096U);
     text += u"a playlist behind 2 GiB of an image:\n"_s + scan(image);
 
     const std::string good = sampleDvd().write(DiscForm::Directory, m_folder);
@@ -214,47 +197,43 @@ TEST_F(DiscScans, AreRefreshedInTheirConfigurationsAlone)
     for (qsizetype i = 0; i < service::kMaximumConfigurations; ++i) {
         tooMany += ",{}";
     }
-    struct Row {
-        const char* name;
-        ScriptedReply reply = {.body = "[]"};
-        DiscType kind = DiscType::Dvd;
-        qint64 discId = 9'007'199'254'740'993;
-        bool isKnown = true;
-        qint32 ok = 1;
-        const char* message = "";
-        const char* key = "top-secret";
-    };
-    const Row rows[] = {
-        {"two", {.body = R"([{"UID": 5, "Disc ID": "17"}, {"UID": 6}])"}},
-        {"refused", {.status = 404, .body = "No such\ndisc."}},
-        {"without sense", {.body = "{}"}},
-        {"too many", {.body = tooMany + ']'}},
-        {.name = "a Blu-ray", .kind = DiscType::Bluray},
-        {.name = "no kind", .kind = DiscType::None},
-        {.name = "number 0", .discId = 0},
-        {.name = "not in the database", .isKnown = false},
-        {.name = "after a note", .message = "a note"},
-        {.name = "after an error", .ok = 0, .message = "an error"},
-        {.name = "no key", .key = " "},
+    DiscScanResult known;
+    known.ok = 1;
+    known.discType = DiscType::Dvd;
+    known.discId = 9'007'199'254'740'993;
+    known.inDatabase = true;
+    known.configurations.resize(1);
+    known.newDiscUrl = u"https://example.org/new"_s;
+    known.dvdPackage = "package";
+    known.dvdTitles.resize(2);
+    using Change = void (*)(DiscScanResult&);
+    const std::tuple<const char*, ScriptedReply, Change> rows[] = {
+        {"two", {.body = R"([{"UID": 5, "Disc ID": "17"}, {"UID": 6}])"}, nullptr},
+        {"refused", {.status = 404, .body = "No such\ndisc."}, nullptr},
+        {"without sense", {.body = "{}"}, nullptr},
+        {"too many", {.body = tooMany + ']'}, nullptr},
+        {"a Blu-ray", {.body = "[]"}, [](DiscScanResult& r) { r.discType = DiscType::Bluray; }},
+        {"no kind", {}, [](DiscScanResult& r) { r.discType = DiscType::None; }},
+        {"number 0", {}, [](DiscScanResult& r) { r.discId = 0; }},
+        {"not in the database", {}, [](DiscScanResult& r) { r.inDatabase = false; }},
+        {"after a note", {.body = "[]"}, [](DiscScanResult& r) { scan::setError(r, "a note"); }},
+        {"after an error",
+         {.body = "[]"},
+         [](DiscScanResult& r) { r.ok = 0, scan::setError(r, "an error"); }},
     };
     QString text;
-    for (const Row& row : rows) {
-        m_server.playFor(kDvd + "configurations/get/", row.reply);
-        m_server.playFor(kBluray + "configurations/get/", row.reply);
-        m_scanner.setApiKey(QString::fromUtf8(row.key));
-        DiscScanResult known;
-        known.ok = row.ok;
-        known.discType = row.kind;
-        known.discId = row.discId;
-        known.inDatabase = row.isKnown;
-        known.configurations.resize(1);
-        scan::setError(known, Message::verbatim(QString::fromUtf8(row.message)));
-        known.newDiscUrl = u"https://example.org/new"_s;
-        known.dvdPackage = "package";
-        known.dvdTitles.resize(2);
-        text += QLatin1String(row.name) + u":\n"_s;
-        text += run([&] { return m_scanner.refreshConfigurations(known); });
+    const auto refresh = [&](const char* name, const DiscScanResult& disc) {
+        text += QLatin1String(name) + u":\n"_s + run([&] { return m_scanner.refreshConfigurations(disc); });
+    };
+    for (const auto& [name, reply, change] : rows) {
+        m_server.playFor(kDvd + "configurations/get/", reply);
+        m_server.playFor(kBluray + "configurations/get/", reply);
+        DiscScanResult disc = known;
+        if (change != nullptr) { change(disc); }
+        refresh(name, disc);
     }
+    m_scanner.setApiKey(u" "_s);
+    refresh("no key", known);
     expectGolden(text, "refresh.txt");
 }
 
@@ -282,25 +261,20 @@ TEST_F(DiscScans, FollowTheScannersSwitchAndRestoreTheThreads)
 
 TEST(DiscPath, OnlyARootKeepsASeparatorAtItsEnd)
 {
-    const struct {
-        char native;
-        const char* given;
-        const char* path;
-    } rows[] = {
-        {'/', "/a//", "/a"},
-        {'/', "//", "/"},
-        {'/', "/a\\", "/a\\"},
-        {'/', "//a/b/", "//a/b"},
-        {'/', "", ""},
-        {'\\', "D:\\", "D:\\"},
-        {'\\', "D:/BDMV\\", "D:/BDMV"},
-        {'\\', "\\\\a\\b\\", "\\\\a\\b\\"},
-        {'\\', "//a/b/c/", "//a/b/c"},
-        {'\\', "\\", "\\"},
-    };
+    const std::tuple<char, const char*, const char*> rows[] = {{'/', "/a//", "/a"},
+                                                               {'/', "//", "/"},
+                                                               {'/', "/a\\", "/a\\"},
+                                                               {'/', "//a/b/", "//a/b"},
+                                                               {'/', "", ""},
+                                                               {'\\', "D:\\", "D:\\"},
+                                                               {'\\', "D:/BDMV\\", "D:/BDMV"},
+                                                               {'\\', "\\\\a\\b\\", "\\\\a\\b\\"},
+                                                               {'\\', "//a/b/c/", "//a/b/c"},
+                                                               {'\\', "\\", "\\"}};
     for (const auto& [native, given, path] : rows) {
-        const QString text = scan::withoutTrailingSeparators(QLatin1StringView(given), QLatin1Char(native));
-        EXPECT_EQ(text.toStdString(), path);
+        EXPECT_EQ(scan::withoutTrailingSeparators(QLatin1StringView(given), QLatin1Char(native)),
+                  QLatin1StringView(path))
+            << given;
     }
 }
 
