@@ -12,6 +12,7 @@ build=(
     cmake                   # reads CMakePresets.json
     ninja-build             # the generator of every preset
     pkg-config              # finds cpp-httplib, which has no CMake package
+    lld                     # the linker of the sanitizer build
     qt6-base-dev            # Qt Core, Gui, Widgets, Test; includes the display plug-ins and a font
     qt6-tools-dev           # lets CMake find lupdate and lrelease
     qt6-l10n-tools          # lupdate and lrelease: extract texts, compile translations

@@ -54,7 +54,7 @@ inline void sealUdfTag(Bytes& descriptor, std::uint32_t location)
 {
     std::uint32_t crc = 0;  // of ECMA-167: x^16 + x^12 + x^5 + 1
     for (std::size_t bit = 8 * kUdfTagSize; bit < 8 * descriptor.size(); ++bit) {
-        const std::uint32_t next = descriptor[bit / 8] >> (7 - bit % 8) & 1U;
+        const std::uint32_t next = std::uint32_t{descriptor[bit / 8]} >> (7 - bit % 8) & 1U;
         crc = (crc << 1U & 0xFFFFU) ^ ((crc >> 15U ^ next) != 0 ? 0x1021U : 0);
     }
     putLe(descriptor, 2, 3, 2);  // descriptor version
