@@ -62,12 +62,4 @@ TEST(IsoDirectoryWalk, RecordsGoOnOverBlocksAndWindows)
     EXPECT_EQ(walk(SparseImage().put(0, bytes), size, size), text + ". 65578");
 }
 
-TEST(IsoDirectoryWalk, ReadsUpToTheLimitOfTheBudget)
-{
-    SparseImage image;
-    const std::uint32_t limit = 32U << 20U;
-    image.put(limit - kSector, isoRecord({"LAST", 1})).put(limit, isoRecord({"BEHIND", 2}));
-    EXPECT_EQ(walk(image, 5ULL << 30U, UINT32_MAX), "LAST@1+0 " + std::to_string(limit));
-}
-
 }  // namespace
