@@ -91,20 +91,17 @@ const std::string kLaunch =
     "\n";
 const std::string kClosing = "stop\nclose pipe\nrelease 5000\nclose event\n";
 
-// A message of this kind that announces `length` bytes, and `payload`.
-std::string message(std::uint32_t kind, const std::string& payload, std::size_t length)
+// A message of this kind. It announces the length of the payload or another one.
+std::string message(std::uint32_t kind, const std::string& payload = {},
+                    std::optional<std::size_t> length = {})
 {
     std::string bytes;
-    for (const std::size_t number : {std::size_t{kind}, length}) {
+    for (const std::size_t number : {std::size_t{kind}, length.value_or(payload.size())}) {
         for (unsigned shift = 0; shift < 32; shift += 8) {
             bytes += static_cast<char>(number >> shift & 0xFFU);
         }
     }
     return bytes + payload;
-}
-std::string message(std::uint32_t kind, const std::string& payload = {})
-{
-    return message(kind, payload, payload.size());
 }
 
 TEST(HelperWatch, ReportsMessagesUpToTheFirstFailure)

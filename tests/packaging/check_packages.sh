@@ -49,15 +49,6 @@ check_program() {
     done < <("$program" --help 2>/dev/null | grep -oE -- '--[a-z][a-z-]*' | sort -u)
 }
 
-# What desktops and software catalogues read.
-check_desktop_files() {
-    local root=$1/usr/share file said
-    for file in "$root"/applications/*.desktop; do desktop-file-validate "$file" || fault "$file"; done
-    for file in "$root"/metainfo/*.metainfo.xml; do
-        said=$(appstreamcli validate --no-net --no-color "$file") || fault "$file"$'\n'"$said"
-    done
-}
-
 shopt -s nullglob
 check_agreement
 packages=("$directory"/*.deb)
@@ -68,7 +59,10 @@ for package in "${packages[@]}"; do
     stray=$(find "$root" -mindepth 1 -not -path "$root/usr*" -o -type d -empty)
     [[ -z $stray ]] || fault "$package: outside /usr or empty: $stray"
     for program in "$root"/usr/bin/*; do check_program "$program" "$root"; done
-    check_desktop_files "$root"
+    for file in "$root"/usr/share/applications/*.desktop; do desktop-file-validate "$file" || fault "$file"; done
+    for file in "$root"/usr/share/metainfo/*.metainfo.xml; do
+        said=$(appstreamcli validate --no-net --no-color "$file") || fault "$file"$'\n'"$said"
+    done
     lintian --allow-root --profile debian --fail-on error,warning --display-info "$package" || fault "$package: lintian"
 done
 for name in "applications/$application_id.desktop" "metainfo/$application_id.metainfo.xml" \
