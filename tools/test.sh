@@ -32,8 +32,7 @@ step_format() {    # clang-format 14 would change no source
 }
 
 step_structure() {    # the rules for includes, platform macros and manual memory management
-    tests/structure/check_includes.sh
-    tests/structure/check_platform.sh
+    tests/structure/check_sources.sh
 }
 
 step_translations() {    # every translation is complete

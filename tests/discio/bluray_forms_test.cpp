@@ -67,14 +67,6 @@ TEST_P(BlurayForms, GivesFilesAndListingsInAnyLetterCase)
     }
     EXPECT_EQ(list("", ".x"), m_isTree ? "" : "failed");
 
-    std::string path;
-    discio::ExtentList data;
-    bool isDirectory = false;
-    EXPECT_EQ(resolveDirectoryPath(m_source, "bdmv/Playlist", path), m_isTree ? 0 : -1);
-    EXPECT_EQ(path, m_isTree ? m_folder / "disc/BDMV/PLAYLIST" : "");
-    EXPECT_EQ(resolveImagePath(m_source, "bdmv/Playlist", data, isDirectory), m_isTree ? -1 : 0);
-    EXPECT_EQ(isDirectory, !m_isTree);
-
     m_source.budget->lower(discio::ReadBudget::Bound::NavigationBytes, 199, "bytes");
     EXPECT_EQ(read("BDMV/index.bdmv").size(), 100U);
     EXPECT_EQ(m_source.budget->reached(), nullptr);

@@ -12,16 +12,6 @@ namespace {
 constexpr std::array<std::uint8_t, 8> kBytes = {0x81, 2, 3, 4, 5, 6, 7, 0x88};
 constexpr auto kHuge = std::numeric_limits<std::size_t>::max();
 
-TEST(ByteReader, ReadsBothByteOrders)
-{
-    EXPECT_EQ(ByteReader(kBytes).be16(), 0x8102);
-    EXPECT_EQ(ByteReader(kBytes).be32(), 0x81020304U);
-    EXPECT_EQ(ByteReader(kBytes).be64(), 0x8102030405060788U);
-    EXPECT_EQ(ByteReader(kBytes).le16(), 0x0281);
-    EXPECT_EQ(ByteReader(kBytes).le32(), 0x04030281U);
-    EXPECT_EQ(ByteReader(kBytes).le64(), 0x8807060504030281U);
-}
-
 TEST(ByteReader, AReadPastTheEndFailsForGoodAndMovesNothing)
 {
     ByteReader reader(kBytes);

@@ -148,15 +148,11 @@ TEST_F(DiscPaths, VolumeIdHasNoPadding)
     }
 }
 
-TEST_F(DiscPaths, MessagesAreCutAndMayBeUnwanted)
+TEST_F(DiscPaths, MessagesAreCut)
 {
     std::array<char, 12> small = {};
     EXPECT_EQ(openDvdSource("/nowhere", m_dvd, small.data(), small.size()), -1);
     EXPECT_STREQ(small.data(), "cannot stat");
-    EXPECT_EQ(openDvdSource("/nowhere", m_dvd, nullptr, 10), -1);
-    small[0] = 'x';
-    EXPECT_EQ(openDvdSource("/nowhere", m_dvd, small.data(), 0), -1);
-    EXPECT_EQ(small[0], 'x');
 }
 
 TEST_F(DiscPaths, DvdFilesOutliveTheirSource)

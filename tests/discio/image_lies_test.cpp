@@ -1,5 +1,6 @@
 // Images that lie about what they hold, or hold it far out: what is found, what is not, and what cannot be listed.
 #include "discio/dvd_source.h"
+#include "discio/iso9660.h"
 #include "tests/discio/bluray_test.h"
 
 #include <regex>
@@ -207,6 +208,29 @@ TEST_F(ImageLies, AnImageThatBecomesShorterIsNotRead)
     EXPECT_EQ(seen(imageOf("udf")), kWhole);
     std::filesystem::resize_file(m_path, imageOf("udf").placeOf("BDMV/B.x").data + kB.size() - 1);
     EXPECT_EQ(read("BDMV/B.x"), kUnreadable);
+}
+
+// A record lies over the end of the first 65,536 bytes that are read, and ends the directory.
+TEST_F(ImageLies, RecordsOfIsoGoOnOverBlocksAndWindows)
+{
+    Bytes bytes;
+    std::string wanted;
+    for (std::uint32_t i = 0; i <= 1560; ++i) {
+        const std::string name = "FILE" + std::to_string(10000 + i);  // a record of 42 bytes
+        append(bytes, isoRecord({name, i}));
+        wanted += name + '@' + std::to_string(i) + ' ';
+    }
+    writeFile(m_path, bytes);
+    const discio::OpenedFile image = discio::openRegularFile(m_path);
+    discio::ReadBudget budget;
+    const auto size = static_cast<std::uint32_t>(bytes.size());
+    discio::IsoDirectoryWalk walk(*image.stream, kSector, {0, size}, budget);
+    std::string text;
+    while (const auto record = walk.next()) {
+        text += record->name + '@' + std::to_string(record->extent.block) + ' ';
+    }
+    EXPECT_EQ(text, wanted);
+    EXPECT_TRUE(walk.isAtEnd());
 }
 
 }  // namespace

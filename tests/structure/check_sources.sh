@@ -1,8 +1,12 @@
 #!/usr/bin/env bash
-# Holds every include of the project against the drawing of its rooms (docs/ARCHITECTURE.md): upper rooms may
-# include lower ones, never the reverse; the readers and the native files know no Qt.
+# Holds the sources against three rules.
+# Includes follow the drawing of the rooms (docs/ARCHITECTURE.md): upper rooms may include lower ones, never the reverse;
+# the readers and the native files know no Qt. Platforms are told apart by files (x_posix.cpp, x_windows.cpp) that CMake
+# picks, so no platform macro stands in any source. Memory is owned by containers and smart pointers, so nothing
+# allocates or releases by hand; a deleter does (a line that holds operator()), widgets belong to their parents, and
+# exhaustion_test.cpp has an allocator of its own.
 #
-#   tests/structure/check_includes.sh [ROOT]      ROOT: the project's folder, by default this one
+#   tests/structure/check_sources.sh [ROOT]      ROOT: the project's folder, by default this one
 #
 # Prints one line per violation; exit status 1 if there is any.
 set -euo pipefail
@@ -72,6 +76,24 @@ while IFS= read -r match; do
     fi
 done < <(grep -rnE --include='*.h' --include='*.cpp' --exclude-dir=build --exclude-dir='.?*' '#[[:space:]]*include' .)
 
+# Every line of code as "file:line:text", without the contents of texts and without comments.
+code=$(grep -rn --include='*.h' --include='*.cpp' --exclude-dir=build --exclude-dir='.?*' '' . \
+    | sed -E "s#^\./##; s#'\"'##g; "'s#"([^"\\]|\\.)*"#""#g; s#//.*##; s#/\*.*\*/##g')
+
+# forbid MESSAGE PATTERN: PATTERN in the lines on standard input.
+forbid() {
+    local found
+    found=$(grep -P "^[^:]+:[0-9]+:.*($2)") || return 0
+    printf '%s:\n%s\n' "$1" "$found"
+    violations=$((violations + $(wc -l <<<"$found")))
+}
+
+forbid "platform macro" <<<"$code" \
+    '\b(_?WIN(32|64)|__(linux|unix|APPLE|MINGW32|MINGW64|CYGWIN|FreeBSD)(__)?|_MSC_VER|Q_OS_[A-Z0-9_]+)\b'
+forbid "memory by hand" '\b(malloc|calloc|realloc|free)\s*\(|\bdelete\b(\[\])?\s*[A-Za-z_(:*]' \
+    < <(grep -vE '^tests/[a-z_]+/exhaustion_test\.cpp:|operator\(\)' <<<"$code")
+forbid "memory by hand" '\bnew\s+[A-Za-z_:]' < <(grep -vE '^(ui|app|tests)/|operator()' <<<"$code")
+
 [[ $includes -gt 0 ]] || { echo "no include found in $PWD"; exit 1; }
-echo "includes: $includes looked at, $violations violations"
+echo "sources: $includes includes and $(wc -l <<<"$code") lines looked at, $violations violations"
 [[ $violations -eq 0 ]]
