@@ -24,7 +24,6 @@ public:
     constexpr std::uint8_t u8() { return static_cast<std::uint8_t>(bigEndian(1)); }
     constexpr std::uint16_t be16() { return static_cast<std::uint16_t>(bigEndian(2)); }
     constexpr std::uint32_t be32() { return static_cast<std::uint32_t>(bigEndian(4)); }
-    constexpr std::uint64_t be64() { return bigEndian(8); }
     constexpr std::uint16_t le16() { return static_cast<std::uint16_t>(littleEndian(2)); }
     constexpr std::uint32_t le32() { return static_cast<std::uint32_t>(littleEndian(4)); }
     constexpr std::uint64_t le64() { return littleEndian(8); }
