@@ -34,9 +34,6 @@ test=(
     xvfb                    # a virtual display
     xdotool                 # presses keys on it
     imagemagick             # takes the screenshot and counts its colours
-    at-spi2-core            # the interface of screen readers
-    dbus                    # the bus of that interface
-    python3-pyatspi         # a client of that interface, for a test
     python3-jsonschema      # checks reports with the schema of the documents
 )
 browser=(

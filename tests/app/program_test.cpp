@@ -11,8 +11,6 @@
 #include <QProcess>
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <sys/sysmacros.h>
 
 using namespace testsupport;
 using namespace Qt::StringLiterals;
@@ -74,10 +72,9 @@ TEST_F(Program, ReadsItsCommandLineAndReportsDiscs)
 
 TEST_F(Program, NamesTheCommandThatMountsADrive)
 {
-    if (::mknod((m_folder / "sr0").c_str(), S_IFBLK | 0600U, ::makedev(7, 250)) != 0) {
-        GTEST_SKIP() << "only root makes devices";
-    }
-    const QByteArray text = run("ln -s sr0 cdrom; platterscope --report text cdrom");
+    const QByteArray text =
+        run("mknod sr0 b 7 250 || exit 77; ln -s sr0 cdrom; platterscope --report text cdrom");
+    if (text.endsWith("[77]\n")) { GTEST_SKIP() << "only root makes devices"; }
     EXPECT_TRUE(text.endsWith("! platterscope: error: The device is not mounted. Mount it with this command: "
                               "udisksctl mount -b " +
                               QByteArray::fromStdString(m_folder / "sr0") + "\n[1]\n"))

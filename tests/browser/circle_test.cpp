@@ -6,64 +6,47 @@
 #include "tests/support/sample_dvd.h"
 #include "tests/ui/window_fixture.h"
 
-class CircleTest : public QObject {
-    Q_OBJECT
+#include <gtest/gtest.h>
 
-private Q_SLOTS:
-    void whatIsTypedIsShown_data()
-    {
-        QTest::addColumn<QString>("scenario");
-        for (const QString& row : {u"film_dvd"_s, u"film_bluray"_s, u"markup"_s, u"correction"_s}) {
-            QTest::newRow(qPrintable(row)) << row.section(u'_', 0, 0);
-        }
-    }
-    void whatIsTypedIsShown();
-};
+namespace {
 
-// The golden file holds "name|language|added by" of each row, then the details of each title of the first one.
-void CircleTest::whatIsTypedIsShown()
+// The golden file holds "name|language|added by" of the row, then the details of each of its titles.
+void expectCircle(const testsupport::DiscTree& disc, const std::string& name)
 {
-    QFETCH(QString, scenario);
-    const std::string row = QTest::currentDataTag();
     WindowFixture fixture;
     const testsupport::LocalService service{
         TESSERA_LOCAL_EXECUTABLE, fixture.folder / "service.db", {"key=ada"}};
     const testsupport::ScopedEnvironment address{"PLATTERSCOPE_SERVICE_URL", service.baseUrl()};
-    QVERIFY2(service.isReady(), service.log().c_str());
-    const testsupport::DiscTree disc =
-        row == "film_bluray" ? testsupport::sampleBluray() : testsupport::sampleDvd();
+    ASSERT_TRUE(service.isReady()) << service.log();
     disc.writeDirectory(fixture.root + "/disc");
     fixture.run(
         u"stored key ; start ; during Add disc to Tessera?: button Yes ; open disc ; trigger configurations"_s);
-    auto* list = fixture.part<QTreeWidget>(u"configurationList"_s);
-    QCOMPARE(list->topLevelItemCount(), 0);
-
     const QString page = fixture.part<QLabel>(u"newConfigurationLink"_s)->text().section(u'"', 1, 1);
     QProcess browser;
     browser.setProcessChannelMode(QProcess::MergedChannels);
-    browser.start(QStringLiteral(DESCRIBE_DISC), {scenario, page, QString::fromStdString(fixture.root)});
+    browser.start(QStringLiteral(DESCRIBE_DISC), {page, QString::fromStdString(fixture.root)});
     if (!browser.waitForFinished(120'000)) { browser.terminate(); }
     browser.waitForFinished();
-    if (browser.exitCode() == 77) { QSKIP("needs a browser: tools/setup.sh browser"); }
-    QVERIFY2(browser.exitStatus() == QProcess::NormalExit && browser.exitCode() == 0,
-             browser.readAll().constData());
+    if (browser.exitCode() == 77) { GTEST_SKIP() << "needs a browser: tools/setup.sh browser"; }
+    ASSERT_TRUE(browser.exitStatus() == QProcess::NormalExit && browser.exitCode() == 0)
+        << browser.readAll().toStdString();
 
     fixture.run(u"click refreshConfigurations"_s);
-    QString text;
-    for (int i = 0; i < list->topLevelItemCount(); ++i) {
-        text += cellsOf(list->model()->index(i, 0)) + u'\n';
-    }
     fixture.run(u"openRow configurationList 0"_s);
+    QString text = cellsOf(fixture.part<QTreeWidget>(u"configurationList"_s)->currentIndex()) + u'\n';
     const auto* tree = fixture.part<QTreeWidget>(u"configurationTree"_s);
     for (int i = 0; i < tree->topLevelItemCount(); ++i) {
         fixture.run(u"openRow configurationTree %1"_s.arg(i));
         text += u'\n' + fixture.part<QTextEdit>(u"configurationDetails"_s)->toPlainText();
     }
-    const std::string difference =
-        testsupport::goldenDifference(text.toStdString(), "browser/golden/" + row + ".txt");
-    QVERIFY2(difference.empty(), difference.c_str());
-    QCOMPARE(fixture.driver.neverShown(), QString());
+    EXPECT_EQ(testsupport::goldenDifference(text.toStdString(), "browser/golden/" + name + ".txt"), "");
+    EXPECT_EQ(fixture.driver.neverShown(), QString());
 }
 
-QTEST_MAIN(CircleTest)
-#include "circle_test.moc"
+TEST(Circle, OfADiscShowsWhatWasTyped)
+{
+    expectCircle(testsupport::sampleDvd(), "dvd");
+    expectCircle(testsupport::sampleBluray(), "bluray");
+}
+
+}  // namespace

@@ -8,7 +8,7 @@ def variants(value):
     """Yields the value with one place of the wrong type, with one member removed, and with one member added."""
     yield None
     if type(value) is int:
-        yield value + 0.5
+        yield from (value + 0.5, "12")
     elif isinstance(value, list) and value:
         yield from ([variant] + value[1:] for variant in variants(value[0]))
     elif isinstance(value, dict):
@@ -25,8 +25,5 @@ assert {report["kind"] for report in reports} == {"bluray", "dvd"}
 for report in reports:
     validator.validate(report)
     other_kind = {"bluray": "dvd", "dvd": "bluray"}[report["kind"]]
-    summary = report["disc"] | {"discSummary": report["disc"]["discSummary"] | {"durationMs": "12"}}
-    wrong = [report | {"kind": other_kind}, report | {"packageSha256": report["packageSha256"].upper()},
-             report | {"disc": summary}, *variants(report)]
-    for variant in wrong:
+    for variant in report | {"kind": other_kind}, report | {"packageSha256": "A" * 64}, *variants(report):
         assert not validator.is_valid(variant), f"taken: {json.dumps(variant)}"

@@ -2,7 +2,6 @@
 #include "tests/ui/window_fixture.h"
 #include "ui/readable_palette.h"
 
-#include <QApplication>
 #include <QFileDialog>
 #include <QHeaderView>
 #include <QScreen>
@@ -76,9 +75,8 @@ TEST(Layout, BeginsInsideTheScreen)
 TEST(Layout, CutsNoText)
 {
     EXPECT_EQ(problemsOfEverything(), QString());
-    if (QApplication::primaryScreen()->availableSize().width() < 1000) {
-        return;
-    }  // too small for larger letters
+    // A small screen has no room for larger letters.
+    if (QApplication::primaryScreen()->availableSize().width() < 1000) { return; }
     QFont font;
     font.setPointSize(24);
     QApplication::setFont(font);

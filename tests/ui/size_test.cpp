@@ -1,9 +1,6 @@
 // Discs, replies and logs of any size do not hold the window up.
 #include "tests/ui/window_fixture.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QListWidget>
 
 #include <gtest/gtest.h>
@@ -59,13 +56,12 @@ TEST(Size, OfADiscLeavesTheWindowFree)
         const char* name;
         DiscScanResult result;
     } rows[] = {{"250,000 titles", {.discType = DiscType::Dvd, .dvdTitles = QList<DvdTitleInfo>(250'000)}},
-                {"250,000 tracks",
-                 {.discType = DiscType::Dvd, .dvdTitles = {{.audioTracks = QList<AudioTrackInfo>(250'000)}}}},
-                {"250,000 segments",
-                 {.discType = kBluray, .blurayTitles = {{.segmentMap = QStringList(250'000, u"00001"_s)}}}},
+                {"250,000 segments and tracks",
+                 {.discType = kBluray,
+                  .blurayTitles = {{.segmentMap = QStringList(250'000, u"00001"_s),
+                                    .audioTracks = QList<AudioTrackInfo>(250'000)}}}},
                 {"a name of 100 MB", {.discType = kBluray, .blurayDiscName = u"x\n"_s.repeated(50'000'000)}},
                 {"an error of 100 MB", {.error = Message::verbatim(u"<b>\u05D0\n"_s.repeated(20'000'000))}},
-                {"an error of 100 MB of NUL", {.error = Message::verbatim(QString(100'000'000, QChar(0)))}},
                 {"1,500 decoys", {.discType = kBluray, .blurayTitles = decoys}}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
@@ -106,20 +102,17 @@ TEST(Size, OfAReplyLeavesTheWindowFree)
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         const QString text = u"\u05D0\u05D1 <b>"_s.repeated(row.noteLength / 6);
-        QJsonArray titles;
-        for (int i = 0; i < row.titles; ++i) {
-            titles.append(QJsonObject{{u"id"_s, i}, {u"note"_s, text}});
-        }
-        QJsonArray list;
+        const QString title = uR"({\"id\": 1, \"note\": \"%1\"})"_s.arg(text);
+        const QString titles = QStringList(row.titles, title).join(u',');
+        QStringList list;
         for (int i = 0; i < row.configurations; ++i) {
-            const QString name = u"Disc %1"_s.arg(i * 7919 % row.configurations) + text;
-            const QJsonDocument data(QJsonObject{{u"disc_name"_s, name}, {u"titles"_s, titles}});
-            list.append(QJsonObject{{u"UID"_s, i + 1},
-                                    {u"Added By Username"_s, text},
-                                    {u"Data"_s, QString::fromUtf8(data.toJson())}});
+            list.append(
+                uR"({"UID": %1, "Added By Username": "%2", "Data": "{\"disc_name\": \"%3\", \"titles\": [%4]}"})"_s
+                    .arg(QString::number(i + 1), text, QString::number(i * 7919 % row.configurations) + text,
+                         titles));
         }
         WindowFixture fixture(u"stored key ; start ; open bluray ; trigger configurations"_s);
-        fixture.server.play({.body = QJsonDocument(list).toJson().toStdString()});
+        fixture.server.play({.body = '[' + list.join(u',').toStdString() + ']'});
         const LagLimit lag;
         fixture.click(u"refreshConfigurations"_s);
         auto* view = fixture.part<QTreeWidget>(u"configurationList"_s);

@@ -32,11 +32,6 @@ QDialog* dialog()
     return qobject_cast<QDialog*>(QApplication::activeModalWidget());
 }
 
-QString buildFolder()
-{
-    return QDir(QCoreApplication::applicationDirPath() + u"/.."_s).canonicalPath();
-}
-
 void waitFor(const char* what, const std::function<bool()>& isReached)
 {
     if (!QTest::qWaitFor(isReached, 20'000)) { qFatal("never: %s", what); }
@@ -64,16 +59,12 @@ WindowFixture::WindowFixture(const QString& commands)
 void WindowFixture::run(const QString& commands, const QString& separator)
 {
     for (QString command : commands.split(separator)) {
-        command.replace(u"FOLDER"_s, m_home.path()).replace(u"BUILD"_s, buildFolder());
+        command.replace(u"FOLDER"_s, m_home.path()).replace(u"BUILD"_s, m_build);
         const QString argument = command.section(u' ', 1).replace(u"\\n"_s, u"\n"_s);
-        run(this, command.section(u' ', 0, 0), Q_ARG(QString, argument));
-    }
-}
-
-void WindowFixture::run(QObject* object, const QString& slot, const QGenericArgument& argument)
-{
-    if (!QMetaObject::invokeMethod(object, slot.toLatin1().constData(), argument)) {
-        qFatal("no %s", qPrintable(slot));
+        const QByteArray slot = command.section(u' ', 0, 0).toLatin1();
+        if (!QMetaObject::invokeMethod(this, slot.constData(), Q_ARG(QString, argument))) {
+            qFatal("no %s", slot.constData());
+        }
     }
 }
 
@@ -94,7 +85,7 @@ QString WindowFixture::seen(const QString& step, const QString& commands)
     m_seenFacts = facts;
     static const QRegularExpression time(u"\\[\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\]"_s);
     static const QRegularExpression digest(u"\\b[0-9a-f]{64}\\b"_s);
-    text.replace(time, u"TIME"_s).replace(digest, u"DIGEST"_s).replace(buildFolder(), u"BUILD"_s);
+    text.replace(time, u"TIME"_s).replace(digest, u"DIGEST"_s).replace(m_build, u"BUILD"_s);
     text.replace(m_home.path(), u"FOLDER"_s);
     return text.replace(QString::fromStdString(server.url()), u"SERVICE"_s);
 }
@@ -241,24 +232,12 @@ void WindowFixture::find(const QString& text)
 
 void WindowFixture::tab(const QString& /*none*/)
 {
-    const auto round = [this](const QString& key) {
-        QStringList names;
-        do {
-            names.append(focus()->objectName());
-            press(key);
-        } while (names.size() < 20 && focus()->objectName() != names.first());
-        return names.join(u' ');
-    };
-    driver.record(u"Tab: "_s + round(u"Tab"_s) + u'\n');
-    driver.record(u"Shift+Tab: "_s + round(u"Shift+Backtab"_s) + u'\n');
-}
-
-void WindowFixture::knock(const QString& keys)
-{
-    for (const QChar key : keys) {
-        QTest::keyClick(window->windowHandle(), key.toLatin1(), Qt::AltModifier);
-        QTest::keyClick(window->windowHandle(), key.toLatin1());
-    }
+    QStringList names;
+    do {
+        names.append(focus()->objectName());
+        press(u"Tab"_s);
+    } while (names.size() < 20 && focus()->objectName() != names.first());
+    driver.record(u"Tab: "_s + names.join(u' ') + u'\n');
 }
 
 void WindowFixture::during(const QString& titleAndCommands)
@@ -289,6 +268,11 @@ void WindowFixture::parts(const QString& whose)
 {
     QWidget* parent = whose == u"dialog"_s ? dialog() : static_cast<QWidget*>(window.get());
     driver.record(partsOf(whose == u"page"_s ? window->centralWidget() : parent));
+}
+
+void WindowFixture::look(const QString& /*none*/)
+{
+    driver.record(seen(dialog() == nullptr ? u"  meanwhile, without a dialog"_s : u"  meanwhile"_s));
 }
 
 void WindowFixture::watched(const QString& /*none*/)

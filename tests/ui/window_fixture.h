@@ -22,7 +22,6 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
 #include <ostream>
 #include <string>
 
@@ -76,7 +75,7 @@ public Q_SLOTS:
     // system without threads.
     void sh(const QString& commands);
     void stored(const QString& key) { (void)service::saveApiKey(key); }
-    void service(const QString& url) { m_address.emplace("PLATTERSCOPE_SERVICE_URL", url.toStdString()); }
+    void service(const QString& url) { qputenv("PLATTERSCOPE_SERVICE_URL", url.toUtf8()); }
     void reply(const QString& reply);
     void found(const QString& body);
     void release(const QString& requests);
@@ -88,7 +87,7 @@ public Q_SLOTS:
     // Shows a new window and waits until its start-up, with this disc to open, has ended. A slot of the window, a check of a
     // key, the ends of program and window.
     void start(const QString& disc);
-    void call(const QString& slot) { run(window.get(), slot, {}); }
+    void call(const QString& slot) { QMetaObject::invokeMethod(window.get(), slot.toLatin1().constData()); }
     void check(const QString& key) { say(window->authenticateAndSaveApiKey(key)); }
     void quit(const QString& /*none*/) { QApplication::quit(); }
     void destroy(const QString& /*none*/) { window.reset(); }
@@ -107,19 +106,19 @@ public Q_SLOTS:
     void open(const QString& name);
 
     // Keys ("Alt Down Shift+F10"; "Alt" alone goes to the menu bar and back), a text that finds a row, what has the focus
-    // while Tab goes once around, keys that a desktop sends around the dialog in front.
+    // while Tab goes once around.
     void press(const QString& keys);
     void find(const QString& text);
     void tab(const QString& /*none*/);
-    void knock(const QString& keys);
 
     // Commands while the next dialog of a title is shown ("Title: look; type key"). In these: a button, a text and Return,
-    // all parts of the "dialog", "page" or "window", what has changed behind it.
+    // the desktop's close, all parts of the "dialog", "page" or "window", what has changed behind it.
     void during(const QString& titleAndCommands);
     void button(const QString& text);
     void type(const QString& text);
+    void shut(const QString& /*none*/) { QApplication::activeModalWidget()->close(); }
     void parts(const QString& whose);
-    void look(const QString& /*none*/) { driver.record(seen(u"  meanwhile"_s)); }
+    void look(const QString& /*none*/);
 
     // Waits until the monitor watches the Blu-ray disc, for all that has happened so far, for a status, for the end of all
     // threads that the window began.
@@ -133,14 +132,13 @@ public Q_SLOTS:
 
 private:
     [[nodiscard]] QPoint placeOf(const QString& row) const;
-    static void run(QObject* object, const QString& slot, const QGenericArgument& argument);
     void say(bool isAccepted) { driver.record(isAccepted ? u"  accepted\n"_s : u"  refused\n"_s); }
     [[nodiscard]] QWidget* focus() const;
     [[nodiscard]] QStringList facts() const;
 
     QDir m_home{QString::fromStdString(root)};
+    QString m_build = QDir(QCoreApplication::applicationDirPath() + u"/.."_s).canonicalPath();
     QProcess m_shell;
-    std::optional<testsupport::ScopedEnvironment> m_address;
     std::unique_ptr<testsupport::NoThreads> m_noThreads;
     std::size_t m_seenRequests = 0;
     QStringList m_seenFacts;
@@ -155,9 +153,6 @@ private:
 
 // The texts of the row's columns.
 [[nodiscard]] QString cellsOf(const QModelIndex& row);
-
-// How the text differs from tests/ui/golden/<name>.txt; empty if it does not.
-[[nodiscard]] std::string difference(const QString& text, const std::string& name);
 
 // For failure messages.
 inline void PrintTo(const QString& text, std::ostream* out)
