@@ -75,8 +75,7 @@ inline ClpiSpec richClip()
         {.streams = {{0x1011, {36, 0x81, 0b0101'1010, 0xC7}}, {0x1100, audio(0, "jpn").attributes}}},
         {.streams = {{0x1200, graphics(0).attributes}}}};
     spec.atcSequences = {{.stcSequences = {{.presentationStartTime = 1000, .presentationEndTime = 46000}}},
-                         {.spnAtcStart = 80,
-                          .offsetStcId = 2,
+                         {.offsetStcId = 2,
                           .stcSequences = {{.spnStcStart = 50, .presentationEndTime = 90044},
                                            {.presentationStartTime = 5, .presentationEndTime = 4}}}};
     spec.epStreams = {epStream({{0, 10}, {25600, 60}, {1U << 20U, 70}, {1U << 21U, 1U << 18U}}),

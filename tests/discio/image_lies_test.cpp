@@ -99,7 +99,7 @@ std::uint64_t placeIn(const BuiltImage& image, const std::string& name, const st
     if (name.starts_with("sector")) { return std::stoull(name.substr(6)) * kSector; }
     const std::map<std::string, std::uint64_t> places = {
         {"descriptor", kIsoDescriptor},    {"anchor", kUdfAnchor},         {"volume", kUdfLogicalVolume},
-        {"partition", kUdfFirstPartition}, {"fileset", image.fileSet()},   {"copy", image.fileSetCopy()},
+        {"partition", kUdfFirstPartition}, {"fileset", image.fileSet},     {"copy", image.fileSetCopy},
         {"metadata", kMetadataFile},       {"mirror", kMetadataMirrorFile}};
     if (const auto known = places.find(name); known != places.end()) { return known->second; }
     const bool isFile = name.size() == 1 && name != "V";
@@ -127,7 +127,7 @@ std::uint64_t put(const std::string& changes, BuiltImage& image)
         const std::uint64_t from = change[3].matched ? std::stoull(change[3]) : 0;
         const std::uint64_t offset = placeIn(image, change[1], change[2]) + from;
         if (value == "zeros") {
-            image.wipe(offset);
+            image.put(offset, Bytes(kSector));
         } else if (value[0] == '\'') {
             image.put(offset, Bytes(value.begin() + 1, value.end() - 1));
         } else {

@@ -108,7 +108,7 @@ TEST(DirectoryWatch, LosesNoneOfAHundredThousandOpens)
     ASSERT_TRUE(watched.start());
     for (int i = 0; i < 50; ++i) {
         watched.reports.clear();
-        watched.player.openAndClose("S/1.m2ts", 2000);  // the kernel queues 16,384 events
+        watched.player.run("for i in $(seq 2000); do : <S/1.m2ts; done");  // the kernel queues 16,384 events
         const std::string text = watched.reports.after("", 4000);
         ASSERT_EQ(std::count(text.begin(), text.end(), ';'), 3999);
     }

@@ -247,7 +247,7 @@ TEST_F(Requests, EndAtTheirLimits)
     const std::chrono::milliseconds interval(100);
     m_server.play({.rawBytes = head, .repeated = "X: 1\r\n", .repeats = 300, .interval = interval});
     expectEnd(kGet, timeout);
-    m_server.play({.rawBytes = head + "\r\n17", .staysOpen = true});
+    m_server.play({.rawBytes = head + "\r\n17", .repeats = 1, .interval = std::chrono::seconds(3)});
     expectEnd(kGet, "17");
     const testsupport::LoopbackPort deaf;  // takes what fits into the system's buffers
     const ScopedEnvironment full("PLATTERSCOPE_SERVICE_URL", deaf.url());

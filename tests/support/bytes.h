@@ -30,11 +30,6 @@ using Bytes = std::vector<std::uint8_t>;
     return bytes;
 }
 
-inline void growTo(Bytes& bytes, std::size_t size)
-{
-    if (bytes.size() < size) { bytes.resize(size); }
-}
-
 template <typename Content = Bytes>  // or a text
 void append(Bytes& bytes, const Content& content)
 {
@@ -55,7 +50,7 @@ inline void appendBe(Bytes& bytes, std::initializer_list<Be> numbers)
 template <typename Content = Bytes>
 void putBytes(Bytes& bytes, std::size_t offset, const Content& content)
 {
-    growTo(bytes, offset + content.size());
+    bytes.resize(std::max(bytes.size(), offset + content.size()));
     std::ranges::copy(content, bytes.begin() + static_cast<std::ptrdiff_t>(offset));
 }
 inline void putText(Bytes& bytes, std::size_t offset, std::string_view text)

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <fstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -13,36 +14,33 @@ namespace testsupport {
 class CapturedLog {
 public:
     CapturedLog()
-        : m_file(std::tmpfile())
-        , m_former(::dup(STDERR_FILENO))
     {
-        if (m_file == nullptr || m_former < 0 || ::dup2(::fileno(m_file), STDERR_FILENO) < 0) {
+        std::FILE* const file = std::tmpfile();
+        if (file == nullptr || ::dup2(::fileno(file), STDERR_FILENO) < 0) {
             throw std::runtime_error("cannot capture standard error");
         }
+        std::fclose(file);
     }
     ~CapturedLog()
     {
         ::dup2(m_former, STDERR_FILENO);
         ::close(m_former);
-        std::fclose(m_file);
     }
     CapturedLog(const CapturedLog&) = delete;
     CapturedLog& operator=(const CapturedLog&) = delete;
 
-    [[nodiscard]] std::vector<std::string> lines() const
+    [[nodiscard]] static std::vector<std::string> lines()
     {
-        std::rewind(m_file);
-        std::vector<std::string> lines(1);
-        for (int character = std::fgetc(m_file); character != EOF; character = std::fgetc(m_file)) {
-            character == '\n' ? lines.emplace_back() : lines.back() += static_cast<char>(character);
+        std::ifstream file("/proc/self/fd/2");
+        std::vector<std::string> lines;
+        for (std::string line; std::getline(file, line);) {
+            lines.push_back(line);
         }
-        if (lines.back().empty()) { lines.pop_back(); }
         return lines;
     }
 
 private:
-    std::FILE* m_file;
-    int m_former;
+    int m_former = ::dup(STDERR_FILENO);
 };
 
 }  // namespace testsupport

@@ -9,13 +9,11 @@
 namespace testsupport {
 
 struct StcSequenceSpec {
-    std::uint16_t pcrPid = 0x1001;
     std::uint32_t spnStcStart = 0;
     std::uint32_t presentationStartTime = 0;  // 45 kHz ticks
     std::uint32_t presentationEndTime = 45000;
 };
 struct AtcSequenceSpec {
-    std::uint32_t spnAtcStart = 0;
     std::uint8_t offsetStcId = 0;
     std::vector<StcSequenceSpec> stcSequences = {StcSequenceSpec{}};
 };
@@ -64,10 +62,7 @@ struct EntryPoint {
     return stream;
 }
 
-inline constexpr std::size_t kSequenceInfoStart = 60;
-
 struct ClpiSpec {
-    std::string version = "0200";
     std::uint8_t clipStreamType = 1;
     std::uint8_t applicationType = 1;
     std::uint32_t tsRecordingRate = 6000000;
@@ -81,12 +76,9 @@ struct ClpiSpec {
     [[nodiscard]] Bytes build() const
     {
         Bytes file(46);
-        putText(file, 0, "HDMV" + version);
-        appendBe(file, {{clipStreamType, 1},
-                        {applicationType, 1},
-                        {0, 4},
-                        {tsRecordingRate, 4},
-                        {numberOfSourcePackets, 4}});
+        putText(file, 0, "HDMV0200");
+        appendBe(file, {{clipStreamType, 1}, {applicationType, 1}, {0, 4}});
+        appendBe(file, {{tsRecordingRate, 4}, {numberOfSourcePackets, 4}});
         std::size_t address = 8;
         for (const Bytes& section : {sequenceInfo(), programInfo(), cpi()}) {
             putBe(file, address, file.size(), 4);
@@ -102,9 +94,9 @@ private:
     {
         Bytes section = beBytes(atcSequences.size(), 2);
         for (const AtcSequenceSpec& atc : atcSequences) {
-            appendBe(section, {{atc.spnAtcStart, 4}, {atc.stcSequences.size(), 1}, {atc.offsetStcId, 1}});
+            appendBe(section, {{0, 4}, {atc.stcSequences.size(), 1}, {atc.offsetStcId, 1}});
             for (const StcSequenceSpec& stc : atc.stcSequences) {
-                appendBe(section, {{stc.pcrPid, 2}, {stc.spnStcStart, 4}});
+                appendBe(section, {{0x1001, 2}, {stc.spnStcStart, 4}});
                 appendBe(section, {{stc.presentationStartTime, 4}, {stc.presentationEndTime, 4}});
             }
         }

@@ -5,32 +5,26 @@
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
-#include <QSqlRecord>
 
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 namespace testsupport {
 
-// Runs one statement on the database `path` and returns the first row, its columns as bytes.
-inline std::vector<QByteArray> firstRow(const std::string& path, const std::string& statement)
+// Runs one statement on the database `path` and returns the first value of its result, or "".
+inline std::string firstValue(const std::string& path, const std::string& statement)
 {
-    std::vector<QByteArray> columns;
+    std::string value;
     {
         QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("test"));
         database.setDatabaseName(QString::fromStdString(path));
         QSqlQuery query(database.open() ? database : QSqlDatabase());
         query.exec(QString::fromStdString(statement));
-        if (query.next()) {
-            for (int i = 0; i < query.record().count(); ++i) {
-                columns.push_back(query.value(i).toByteArray());
-            }
-        }
+        if (query.next()) { value = query.value(0).toByteArray().toStdString(); }
         if (query.lastError().isValid()) { throw std::runtime_error(query.lastError().text().toStdString()); }
     }
     QSqlDatabase::removeDatabase(QStringLiteral("test"));
-    return columns;
+    return value;
 }
 
 }  // namespace testsupport

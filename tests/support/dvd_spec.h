@@ -13,16 +13,17 @@ namespace testsupport {
 
 inline constexpr std::size_t kDvdSector = 2048;
 
-// A table: the number of entries, the address of the last byte, the entries' offsets and the entries. The offsets end
-// fields of `pointerSize` bytes each; 0: there are none.
-[[nodiscard]] inline Bytes dvdTable(std::size_t pointerSize, const std::vector<Bytes>& entries)
+// Appends a table: the number of entries, the address of the last byte, the entries' offsets and the entries, each as
+// `bytesOf` gives it. The offsets end fields of `pointerSize` bytes each; 0: there are none.
+template <typename Entry>
+void appendTable(Bytes& ifo, std::size_t pointerSize, const std::vector<Entry>& entries, auto bytesOf)
 {
     Bytes table(8 + pointerSize * entries.size());
     for (std::size_t i = 0; i < entries.size(); ++i) {
         if (pointerSize > 0) { putBe(table, 4 + pointerSize * (i + 1), table.size(), 4); }
-        append(table, entries[i]);
+        append(table, bytesOf(entries[i]));
     }
-    return patched(table, {{0, 2, entries.size()}, {4, 4, table.size() - 1}});
+    append(ifo, patched(table, {{0, 2, entries.size()}, {4, 4, table.size() - 1}}));
 }
 
 // An entry of the title table (TT_SRPT).
@@ -41,17 +42,15 @@ struct VmgSpec {
 
     [[nodiscard]] Bytes build() const
     {
-        std::vector<Bytes> entries;
-        for (const VmgTitleSpec& title : titles) {
-            Bytes& entry = entries.emplace_back();
-            appendBe(entry, {{title.playbackType, 1}, {title.angles, 1}, {title.chapters, 2}});
-            appendBe(entry, {{0, 2}, {title.vtsn, 1}, {title.vtsTtn, 1}, {0, 4}});
-        }
         Bytes ifo(kDvdSector);
         putText(ifo, 0, "DVDVIDEO-VMG");
         putText(ifo, 0x40, provider);
         putBe(ifo, 0xC4, 1, 4);
-        append(ifo, dvdTable(0, entries));
+        appendTable(ifo, 0, titles, [](const VmgTitleSpec& title) {
+            const auto [type, angles, chapters, vtsn, vtsTtn] = title;
+            return patched(Bytes(12),
+                           {{0, 1, type}, {1, 1, angles}, {2, 2, chapters}, {6, 1, vtsn}, {7, 1, vtsTtn}});
+        });
         ifo.resize(roundedUp(ifo.size(), kDvdSector));
         return ifo;
     }
@@ -97,12 +96,12 @@ struct PgcSpec {
 
     [[nodiscard]] Bytes build() const
     {
-        const std::size_t cellTable = roundedUp(kHeader + programMap.size(), 2);
-        Bytes pgc = patched(Bytes(cellTable), {{2, 1, programMap.size()}, {3, 1, cells.size()}});
+        const std::size_t cellTable = roundedUp(236 + programMap.size(), 2);
+        Bytes pgc =
+            patched(Bytes(cellTable),
+                    {{2, 1, programMap.size()}, {3, 1, cells.size()}, {230, 2, 236}, {232, 2, cellTable}});
         putBytes(pgc, 4, time);
-        putBe(pgc, 230, kHeader, 2);
-        putBe(pgc, 232, cellTable, 2);
-        putBytes(pgc, kHeader, programMap);
+        putBytes(pgc, 236, programMap);
         for (const CellSpec& cell : cells) {
             appendBe(pgc, {{cell.blockBits, 1}, {0, 3}});
             append(pgc, cell.time);
@@ -110,9 +109,6 @@ struct PgcSpec {
         }
         return pgc;
     }
-
-private:
-    static constexpr std::size_t kHeader = 236;
 };
 
 // VTS_nn_0.IFO: the header, the PTT search table and the PGC table, each from a sector's start. The file ends with the
@@ -132,21 +128,16 @@ struct VtsSpec {
         putBe(ifo, 0xC4, titleVobSector, 4);
         putBe(ifo, 0xC8, 1, 4);
         putAttributes(ifo);
-        std::vector<Bytes> chapters;
-        for (const std::vector<PttSpec>& title : titles) {
-            Bytes& entry = chapters.emplace_back();
+        appendTable(ifo, 4, titles, [](const std::vector<PttSpec>& title) {
+            Bytes chapters;
             for (const PttSpec& ptt : title) {
-                appendBe(entry, {{ptt.pgcn, 2}, {ptt.pgn, 2}});
+                appendBe(chapters, {{ptt.pgcn, 2}, {ptt.pgn, 2}});
             }
-        }
-        append(ifo, dvdTable(4, chapters));
+            return chapters;
+        });
         ifo.resize(roundedUp(ifo.size(), kDvdSector));
         putBe(ifo, 0xCC, ifo.size() / kDvdSector, 4);
-        std::vector<Bytes> chains;
-        for (const PgcSpec& pgc : pgcs) {
-            chains.push_back(pgc.build());
-        }
-        append(ifo, dvdTable(8, chains));
+        appendTable(ifo, 8, pgcs, [](const PgcSpec& pgc) { return pgc.build(); });
         return ifo;
     }
 

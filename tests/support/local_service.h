@@ -7,6 +7,7 @@
 #include <signal.h>
 #include <sys/prctl.h>
 
+#include <algorithm>
 #include <chrono>
 #include <fstream>
 #include <iterator>
@@ -26,11 +27,9 @@ public:
     {
         QStringList line{QStringLiteral("--database"), QString::fromStdString(database)};
         for (const std::string& key : keys) {
-            line << QStringLiteral("--key") << QString::fromStdString(key);
+            line << QString::fromStdString("--key=" + key);
         }
-        for (const std::string& argument : arguments) {
-            line << QString::fromStdString(argument);
-        }
+        std::ranges::transform(arguments, std::back_inserter(line), &QString::fromStdString);
         m_process.setStandardErrorFile(QString::fromStdString(m_logPath), QIODevice::Append);
         m_process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
         m_process.start(QString::fromStdString(executable), line);
@@ -39,8 +38,6 @@ public:
         }
     }
     ~LocalService() { stop(); }
-    LocalService(const LocalService&) = delete;
-    LocalService& operator=(const LocalService&) = delete;
 
     // Whether the service is listening. If not, the log may have the reason.
     [[nodiscard]] bool isReady() const { return port() > 0; }
@@ -62,10 +59,8 @@ public:
     {
         if (m_process.state() != QProcess::NotRunning) {
             if (signal != 0) { ::kill(static_cast<pid_t>(m_process.processId()), signal); }
-            if (!m_process.waitForFinished(static_cast<int>(limit.count()))) {
-                m_process.kill();
-                m_process.waitForFinished();
-            }
+            if (!m_process.waitForFinished(static_cast<int>(limit.count()))) { m_process.kill(); }
+            m_process.waitForFinished();
         }
         return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
     }

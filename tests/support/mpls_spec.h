@@ -19,7 +19,7 @@ struct AngleSpec {
 [[nodiscard]] inline Bytes withLanguage(Bytes attributes, const std::string& language)
 {
     append(attributes, language);
-    growTo(attributes, 5);
+    attributes.resize(5);
     return attributes;
 }
 [[nodiscard]] inline Bytes audioAttributes(const std::string& language = "eng",
@@ -43,9 +43,9 @@ struct AngleSpec {
     return withLanguage({0x92, characterCode}, language);
 }
 
-// A stream_entry and its stream_attributes, with the reference lists that follow secondary streams.
+// A stream_entry of the PlayItem's own clip and its stream_attributes, with the reference lists that follow secondary
+// streams.
 struct StnStreamSpec {
-    std::uint8_t entryType = 1;  // 1 own clip, 2 a sub path's clip, 3 and 4 of the other kinds of sub path
     std::uint16_t pid = 0;
     Bytes attributes = {};        // the coding type first
     Bytes primaryAudioRefs = {};  // secondary audio; for secondary video its secondary audio
@@ -69,9 +69,7 @@ struct StnTableSpec {
                                   std::initializer_list<Bytes StnStreamSpec::*> lists = {}) {
             putBe(table, countOffset, streams.size(), 1);
             for (const StnStreamSpec& stream : streams) {
-                const std::size_t references = stream.entryType == 1 ? 0 : stream.entryType == 2 ? 2 : 1;
-                appendBe(table, {{9, 1}, {stream.entryType, 1}, {0, references}, {stream.pid, 2}});
-                appendBe(table, {{0, 6 - references}, {stream.attributes.size(), 1}});
+                appendBe(table, {{9, 1}, {1, 1}, {stream.pid, 2}, {0, 6}, {stream.attributes.size(), 1}});
                 append(table, stream.attributes);
                 for (const auto list : lists) {
                     appendBe(table, {{(stream.*list).size(), 1}, {0, 1}});
@@ -95,7 +93,6 @@ struct StnTableSpec {
 
 struct PlayItemSpec {
     std::string clipName = "00001";
-    std::string codecId = "M2TS";
     std::uint8_t connectionCondition = 1;
     std::uint8_t refToStcId = 0;
     std::uint32_t inTime = 0;
@@ -109,7 +106,7 @@ struct PlayItemSpec {
     [[nodiscard]] Bytes build() const
     {
         Bytes item(2);
-        append(item, clipName + codecId);
+        append(item, clipName + "M2TS");
         appendBe(item, {{(furtherAngles.empty() ? 0U : 0x10U) | connectionCondition, 2}});
         appendBe(item, {{refToStcId, 1}, {inTime, 4}, {outTime, 4}, {0, 8}});
         appendBe(item, {{randomAccess ? 0x80U : 0U, 1}, {stillMode, 1}, {stillTime, 2}});
@@ -132,11 +129,9 @@ struct MarkSpec {
     std::uint32_t duration = 0;
 };
 
-inline constexpr std::size_t kPlayListStart = 64;
-inline constexpr std::size_t kFirstPlayItem = kPlayListStart + 10;
+inline constexpr std::size_t kFirstPlayItem = 74;
 
 struct MplsSpec {
-    std::string version = "0200";
     std::uint32_t appInfoLength = 14;
     std::uint8_t playbackType = 1;
     std::uint8_t appInfoFlags = 0;
@@ -147,15 +142,14 @@ struct MplsSpec {
     // The header with AppInfoPlayList(), PlayList(), PlayListMark(), and nothing behind them.
     [[nodiscard]] Bytes build() const
     {
-        Bytes file = patched(Bytes(kPlayListStart), {{8, 4, kPlayListStart}, {40, 4, appInfoLength}});
-        putText(file, 0, "MPLS" + version);
-        putBe(file, 45, playbackType, 1);
+        Bytes file = patched(Bytes(64), {{8, 4, 64}, {40, 4, appInfoLength}, {45, 1, playbackType}});
+        putText(file, 0, "MPLS0200");
         putBe(file, 56, appInfoFlags, 1);
         appendBe(file, {{0, 6}, {playItems.size(), 2}, {numberOfSubPaths, 2}});
         for (const PlayItemSpec& item : playItems) {
             append(file, item.build());
         }
-        putBe(file, kPlayListStart, file.size() - kPlayListStart - 4, 4);
+        putBe(file, 64, file.size() - 68, 4);
         putBe(file, 12, file.size(), 4);
         appendBe(file, {{2 + 14 * marks.size(), 4}, {marks.size(), 2}});
         for (const MarkSpec& mark : marks) {

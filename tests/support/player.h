@@ -30,19 +30,6 @@ public:
     Player(const Player&) = delete;
     Player& operator=(const Player&) = delete;
 
-    // Opens the file for reading under `number`, 3 to 9, until close() of the same number.
-    void open(int number, const std::string& path)
-    {
-        run("exec " + std::to_string(number) + "<" + quoted(path));
-    }
-    void close(int number) { run("exec " + std::to_string(number) + "<&-"); }
-
-    // Opens and closes the file `times` times.
-    void openAndClose(const std::string& path, int times = 1)
-    {
-        run("for i in $(seq " + std::to_string(times) + "); do : <" + quoted(path) + "; done");
-    }
-
     // Runs shell commands and waits for their end.
     void run(const std::string& commands)
     {
@@ -55,15 +42,6 @@ public:
     }
 
 private:
-    static std::string quoted(const std::string& path)
-    {
-        std::string text = "'";
-        for (const char letter : path) {
-            letter == '\'' ? text += R"('\'')" : text += letter;
-        }
-        return text + '\'';
-    }
-
     std::FILE* m_commands = nullptr;
     std::FILE* m_replies = nullptr;
 };

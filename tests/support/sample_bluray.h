@@ -9,7 +9,6 @@
 namespace testsupport {
 
 inline constexpr std::uint32_t kSecond = 45000;  // in the ticks of presentation times
-inline constexpr std::uint32_t kSourcePacketSize = 192;
 
 // A clip of ten-second entry points, each 1,000 packets behind the one before.
 [[nodiscard]] inline Bytes sampleClip(std::uint32_t seconds)
@@ -20,23 +19,18 @@ inline constexpr std::uint32_t kSourcePacketSize = 192;
     }
     ClpiSpec clip;
     clip.numberOfSourcePackets = seconds * 100;
-    clip.atcSequences = {
-        AtcSequenceSpec{.stcSequences = {StcSequenceSpec{.presentationEndTime = seconds * kSecond}}}};
-    clip.programs = {
-        ProgramSpec{.streams = {ClipStreamSpec{.pid = 0x1011, .codingInfo = videoAttributes()}}}};
+    clip.atcSequences = {{.stcSequences = {{.presentationEndTime = seconds * kSecond}}}};
+    clip.programs = {{.streams = {{.pid = 0x1011, .codingInfo = videoAttributes()}}}};
     clip.epStreams = {epStream(points)};
     return clip.build();
 }
 
 [[nodiscard]] inline StnTableSpec sampleStreams()
 {
-    StnTableSpec stn;
-    stn.primaryVideo = {StnStreamSpec{.pid = 0x1011, .attributes = videoAttributes()}};
-    stn.primaryAudio = {StnStreamSpec{.pid = 0x1100, .attributes = audioAttributes("eng", 0x83)},
-                        StnStreamSpec{.pid = 0x1101, .attributes = audioAttributes("deu", 0x81, 3)}};
-    stn.graphics = {StnStreamSpec{.pid = 0x1200, .attributes = graphicsAttributes("eng")},
-                    StnStreamSpec{.pid = 0x1201, .attributes = graphicsAttributes("qqq")}};
-    return stn;
+    return {
+        .primaryVideo = {{0x1011, videoAttributes()}},
+        .primaryAudio = {{0x1100, audioAttributes("eng", 0x83)}, {0x1101, audioAttributes("deu", 0x81, 3)}},
+        .graphics = {{0x1200, graphicsAttributes("eng")}, {0x1201, graphicsAttributes("qqq")}}};
 }
 
 // A PlayItem that plays a clip from its start to `seconds`.
@@ -50,37 +44,30 @@ inline constexpr std::uint32_t kSourcePacketSize = 192;
 {
     PlayItemSpec menuItem{.clipName = "00003", .outTime = 30 * kSecond};
     menuItem.stn.primaryVideo = sampleStreams().primaryVideo;
-    menuItem.stn.interactiveGraphics = {
-        StnStreamSpec{.pid = 0x1400, .attributes = graphicsAttributes("eng", 0x91)}};
-    MplsSpec menu;
-    menu.playItems = {menuItem};
-    menu.marks = {};
-
-    MplsSpec film;
-    film.playItems = {sampleItem("00001", 60), sampleItem("00002", 60)};
-    film.playItems[0].furtherAngles = {AngleSpec{.clipName = "00002"}};
-    film.marks = {MarkSpec{}, MarkSpec{.timeStamp = 30 * kSecond}, MarkSpec{.refToPlayItemId = 1}};
-
+    menuItem.stn.interactiveGraphics = {{0x1400, graphicsAttributes("eng", 0x91)}};
+    const MplsSpec menu{.playItems = {menuItem}, .marks = {}};
+    MplsSpec film{.playItems = {sampleItem("00001", 60), sampleItem("00002", 60)},
+                  .marks = {{}, {.timeStamp = 30 * kSecond}, {.refToPlayItemId = 1}}};
+    film.playItems[0].furtherAngles = {{.clipName = "00002"}};
     MplsSpec decoy = film;
     std::swap(decoy.playItems[0].clipName, decoy.playItems[1].clipName);
 
-    Bytes index(78);
+    Bytes index = patched(Bytes(78), {{8, 4, 40}, {68, 2, 2}});
     putText(index, 0, "INDX0200");
-    putBe(index, 8, 40, 4);
-    putBe(index, 68, 2, 2);
     Bytes identity(40);
     putText(identity, 0, "BDID0200");
     appendBe(identity, {{0x0000ABCD, 4}, {0x0001020304050607, 8}, {0x08090A0B0C0D0E0F, 8}});
 
     DiscTree tree;
-    tree.add("BDMV/index.bdmv", index).add("CERTIFICATE/id.bdmv", identity);
-    tree.add("BDMV/PLAYLIST/00000.mpls", menu.build())
+    tree.add("BDMV/index.bdmv", index)
+        .add("CERTIFICATE/id.bdmv", identity)
+        .add("BDMV/PLAYLIST/00000.mpls", menu.build())
         .add("BDMV/PLAYLIST/00800.mpls", film.build())
         .add("BDMV/PLAYLIST/00801.mpls", decoy.build());
-    for (const char* clip : {"00001", "00002", "00003"}) {
-        const std::uint32_t seconds = clip == std::string("00003") ? 30 : 60;
-        tree.add(std::string("BDMV/CLIPINF/") + clip + ".clpi", sampleClip(seconds))
-            .add(std::string("BDMV/STREAM/") + clip + ".m2ts", Bytes(seconds * 100 * kSourcePacketSize));
+    for (const std::string clip : {"00001", "00002", "00003"}) {
+        const std::uint32_t seconds = clip == "00003" ? 30 : 60;
+        tree.add("BDMV/CLIPINF/" + clip + ".clpi", sampleClip(seconds));
+        tree.add("BDMV/STREAM/" + clip + ".m2ts", Bytes(seconds * 100 * 192));  // of source packets
     }
     return tree;
 }

@@ -1,30 +1,26 @@
-// An environment variable that holds another value while the object lives.
+// An environment variable that holds another value while the object lives. For tests that link Qt.
 #pragma once
 
-#include <cstdlib>
-#include <optional>
+#include <QByteArray>
+
 #include <string>
 
 namespace testsupport {
 
 class ScopedEnvironment {
 public:
-    ScopedEnvironment(std::string name, const std::string& value)
-        : m_name(std::move(name))
+    ScopedEnvironment(const char* name, const std::string& value)
+        : m_name(name)
     {
-        if (const char* const former = std::getenv(m_name.c_str())) { m_former = former; }
-        ::setenv(m_name.c_str(), value.c_str(), 1);
+        qputenv(m_name, value.c_str());
     }
-    ~ScopedEnvironment()
-    {
-        m_former ? ::setenv(m_name.c_str(), m_former->c_str(), 1) : ::unsetenv(m_name.c_str());
-    }
+    ~ScopedEnvironment() { m_former.isNull() ? qunsetenv(m_name) : qputenv(m_name, m_former); }
     ScopedEnvironment(const ScopedEnvironment&) = delete;
     ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
 
 private:
-    std::string m_name;
-    std::optional<std::string> m_former;
+    const char* m_name;
+    QByteArray m_former = qgetenv(m_name);
 };
 
 }  // namespace testsupport

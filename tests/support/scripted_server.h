@@ -1,29 +1,22 @@
 // A real HTTP server on 127.0.0.1 that plays the replies a test wrote down, faulty ones included, and records what it was
-// asked:
-//
-//   ScriptedServer server;
-//   ScopedEnvironment address("PLATTERSCOPE_SERVICE_URL", server.url());
-//   server.play({.status = 403, .body = "Key revoked."});
-//   ... the code under test ...
-//   EXPECT_EQ(server.requests().at(0).header("apiKey"), "some key");
-//
-// One thread serves one connection after the other and closes each after its reply.
+// asked. One thread serves one connection after the other and closes each after its reply.
 #pragma once
 
+#include <ext/stdio_filebuf.h>
 #include <netinet/in.h>
 #include <strings.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <chrono>
-#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <istream>
 #include <map>
 #include <mutex>
 #include <optional>
-#include <sstream>
+#include <semaphore>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -84,8 +77,6 @@ struct RecordedRequest {
 struct ScriptedReply {
     int status = 200;
     std::string body = {};
-    std::vector<std::string> headerLines = {};                     // besides Content-Length and Connection
-    std::optional<std::size_t> bodyBytesBeforeCut = std::nullopt;  // the connection ends after so many
     std::optional<std::string> rawBytes = std::nullopt;  // sent instead of all this; empty: just close
     bool isHeld = false;                                 // not sent before release(); may be for ever
 
@@ -94,8 +85,6 @@ struct ScriptedReply {
     std::uint64_t repeats = 0;
     std::chrono::milliseconds interval{0};  // a time to wait before each
     std::string end = {};                   // sent after the last of them
-
-    bool staysOpen = false;  // nothing follows, but the connection lasts until the client ends it
 };
 
 class ScriptedServer {
@@ -108,8 +97,6 @@ public:
         release();
         m_thread.join();
     }
-    ScriptedServer(const ScriptedServer&) = delete;
-    ScriptedServer& operator=(const ScriptedServer&) = delete;
 
     [[nodiscard]] std::string url() const { return m_port.url(); }
 
@@ -129,12 +116,7 @@ public:
     }
 
     // Lets one held reply go: the one being held, else the next to be.
-    void release()
-    {
-        const std::lock_guard lock(m_mutex);
-        ++m_releases;
-        m_changed.notify_all();
-    }
+    void release() { m_releases.release(); }
 
     // The requests so far, each recorded when it is complete and before it is answered.
     [[nodiscard]] std::vector<RecordedRequest> requests() const
@@ -143,106 +125,72 @@ public:
         return m_requests;
     }
 
-    // Blocks until so many requests are recorded; false if `timeout` passes first.
-    [[nodiscard]] bool waitForRequests(std::size_t count,
-                                       std::chrono::seconds timeout = std::chrono::seconds(10)) const
-    {
-        std::unique_lock lock(m_mutex);
-        return m_changed.wait_for(lock, timeout, [&] { return m_requests.size() >= count; });
-    }
-
 private:
-    static bool receiveMore(int client, std::string& buffer)
-    {
-        char chunk[16384];
-        const ssize_t count = ::recv(client, chunk, sizeof chunk, 0);
-        if (count > 0) { buffer.append(chunk, static_cast<std::size_t>(count)); }
-        return count > 0;
-    }
-
     static bool send(int client, const std::string& bytes)
     {
         return ::send(client, bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
     }
 
-    // Empty if the client ends the connection before its request is complete.
-    static std::optional<RecordedRequest> receive(int client)
+    // Nothing if the client ends the connection before its request is complete.
+    static std::optional<RecordedRequest> receive(int client, std::istream& in)
     {
-        std::string buffer;
-        while (buffer.find("\r\n\r\n") == std::string::npos) {
-            if (!receiveMore(client, buffer)) { return std::nullopt; }
-        }
         RecordedRequest request;
-        std::istringstream head(buffer);
         std::string line;
-        head >> request.method >> request.target;
-        std::getline(head, line);  // the rest of the request line
-        while (std::getline(head, line) && line != "\r") {
+        in >> request.method >> request.target;
+        std::getline(in, line);  // the rest of the request line
+        while (std::getline(in, line) && line != "\r") {
             request.headerLines.push_back(line.substr(0, line.size() - 1));
         }
-        request.body = buffer.substr(buffer.find("\r\n\r\n") + 4);
         if (!request.header("Expect").empty()) { send(client, "HTTP/1.1 100 Continue\r\n\r\n"); }
         const std::string length = request.header("Content-Length");
-        while (request.body.size() < (length.empty() ? 0 : std::stoul(length))) {
-            if (!receiveMore(client, request.body)) { return std::nullopt; }
-        }
-        return request;
+        request.body.resize(length.empty() ? 0 : std::stoul(length));
+        in.read(request.body.data(), static_cast<std::streamsize>(request.body.size()));
+        return in ? std::optional(std::move(request)) : std::nullopt;
     }
 
-    static void sendReply(int client, const ScriptedReply& reply)
+    void sendReply(int client, const ScriptedReply& reply)
     {
-        std::string bytes = "HTTP/1.1 " + std::to_string(reply.status) + " Scripted\r\n";
-        bytes += "Content-Length: " + std::to_string(reply.body.size()) + "\r\nConnection: close\r\n";
-        for (const std::string& line : reply.headerLines) {
-            bytes += line + "\r\n";
-        }
-        bytes += "\r\n" + reply.body.substr(0, reply.bodyBytesBeforeCut.value_or(std::string::npos));
-        bool isTaken = send(client, reply.rawBytes.value_or(bytes));
+        if (reply.isHeld) { m_releases.acquire(); }
+        const std::string head = "HTTP/1.1 " + std::to_string(reply.status) +
+                                 " Scripted\r\nContent-Length: " + std::to_string(reply.body.size()) +
+                                 "\r\nConnection: close\r\n\r\n";
+        bool isTaken = send(client, reply.rawBytes.value_or(head + reply.body));
         for (std::uint64_t i = 0; isTaken && i < reply.repeats; ++i) {
             std::this_thread::sleep_for(reply.interval);
             isTaken = send(client, reply.repeated);
         }
-        isTaken = isTaken && send(client, reply.end);
-        for (std::string ignored; isTaken && reply.staysOpen;) {
-            isTaken = receiveMore(client, ignored);
-        }
+        if (isTaken) { send(client, reply.end); }
     }
 
     void serveConnections()
     {
-        for (int client = 0; (client = ::accept4(m_port.socket(), nullptr, nullptr, SOCK_CLOEXEC)) >= 0;
-             ::close(client)) {
-            if (const auto request = receive(client)) { sendReply(client, takeReply(*request)); }
+        for (int client = 0; (client = ::accept4(m_port.socket(), nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
+            __gnu_cxx::stdio_filebuf<char> buffer(client, std::ios::in | std::ios::binary);  // will close it
+            std::istream in(&buffer);
+            if (const auto request = receive(client, in)) { sendReply(client, takeReply(*request)); }
         }
     }
 
     ScriptedReply takeReply(const RecordedRequest& request)
     {
-        std::unique_lock lock(m_mutex);
-        ScriptedReply reply = {.status = 501, .body = "no reply scripted for " + request.target};
-        const auto found = m_repliesByPath.find(request.target.substr(0, request.target.find('?')));
-        if (!m_queue.empty()) {
-            reply = std::move(m_queue.front());
-            m_queue.pop_front();
-        } else if (found != m_repliesByPath.end()) {
-            reply = found->second;
-        }
+        const std::lock_guard lock(m_mutex);
         m_requests.push_back(request);
-        m_changed.notify_all();
-        if (reply.isHeld) {
-            m_changed.wait(lock, [this] { return m_releases > 0; });
-            --m_releases;
+        if (m_queue.empty()) {
+            const auto found = m_repliesByPath.find(request.target.substr(0, request.target.find('?')));
+            if (found != m_repliesByPath.end()) { return found->second; }
+            return {.status = 501, .body = "no reply scripted for " + request.target};
         }
+        ScriptedReply reply = std::move(m_queue.front());
+        m_queue.pop_front();
         return reply;
     }
 
     LoopbackPort m_port;
+    std::counting_semaphore<> m_releases{0};
     mutable std::mutex m_mutex;  // guards what follows
-    mutable std::condition_variable m_changed;
     std::deque<ScriptedReply> m_queue;
     std::map<std::string, ScriptedReply> m_repliesByPath;
     std::vector<RecordedRequest> m_requests;
-    int m_releases = 0;
 
     std::thread m_thread{&ScriptedServer::serveConnections, this};
 };

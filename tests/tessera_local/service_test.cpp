@@ -224,8 +224,7 @@ protected:
     // The first value that a statement on the database gives.
     std::string sql(const std::string& statement) const
     {
-        const std::vector<QByteArray> row = testsupport::firstRow(m_database, statement);
-        return row.empty() ? "" : row[0].toStdString();
+        return testsupport::firstValue(m_database, statement);
     }
 
     testsupport::TemporaryFolder m_folder;
@@ -454,9 +453,9 @@ TEST_F(Service, PrintsWhyItDoesNotStart)
 {
     start();
     std::ofstream(m_folder / "text") << std::string(200, 'x');
-    testsupport::firstRow(m_folder / "newer", "PRAGMA user_version = 2");
-    testsupport::firstRow(m_folder / "newer", "PRAGMA application_id = 1414745137");
-    testsupport::firstRow(m_folder / "other", "PRAGMA application_id = 5");
+    testsupport::firstValue(m_folder / "newer", "PRAGMA user_version = 2");
+    testsupport::firstValue(m_folder / "newer", "PRAGMA application_id = 1414745137");
+    testsupport::firstValue(m_folder / "other", "PRAGMA application_id = 5");
     const struct {
         int status;
         std::string database, argument, printed;

@@ -1,4 +1,6 @@
-#include "tests/support/image_builder.h"
+#include "tests/support/disc_tree.h"
+
+#include <utility>
 
 namespace testsupport {
 
@@ -9,6 +11,12 @@ constexpr std::uint32_t kAllocationUnit = 32;       // of UDF 2.50's metadata, i
 constexpr std::uint32_t kNotRecorded = 0x80000000;  // in the length of an extent
 constexpr std::uint8_t kDirectoryFlag = 0x02;       // of ISO-9660's records and of UDF's characteristics
 constexpr std::uint8_t kParentCharacteristic = 0x08;
+
+Bytes part(const Bytes& bytes, std::size_t from, std::size_t size)
+{
+    const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(from);
+    return {begin, begin + static_cast<std::ptrdiff_t>(std::min(size, bytes.size() - from))};
+}
 
 std::uint32_t blocksOf(std::size_t sizeBytes)
 {
@@ -28,8 +36,6 @@ struct Node {
     [[nodiscard]] bool isDirectory() const { return file == nullptr; }
     [[nodiscard]] std::string name() const { return path.substr(path.rfind('/') + 1); }
 };
-
-}  // namespace
 
 // Lays the image out twice: sizes do not depend on places, so the second time every place is known where it is written.
 class ImageLayout {
@@ -91,8 +97,7 @@ private:
     void putBlocks(std::uint16_t partition, std::uint32_t block, const Bytes& bytes)
     {
         for (std::size_t start = 0; start < bytes.size(); start += kSector) {
-            const auto from = bytes.begin() + static_cast<std::ptrdiff_t>(start);
-            Bytes sector(from, from + static_cast<std::ptrdiff_t>(std::min(kSector, bytes.size() - start)));
+            Bytes sector = part(bytes, start, kSector);
             sector.resize(kSector);
             if (partition != m_physical && m_spec.hasMetadataCopy) {
                 m_image.put(offsetOf(partition, block, 1), sector);
@@ -107,25 +112,28 @@ private:
         putBlocks(partition, block, descriptor);
     }
 
-    // Puts a node's data into the next blocks, or where ImageSpec::sectors has them.
-    void putData(Node& node, const Bytes& bytes, std::uint16_t partition, std::size_t blocksPerExtent)
+    // The first block of a node's data: the one that ImageSpec::sectors has, or the next of so many free ones.
+    std::uint32_t place(const Node& node, std::uint32_t blockCount)
     {
         const auto chosen = m_spec.sectors.find(node.path);
-        const bool isChosen = chosen != m_spec.sectors.end();
-        if (isChosen) { partition = m_physical; }
-        std::uint32_t block = isChosen ? chosen->second - firstSector() : m_next;
+        if (chosen != m_spec.sectors.end()) { return chosen->second - firstSector(); }
+        return std::exchange(m_next, m_next + blockCount);
+    }
+
+    // Puts a node's data. A block is free between two extents.
+    void putData(Node& node, const Bytes& bytes, std::uint16_t partition, std::uint32_t blocksPerExtent)
+    {
+        const std::uint32_t blocks = blocksOf(bytes.size());
+        std::uint32_t block = place(node, blocks + (blocks == 0 ? 0 : (blocks - 1) / blocksPerExtent));
         node.udf = {static_cast<std::uint32_t>(bytes.size()), block, partition};
         node.extents.clear();
-        m_image.m_places[node.path].data = offsetOf(partition, block);
-        for (auto from = bytes.begin(); from != bytes.end();) {
-            const auto left = static_cast<std::size_t>(bytes.end() - from);
-            const auto length = static_cast<std::uint32_t>(std::min(left, blocksPerExtent * kSector));
-            node.extents.push_back({length, block, partition});
-            putBlocks(partition, block, Bytes(from, from + length));
-            from += length;
-            block += blocksOf(length) + (from != bytes.end() ? 1 : 0);
+        m_image.places[node.path].data = offsetOf(partition, block);
+        for (std::size_t from = 0; from < bytes.size(); from += blocksPerExtent * kSector) {
+            const Bytes extent = part(bytes, from, blocksPerExtent * kSector);
+            node.extents.push_back({static_cast<std::uint32_t>(extent.size()), block, partition});
+            putBlocks(partition, block, extent);
+            block += blocksPerExtent + 1;
         }
-        if (!isChosen) { m_next = block; }
     }
 
     [[nodiscard]] bool isEmbedded(const Node& node) const
@@ -135,12 +143,10 @@ private:
 
     [[nodiscard]] Bytes entryOf(const Node& node) const
     {
-        UdfFileEntrySpec entry;
+        UdfFileEntrySpec entry{.informationLength = node.udf.length, .descriptors = node.extents};
         entry.tag = m_is250 ? 266 : m_spec.fileEntryTag;
         entry.fileType = node.isDirectory() ? 4 : 5;
         entry.descriptorKind = m_is250 && !node.isDirectory() ? 1 : m_spec.descriptorKind;
-        entry.informationLength = node.udf.length;
-        entry.descriptors = node.extents;
         if (isEmbedded(node)) {
             entry.embedded = node.isDirectory() ? udfDirectory(node) : *node.file;
             entry.informationLength = entry.embedded.size();
@@ -167,26 +173,26 @@ private:
     // blocks are a partition of their own.
     void putMetadata()
     {
-        putDescriptor(
-            m_metadata, 0,
-            udfDescriptor(256, 512,
-                          {{400, 4, kSector}, {404, 4, m_nodes[0].entryBlock}, {408, 2, m_metadata}}));
+        const std::uint32_t root = m_nodes[0].entryBlock;
+        putDescriptor(m_metadata, 0,
+                      udfDescriptor(256, 512, {{400, 4, kSector}, {404, 4, root}, {408, 2, m_metadata}}));
         putDescriptor(m_metadata, 1, udfDescriptor(8, 512));  // terminator
         m_next = 2 + m_spec.unrecordedBlocks;
         for (Node& node : m_nodes) {
             node.entryBlock = m_next;
-            m_image.m_places[node.path].entry = offsetOf(m_metadata, m_next);
+            m_image.places[node.path].entry = offsetOf(m_metadata, m_next);
             const Bytes entry = entryOf(node);
             putDescriptor(m_metadata, m_next, entry);
             m_next += blocksOf(entry.size());
         }
+        const std::uint32_t blocksPerExtent = m_is250 ? ImageSpec().blocksPerExtent : m_spec.blocksPerExtent;
         for (Node& node : m_nodes) {
-            if (!node.isDirectory() || isEmbedded(node)) { continue; }
-            putData(node, udfDirectory(node), m_metadata,
-                    m_is250 ? ImageSpec().blocksPerExtent : m_spec.blocksPerExtent);
+            if (node.isDirectory() && !isEmbedded(node)) {
+                putData(node, udfDirectory(node), m_metadata, blocksPerExtent);
+            }
         }
-        m_image.m_fileSets = {offsetOf(m_metadata, 0),
-                              offsetOf(m_metadata, 0, m_is250 && m_spec.hasMetadataCopy)};
+        m_image.fileSet = offsetOf(m_metadata, 0);
+        m_image.fileSetCopy = offsetOf(m_metadata, 0, m_is250 && m_spec.hasMetadataCopy);
         if (!m_is250) { return; }
         const auto blockCount = static_cast<std::uint32_t>(roundedUp(m_next, kAllocationUnit));
         m_next = 2;  // behind the entries of the metadata file and of its mirror
@@ -237,7 +243,7 @@ private:
             if (bytes.size() % kSector + record.size() > kSector) {
                 bytes.resize(roundedUp(bytes.size(), kSector));
             }
-            m_image.m_places[child.path].record = offsetOf(m_physical, directory.iso.block) + bytes.size();
+            m_image.places[child.path].record = offsetOf(m_physical, directory.iso.block) + bytes.size();
             append(bytes, record);
         }
         bytes.resize(roundedUp(bytes.size(), kSector));
@@ -248,25 +254,18 @@ private:
     {
         for (Node& node : m_nodes) {
             if (!node.isDirectory()) { continue; }
-            const auto chosen = m_spec.sectors.find(node.path);
-            const bool isChosen = !m_hasUdf && chosen != m_spec.sectors.end();
             const Bytes records = isoDirectory(node);
-            node.iso = {static_cast<std::uint32_t>(records.size()), isChosen ? chosen->second : m_next};
-            if (!isChosen) { m_next += blocksOf(records.size()); }
-            Place& place = m_image.m_places[node.path];
-            if (place.data == 0) { place.data = offsetOf(m_physical, node.iso.block); }
+            node.iso = {static_cast<std::uint32_t>(records.size()), place(node, blocksOf(records.size()))};
+            m_image.places[node.path].data = offsetOf(m_physical, node.iso.block);
             putBlocks(m_physical, node.iso.block, records);
         }
-        Bytes descriptor(kSector);
+        Bytes descriptor =
+            patched(Bytes(kSector), {{128, 4, 0x00080800}});  // bytes of a block, in both orders
         putText(descriptor, 0, "\1CD001\1");
-        std::string volumeId = m_spec.volumeId;
-        volumeId.resize(32, ' ');
-        putText(descriptor, 40, volumeId);
-        putLe(descriptor, 128, kSector, 2);
-        putBe(descriptor, 130, kSector, 2);
+        putText(descriptor, 40, m_spec.volumeId + std::string(32 - m_spec.volumeId.size(), ' '));
         putBytes(descriptor, 156, isoRecordOf(m_nodes[0], std::string(1, '\0')));
         m_image.put(kIsoDescriptor, descriptor);
-        m_image.m_places[""].record = kIsoDescriptor + 156;
+        m_image.places[""].record = kIsoDescriptor + 156;
     }
 
     void putVolume()
@@ -291,14 +290,11 @@ private:
             putLe(map, 58, m_spec.hasMetadataCopy ? 1 : 0, 1);
             maps.insert(m_spec.isMetadataMapFirst ? maps.begin() : maps.end(), map);
         }
-        Bytes& volume = sequence[1];
-        volume = udfDescriptor(6, 440,
-                               {{212, 4, kSector},
-                                {240, 2, 0x0250},
-                                {248, 4, 2 * kSector},
-                                {256, 2, m_metadata},
-                                {268, 4, maps.size()}});
+        Bytes& volume = sequence[1] = udfDescriptor(6, 440, {{212, 4, kSector}, {248, 4, 2 * kSector}});
         putText(volume, 217, "*OSTA UDF Compliant");
+        putLe(volume, 240, 0x0250, 2);
+        putLe(volume, 256, m_metadata, 2);
+        putLe(volume, 268, maps.size(), 4);
         for (const Bytes& map : maps) {
             append(volume, map);
         }
@@ -327,15 +323,17 @@ private:
     std::uint16_t m_metadata;
     std::vector<Node> m_nodes = {Node{}};  // the root first, each directory before what is in it
     std::uint32_t m_next = 0;              // the next free block
-    std::array<std::vector<std::uint32_t>, 2>
-        m_metadataBlocks;  // of the real partition; of the file and of its copy
+    // Of the real partition: those of the metadata file and of its copy.
+    std::array<std::vector<std::uint32_t>, 2> m_metadataBlocks;
     BuiltImage m_image;
 };
 
-BuiltImage buildImage(const std::vector<TreeFile>& files, DiscForm form, const ImageSpec& spec)
+}  // namespace
+
+BuiltImage DiscTree::image(DiscForm form, const ImageSpec& spec) const
 {
-    BuiltImage image = ImageLayout(files, form, spec).build();
-    if (form == DiscForm::Udf250Mirror) { image.wipe(kMetadataFile); }
+    BuiltImage image = ImageLayout(m_files, form, spec).build();
+    if (form == DiscForm::Udf250Mirror) { image.put(kMetadataFile, Bytes(kSector)); }
     return image;
 }
 
