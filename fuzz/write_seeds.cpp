@@ -36,15 +36,6 @@ Bytes cellsOf(const SparseImage& image)
     return input;
 }
 
-// A title set with a second title, of angles; its size is as it says.
-Bytes titleSet(VtsSpec vts)
-{
-    vts.titles.push_back({{2, 1}});
-    vts.pgcs.push_back(
-        {.programMap = {1, 3}, .cells = {{0, 9, 0x50}, {10, 19, 0x90}, {20, 29, 0xD0}, {30, 39}}});
-    return Bytes(2) + vts.build();
-}
-
 std::vector<std::pair<std::string, Bytes>> seeds()
 {
     DiscTree disc = sampleBluray();
@@ -55,6 +46,8 @@ std::vector<std::pair<std::string, Bytes>> seeds()
     const auto image = [&disc](DiscForm form, const ImageSpec& spec = {}) {
         return cellsOf(disc.image(form, spec));
     };
+    const VtsSpec angles = {
+        .pgcs = {{.programMap = {1, 3}, .cells = {{0, 9, 0x50}, {10, 19, 0x90}, {20, 29, 0xD0}, {30, 39}}}}};
     const Bytes questions = {0,    0, 0,    0, 0, 0,  // the start before 0
                              0,    0, 1,    0, 0, 1,  // of another sequence
                              0xFF, 0, 0x40, 0, 1, 0,  // the end
@@ -71,10 +64,9 @@ std::vector<std::pair<std::string, Bytes>> seeds()
         {"bluray_disc/map_first", image(DiscForm::Udf250, {.isMetadataMapFirst = true})},
         {"bluray_disc/pieces", image(DiscForm::Udf250, {.blocksPerExtent = 1, .unrecordedBlocks = 3})},
         {"bluray_disc/mirror", image(DiscForm::Udf250Mirror)},
-        {"clpi/plain", ClpiSpec().build()},
-        {"clpi/rich", richClip().build()},
         {"dvd_disc/iso", cellsOf(sampleDvd().image(DiscForm::Iso))},
         {"dvd_disc/hybrid", cellsOf(sampleDvd().image(DiscForm::Hybrid))},
+        {"ep_lookup/plain", questions + ClpiSpec().build()},
         {"ep_lookup/rich", questions + richClip().build()},
         {"helper_messages/watch", Bytes() + encodeMessage(MessageKind::Nothing, "") +
                                       encodeMessage(MessageKind::Opened, "/disc/00001.m2ts") +
@@ -82,9 +74,8 @@ std::vector<std::pair<std::string, Bytes>> seeds()
         {"helper_messages/failed", Bytes() + encodeMessage(MessageKind::Failed, "no rights") + Bytes(4)},
         {"mpls/no_items", MplsSpec{.playItems = {}, .marks = {}}.build()},
         {"mpls/rich", richPlaylist().build()},
-        {"video_ts_ifo/sample", sampleDvdSpec().vmg.build()},
-        {"vts_ifo/feature", titleSet(sampleDvdSpec().titleSets[1])},
-        {"vts_ifo/extra", titleSet(sampleDvdSpec().titleSets[2])},
+        {"vts_ifo/feature", Bytes(2) + sampleDvdSpec().titleSets[1].build()},
+        {"vts_ifo/angles", Bytes(2) + angles.build()},
     };
 }
 

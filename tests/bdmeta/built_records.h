@@ -14,10 +14,9 @@
 
 // What deriving the titles of a disc gives, over the results of a disc before.
 struct Derivation {
-    explicit Derivation(const bdmeta::BlurayDisc& disc)
+    explicit Derivation(const bdmeta::BlurayDisc& disc, discio::ReadBudget budget = {})
     {
         summary.totalClips = 7;
-        discio::ReadBudget budget;
         code = deriveBlurayTitles(&disc, &titles, &summary, &fallback, budget);
         if (budget.reached() != nullptr) { bound = budget.reached(); }
     }

@@ -72,7 +72,7 @@ TEST(EpMapProperty, AnswersAreThoseOfTheWalk)
     for (int round = 0; round < 12'000; ++round) {
         const std::uint32_t scale = round % 200 == 0 ? 10 : 1;
         clip.rawData = random.next(scale);
-        const EpWalk walk(clip.rawData, clip.sourcePacketCount);
+        const EpWalk walk{clip.rawData, clip.sourcePacketCount};
         discio::ReadBudget budget;
         bdmeta::EpMap map(clip, budget);
         for (int i = 0; i < 24; ++i) {

@@ -8,12 +8,9 @@
 #include <optional>
 #include <stdexcept>
 
-class EpWalk {
-public:
-    EpWalk(const testsupport::Bytes& file, std::uint32_t sourcePacketCount)
-        : m_file(file)
-        , m_sourcePacketCount(sourcePacketCount)
-    {}
+struct EpWalk {
+    const testsupport::Bytes& file;
+    std::uint32_t sourcePacketCount;
 
     // The packet; empty if the lookup fails, as it does if it needs a byte behind the file's end.
     [[nodiscard]] std::optional<std::uint64_t> find(std::uint32_t time, bool isStart,
@@ -32,7 +29,7 @@ public:
             }
             if (kept) { return kept->packet; }
         }
-        return isStart ? std::nullopt : std::optional<std::uint64_t>(m_sourcePacketCount);
+        return isStart ? std::nullopt : std::optional<std::uint64_t>(sourcePacketCount);
     } catch (const std::out_of_range&) {
         return std::nullopt;
     }
@@ -48,7 +45,7 @@ private:
     {
         std::uint64_t value = 0;
         for (std::uint64_t i = offset; i < offset + width; ++i) {
-            value = value << 8U | m_file.at(i);
+            value = value << 8U | file.at(i);
         }
         return value;
     }
@@ -59,10 +56,10 @@ private:
         if (address == 0) { return std::nullopt; }
         std::uint64_t at = address + 6;
         for (std::uint64_t atc = number(address + 5, 1); atc > 0; --atc) {
-            const std::uint64_t stcCount = number(at + 4, 1);
             const std::uint64_t firstId = number(at + 5, 1);
+            const std::uint64_t endId = firstId + number(at + 4, 1);
             at += 6;
-            for (std::uint64_t id = firstId; id < firstId + stcCount; ++id, at += 14) {
+            for (std::uint64_t id = firstId; id < endId; ++id, at += 14) {
                 const std::uint64_t spnStcStart = number(at + 2, 4);
                 if (id == stcId) { return spnStcStart; }
             }
@@ -92,7 +89,4 @@ private:
         }
         return entries;
     }
-
-    const testsupport::Bytes& m_file;
-    std::uint32_t m_sourcePacketCount;
 };

@@ -179,17 +179,6 @@ TEST(Packages, DiscsThatBreakARuleHaveNone)
     }
 }
 
-// What the builders refuse before they come to a chunk.
-TEST(Packages, TitleChunksCheckTheirDiscThemselves)
-{
-    QByteArray body;
-    Message error;
-    EXPECT_FALSE(package::writeTitleChunk(dvdmeta::DvdDisc(), body, &error));
-    EXPECT_EQ(error.english(), QStringLiteral("DVD package contains no title metadata."));
-    EXPECT_FALSE(package::writeTitleChunk(bdmeta::BlurayDisc(), sampleDiscs().titles, body, &error));
-    EXPECT_EQ(error.english(), QStringLiteral("Blu-ray title data does not match its playlist manifest."));
-}
-
 TEST(Packages, EachIdentifierOfABlurayDiscIsPresentOnItsOwn)
 {
     Discs discs = sampleDiscs();

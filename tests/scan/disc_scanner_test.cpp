@@ -193,10 +193,6 @@ TEST_F(DiscScans, EveryFormIsOneDiscToTheService)
 
 TEST_F(DiscScans, AreRefreshedInTheirConfigurationsAlone)
 {
-    std::string tooMany = "[{}";
-    for (qsizetype i = 0; i < service::kMaximumConfigurations; ++i) {
-        tooMany += ",{}";
-    }
     DiscScanResult known;
     known.ok = 1;
     known.discType = DiscType::Dvd;
@@ -211,7 +207,9 @@ TEST_F(DiscScans, AreRefreshedInTheirConfigurationsAlone)
         {"two", {.body = R"([{"UID": 5, "Disc ID": "17"}, {"UID": 6}])"}, nullptr},
         {"refused", {.status = 404, .body = "No such\ndisc."}, nullptr},
         {"without sense", {.body = "{}"}, nullptr},
-        {"too many", {.body = tooMany + ']'}, nullptr},
+        {"too many",
+         {.body = ('[' + QByteArray("{},").repeated(service::kMaximumConfigurations) + "{}]").toStdString()},
+         nullptr},
         {"a Blu-ray", {.body = "[]"}, [](DiscScanResult& r) { r.discType = DiscType::Bluray; }},
         {"no kind", {}, [](DiscScanResult& r) { r.discType = DiscType::None; }},
         {"number 0", {}, [](DiscScanResult& r) { r.discId = 0; }},
