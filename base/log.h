@@ -26,7 +26,7 @@ void log(const char* component, const char* level, const QString& message) noexc
 // Like log(), for a text of the service, which may have several lines: see terminaltext::lines().
 void logLines(const char* component, const char* level, const QString& text) noexcept;
 
-// Writes "platterscope: info: started" whatever the switch says: the first thing the program does.
+// Writes "platterscope: info: started" regardless of the switch. Called first in main().
 void logStarted();
 
 // The calling thread's switch, on at first in every thread.

@@ -6,7 +6,7 @@ namespace terminaltext {
 
 namespace {
 
-// Appends what stands for the unprintable character `code`, with which `rest` begins.
+// Appends the replacement of the unprintable character `code`, the first of `rest`.
 using AppendUnprintable = void (*)(QByteArray& utf8, char32_t code, QStringView rest);
 
 bool isPrintable(char32_t code)

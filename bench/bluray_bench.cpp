@@ -4,6 +4,7 @@
 #include "bdmeta/bluray_titles.h"
 #include "package/bluray_package.h"
 #include "package/encoding.h"
+#include "tests/support/bounded_child.h"
 #include "tests/support/clpi_spec.h"
 #include "tests/support/disc_tree.h"
 #include "tests/support/mpls_spec.h"
@@ -11,7 +12,6 @@
 #include <benchmark/benchmark.h>
 
 #include <chrono>
-#include <cstdio>
 #include <functional>
 #include <stdexcept>
 
@@ -142,25 +142,16 @@ void addTime(benchmark::State& state, const char* counter, const std::function<v
     total.value += time.count();
 }
 
-// The process's peak so far, in bytes.
-double peakMemory()
-{
-    std::ifstream file("/proc/self/status");
-    const std::string status{std::istreambuf_iterator<char>(file), {}};
-    return std::stod(status.substr(status.find("VmHWM:") + 6)) * 1024;
-}
-
-constexpr char kPeakOption[] = "--print-peak-of";
-
-// By how much reading and deriving raise the peak of a fresh process, in bytes.
+// By how much reading and deriving raise the memory of a process, in bytes.
 double peakMemoryOf(const std::string& path)
 {
-    const std::string program = std::filesystem::read_symlink("/proc/self/exe");
-    const std::string command = program + ' ' + kPeakOption + " '" + path + '\'';
-    const std::unique_ptr<std::FILE, decltype(&::pclose)> output(::popen(command.c_str(), "r"), ::pclose);
-    double peak = 0;
-    require(output && std::fscanf(output.get(), "%lf", &peak) == 1, "the peak cannot be measured");
-    return peak;
+    const auto work = [&path] {
+        Derived derived;
+        derived.read(path);
+        derived.derive();
+        return std::string();
+    };
+    return 1024 * static_cast<double>(testsupport::runInChild(work).extraKiB);
 }
 
 void measure(benchmark::State& state, const BenchDisc& disc, const std::string& path)
@@ -187,14 +178,6 @@ void measure(benchmark::State& state, const BenchDisc& disc, const std::string& 
 
 int main(int argc, char* argv[])
 {
-    if (argc == 3 && std::string_view(argv[1]) == kPeakOption) {
-        const double before = peakMemory();
-        Derived derived;
-        derived.read(argv[2]);
-        derived.derive();
-        std::printf("%.0f\n", peakMemory() - before);
-        return 0;
-    }
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) { return 2; }
     const BenchDisc decoy(1500, 100, 500);

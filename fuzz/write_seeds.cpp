@@ -46,8 +46,6 @@ std::vector<std::pair<std::string, Bytes>> seeds()
     const auto image = [&disc](DiscForm form, const ImageSpec& spec = {}) {
         return cellsOf(disc.image(form, spec));
     };
-    const VtsSpec angles = {
-        .pgcs = {{.programMap = {1, 3}, .cells = {{0, 9, 0x50}, {10, 19, 0x90}, {20, 29, 0xD0}, {30, 39}}}}};
     const Bytes questions = {0,    0, 0,    0, 0, 0,  // the start before 0
                              0,    0, 1,    0, 0, 1,  // of another sequence
                              0xFF, 0, 0x40, 0, 1, 0,  // the end
@@ -74,8 +72,6 @@ std::vector<std::pair<std::string, Bytes>> seeds()
         {"helper_messages/failed", Bytes() + encodeMessage(MessageKind::Failed, "no rights") + Bytes(4)},
         {"mpls/no_items", MplsSpec{.playItems = {}, .marks = {}}.build()},
         {"mpls/rich", richPlaylist().build()},
-        {"vts_ifo/feature", Bytes(2) + sampleDvdSpec().titleSets[1].build()},
-        {"vts_ifo/angles", Bytes(2) + angles.build()},
     };
 }
 

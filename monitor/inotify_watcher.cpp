@@ -24,7 +24,7 @@ namespace {
 constexpr std::size_t kReportsAtOnce = 1000;
 constexpr int kFetchPauseMs = 10;
 
-// The English message of a failure. %1 stands for the system's error number.
+// The English message of a failure. %1 is the system's error number.
 const char* failureText(WatchFailure::Kind kind)
 {
     switch (kind) {

@@ -41,7 +41,7 @@ native::Handle openHandle(const std::wstring& path, DWORD access, DWORD share, D
         ::CreateFileW(path.c_str(), access, share, nullptr, disposition, flags, nullptr));
 }
 
-// Opens a link itself, not its target. Opens directories too, so that the caller can tell them from files.
+// Opens a link itself, not its target. Opens directories too, so that the caller can distinguish them from files.
 native::Handle openFile(const std::wstring& path, DWORD access, DWORD share,
                         DWORD disposition = OPEN_EXISTING)
 {

@@ -29,6 +29,7 @@ test=(
     git                     # lists the project's files and the changed ones
     clang-format-14         # step "format"
     clang-tidy-14           # step "tidy"
+    lld                     # the linker of the sanitizer build
     openssl                 # certificates for the tests of HTTPS
     locales                 # the Turkish locale, in which "I" and "i" are different letters
     xvfb                    # a virtual display

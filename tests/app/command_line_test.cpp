@@ -1,7 +1,7 @@
 #include "app/command_line.h"
 #include "base/log.h"
-#include "tests/support/captured_log.h"
 #include "tests/support/golden.h"
+#include "tests/support/scopes.h"
 
 #include <gtest/gtest.h>
 

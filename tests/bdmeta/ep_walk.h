@@ -12,7 +12,7 @@ struct EpWalk {
     const testsupport::Bytes& file;
     std::uint32_t sourcePacketCount;
 
-    // The packet; empty if the lookup fails, as it does if it needs a byte behind the file's end.
+    // The packet; empty if the lookup fails, as it does if it needs a byte after the file's end.
     [[nodiscard]] std::optional<std::uint64_t> find(std::uint32_t time, bool isStart,
                                                     std::uint8_t stcId) const
     try {

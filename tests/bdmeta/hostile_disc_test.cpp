@@ -65,7 +65,7 @@ TEST(HostileDisc, LookupsThatWouldTakeHoursFailTheDerivation)
     EXPECT_EQ(derivation.titles.size() + derivation.fallback.count, 0U);
 }
 
-// PlayItems of 34 bytes without tables: the table of each is what follows, so it overlaps those of all items behind.
+// PlayItems of 34 bytes without tables: the bytes that follow an item are its table, which overlaps the tables of all later items.
 // Each item is also an entry of those tables, from its byte 16 to the next one's.
 Bytes overlappingPlaylist(std::uint16_t itemCount)
 {

@@ -46,7 +46,7 @@ Bytes withInserted(Bytes playlist, std::size_t offset, const Bytes& content)
                               {15, 1, playlist[15] + content.size()}});
 }
 
-// The rich playlist with few streams, and a gap behind the first item's table.
+// The rich playlist with few streams, and a gap after the first item's table.
 Bytes playlistWithGap()
 {
     MplsSpec spec = richPlaylist();
@@ -213,7 +213,7 @@ TEST(Titles, SizesOfWhatTheyPlay)
 
 TEST(Titles, StreamsOfTheirItems)
 {
-    MplsSpec distinct;  // streams that differ in one of the values that tell them apart, or in none
+    MplsSpec distinct;  // streams that differ in one of the values that distinguish them, or in none
     distinct.playItems = {
         {.stn = {.primaryVideo = {video(9, 27, 0), video(1, 27, 9)},
                  .primaryAudio = {audio(8, "fra"), audio(8, "eng"), audio(8, "fra")},

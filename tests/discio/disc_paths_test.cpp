@@ -1,7 +1,7 @@
 // Paths and files of the system: what opens as a Blu-ray disc or as a DVD, and with which message it does not.
 #include "discio/dvd_source.h"
 #include "tests/discio/bluray_test.h"
-#include "tests/support/unprivileged_user.h"
+#include "tests/support/scopes.h"
 
 #include <sys/stat.h>
 

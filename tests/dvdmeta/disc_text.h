@@ -8,7 +8,7 @@
 #include <sstream>
 #include <string>
 
-// Characters that cannot be printed stand as \0 or \xNN.
+// Unprintable characters become \0 or \xNN.
 inline std::string textOf(const auto& characters)
 {
     std::string text;

@@ -1,6 +1,6 @@
-// What stands in place of a file or of a disc, and the paths and names that a system allows.
+// Other kinds of files in the places of a disc and its files, and the paths and names that a system allows.
 #include "tests/faults/small_disc.h"
-#include "tests/support/unprivileged_user.h"
+#include "tests/support/scopes.h"
 
 using namespace faults;
 using namespace testsupport;

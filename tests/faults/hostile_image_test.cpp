@@ -11,7 +11,7 @@ namespace {
 
 constexpr Family kDvd = Family::Dvd;
 constexpr Family kBluray = Family::Bluray;
-constexpr std::uint32_t kFarBlock = 5000;  // behind all that the small discs hold
+constexpr std::uint32_t kFarBlock = 5000;  // after the contents of the small discs
 const Bytes kClip = ClpiSpec().build();
 const Bytes kPlaylist = MplsSpec().build();
 

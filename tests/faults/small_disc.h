@@ -4,9 +4,9 @@
 #include "scan/bluray_flow.h"
 #include "scan/dvd_flow.h"
 #include "tests/support/bounded_child.h"
-#include "tests/support/captured_log.h"
 #include "tests/support/sample_bluray.h"
 #include "tests/support/sample_dvd.h"
+#include "tests/support/scopes.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

@@ -4,8 +4,8 @@
 #include "tests/support/bounded_child.h"
 #include "tests/support/golden.h"
 #include "tests/support/player.h"
+#include "tests/support/scopes.h"
 #include "tests/support/temporary_folder.h"
-#include "tests/support/unprivileged_user.h"
 
 #include <gtest/gtest.h>
 #include <sched.h>

@@ -2,10 +2,10 @@
 #include "report/json_report.h"
 #include "report/text_report.h"
 #include "scan/disc_reader.h"
-#include "tests/support/captured_log.h"
 #include "tests/support/golden.h"
 #include "tests/support/sample_bluray.h"
 #include "tests/support/sample_dvd.h"
+#include "tests/support/scopes.h"
 
 #include <QRegularExpression>
 
@@ -86,7 +86,7 @@ TEST(Reports, OfOddDiscs)
         text += report::textReport(path, disc, result).toStdString();
         EXPECT_EQ(goldenDifference(text, "report/golden/" + kind + ".txt"), "");
 
-        if (kind == "dvd") {  // the largest number that every reader of JSON knows exactly, and the next
+        if (kind == "dvd") {  // the largest number that every reader of JSON represents exactly, and the next
             result.dvdTitles[0].durationMs = 9'007'199'254'740'991;
             result.dvdTitles[1].durationMs = 9'007'199'254'740'992;
         }

@@ -3,12 +3,11 @@
 #include "scan/disc_path.h"
 #include "scan/disc_scanner.h"
 #include "scan/error_result.h"
-#include "tests/support/captured_log.h"
 #include "tests/support/golden.h"
 #include "tests/support/local_service.h"
 #include "tests/support/sample_bluray.h"
 #include "tests/support/sample_dvd.h"
-#include "tests/support/scoped_environment.h"
+#include "tests/support/scopes.h"
 #include "tests/support/scripted_server.h"
 
 #include <QDebug>

@@ -1,10 +1,9 @@
 // Every operation of a scan with memory that ends at the first allocation, at the second, and so on, once or for good:
 // each gives an error or all that it was asked for, and never throws.
 #include "scan/disc_scanner.h"
-#include "tests/support/captured_log.h"
 #include "tests/support/sample_bluray.h"
 #include "tests/support/sample_dvd.h"
-#include "tests/support/scoped_environment.h"
+#include "tests/support/scopes.h"
 #include "tests/support/scripted_server.h"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 // system fails at any call or the process is killed. The linker hands the store's system calls to the functions below.
 #include "service/api_key_store.h"
 #include "tests/support/golden.h"
-#include "tests/support/scoped_environment.h"
+#include "tests/support/scopes.h"
 #include "tests/support/temporary_folder.h"
 
 #include <fcntl.h>

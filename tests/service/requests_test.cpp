@@ -8,7 +8,7 @@
 #include "service/service_address.h"
 #include "tests/support/bounded_child.h"
 #include "tests/support/golden.h"
-#include "tests/support/scoped_environment.h"
+#include "tests/support/scopes.h"
 #include "tests/support/scripted_server.h"
 
 #include <QCryptographicHash>
@@ -90,7 +90,7 @@ QByteArrayList linesOf(const char* name)
 
 class Requests : public testing::Test {
 protected:
-    // The same, and what is logged; nothing that is said holds the key.
+    // The same with the log. Neither contains the key.
     static std::string run(Operation operation, const QString& key = kKey,
                            const TitlePackage& package = packageOf())
     {

@@ -71,7 +71,7 @@ struct ClpiSpec {
     std::vector<ProgramSpec> programs = {ProgramSpec{}};
     std::vector<EpStreamSpec> epStreams = {};
 
-    // The header, SequenceInfo(), ProgramInfo(), CPI(), and nothing behind them. The addresses of the sections are at 8,
+    // The header, SequenceInfo(), ProgramInfo(), CPI(), and nothing after them. The addresses of the sections are at 8,
     // 12 and 16.
     [[nodiscard]] Bytes build() const
     {

@@ -1,4 +1,4 @@
-// The local service's database, read and changed behind its back.
+// Access to the local service's database, bypassing the service.
 #pragma once
 
 #include <QByteArray>

@@ -71,7 +71,7 @@ public:
     }
 
 private:
-    // The index of a node, which is added behind its parents if it is new.
+    // The index of a node, which is added after its parents if it is new.
     std::size_t indexOf(const std::string& path)
     {
         const auto known = std::ranges::find(m_nodes, path, &Node::path);
@@ -195,7 +195,7 @@ private:
         m_image.fileSetCopy = offsetOf(m_metadata, 0, m_is250 && m_spec.hasMetadataCopy);
         if (!m_is250) { return; }
         const auto blockCount = static_cast<std::uint32_t>(roundedUp(m_next, kAllocationUnit));
-        m_next = 2;  // behind the entries of the metadata file and of its mirror
+        m_next = 2;  // after the entries of the metadata file and of its mirror
         UdfFileEntrySpec entry{.tag = 266, .fileType = 250, .informationLength = blockCount * kSector};
         for (const std::uint32_t copy : {0U, 1U}) {
             if (copy == 0 || m_spec.hasMetadataCopy) {

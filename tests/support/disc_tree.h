@@ -61,7 +61,7 @@ struct ImageSpec {
     // UDF 2.50
     bool hasMetadataCopy = true;         // else the mirror leads to the metadata file's own blocks
     bool isMetadataMapFirst = false;     // the metadata partition has reference 0 and the real one 1
-    std::uint32_t unrecordedBlocks = 0;  // in the metadata, behind the file set
+    std::uint32_t unrecordedBlocks = 0;  // in the metadata, after the file set
 };
 
 // Offsets in the image of what a test may want to patch; 0 for what the form does not have, or has embedded. A file that

@@ -65,7 +65,7 @@ inline void sealUdfTag(Bytes& descriptor, std::uint32_t location)
     putLe(descriptor, 4, std::accumulate(descriptor.begin(), descriptor.begin() + kUdfTagSize, 0U), 1);
 }
 
-// An allocation descriptor. The length's two highest bits say how the extent is recorded, 0: with data.
+// An allocation descriptor. The length's two highest bits are the extent's type; 0: recorded data.
 struct UdfExtent {
     std::uint32_t length = 0;
     std::uint32_t block = 0;

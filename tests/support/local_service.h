@@ -20,7 +20,7 @@ class LocalService {
 public:
     // Starts `executable` with `--database database`, one `--key` for each of `keys` ("KEY=USER") and the further
     // `arguments`, and waits for its line. Its standard error goes to the file `database` + ".log". The process also
-    // ends with the thread that started it, so that an aborted test leaves none behind.
+    // ends with the thread that started it, so that an aborted test leaves none running.
     LocalService(const std::string& executable, const std::string& database,
                  const std::vector<std::string>& keys, const std::vector<std::string>& arguments = {})
         : m_logPath(database + ".log")

@@ -139,7 +139,7 @@ struct MplsSpec {
     std::vector<PlayItemSpec> playItems = {PlayItemSpec{}};
     std::vector<MarkSpec> marks = {MarkSpec{}};
 
-    // The header with AppInfoPlayList(), PlayList(), PlayListMark(), and nothing behind them.
+    // The header with AppInfoPlayList(), PlayList(), PlayListMark(), and nothing after them.
     [[nodiscard]] Bytes build() const
     {
         Bytes file = patched(Bytes(64), {{8, 4, 64}, {40, 4, appInfoLength}, {45, 1, playbackType}});

@@ -10,7 +10,7 @@ namespace testsupport {
 
 inline constexpr std::uint32_t kSecond = 45000;  // in the ticks of presentation times
 
-// A clip of ten-second entry points, each 1,000 packets behind the one before.
+// A clip of ten-second entry points, each 1,000 packets after the previous one.
 [[nodiscard]] inline Bytes sampleClip(std::uint32_t seconds)
 {
     std::vector<EntryPoint> points;

@@ -1,4 +1,4 @@
-// A small DVD: two titles in two title sets, so that titles, streams and title sets can be told apart.
+// A small DVD: two titles in two title sets, so that titles, streams and title sets can be distinguished.
 #pragma once
 
 #include "tests/support/dvd_spec.h"

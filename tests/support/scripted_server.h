@@ -108,7 +108,7 @@ public:
     }
 
     // The reply to every request for this path (its query apart) that finds the queue empty. A request that nothing was
-    // scripted for is answered 501 with a text that says so.
+    // scripted for is answered 501 with a text.
     void playFor(const std::string& path, const ScriptedReply& reply)
     {
         const std::lock_guard lock(m_mutex);

@@ -19,7 +19,6 @@
 #include <map>
 #include <random>
 #include <regex>
-#include <set>
 #include <sstream>
 #include <thread>
 
@@ -149,7 +148,7 @@ std::string unescaped(QString text)
     return text.toStdString();
 }
 
-// The lines of a reply that matter beside the problems of a form: where to go, what is said, typed and chosen, and data.
+// The lines of a reply that matter beside the problems of a form: redirection, notices, typed and chosen values, and data.
 const std::regex kDetails("^Location: |^<li>|id=\"(saved|problems)\"| value=\"typed\"| autofocus| selected| "
                           "disabled|Entry 20|^[\\[{0-9]");
 
@@ -231,7 +230,7 @@ protected:
     std::string m_database = m_folder / "service.db";
     std::unique_ptr<testsupport::LocalService> m_service;
 };
-// Each line of the table that is not indented is a command line; what is made of it is below. "%20" stands for a blank.
+// Each line of the table that is not indented is a command line; the result is below it. "%20" is a blank.
 TEST(Options, AreReadOrRefusedWithoutTellingAKey)
 {
     const testsupport::TemporaryFolder folder;
@@ -393,21 +392,6 @@ TEST_F(Service, KeepsDiscsAndConfigurations)
     EXPECT_EQ(sql("SELECT package FROM formerly_discs WHERE id = 3"), deflated(package("dvd", "other")));
     EXPECT_NE(m_service->log().find("tessera_local: error: database: no such table: discs\n"),
               std::string::npos);
-}
-
-TEST_F(Service, GivesOneIdToAPackageThatManyAddAtOnce)
-{
-    start();
-    std::array<std::string, 24> ids;
-    std::vector<std::thread> threads;
-    threads.reserve(ids.size());
-    for (std::string& id : ids) {
-        threads.emplace_back([this, &id] { id = body(upload("dvd", "add", package("dvd", "one"))); });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(std::set(ids.begin(), ids.end()), std::set<std::string>{"1"});
 }
 
 TEST_F(Service, RefusesABombWithoutHoldingIt)

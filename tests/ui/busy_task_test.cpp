@@ -1,4 +1,4 @@
-#include "tests/support/captured_log.h"
+#include "tests/support/scopes.h"
 #include "ui/busy_task.h"
 
 #include <QApplication>

@@ -3,8 +3,7 @@
 #pragma once
 
 #include "service/api_key_store.h"
-#include "tests/support/no_threads.h"
-#include "tests/support/scoped_environment.h"
+#include "tests/support/scopes.h"
 #include "tests/support/scripted_server.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/ui/modal_driver.h"
@@ -112,7 +111,7 @@ public Q_SLOTS:
     void tab(const QString& /*none*/);
 
     // Commands while the next dialog of a title is shown ("Title: look; type key"). In these: a button, a text and Return,
-    // the desktop's close, all parts of the "dialog", "page" or "window", what has changed behind it.
+    // the desktop's close, all parts of the "dialog", "page" or "window", what has changed meanwhile.
     void during(const QString& titleAndCommands);
     void button(const QString& text);
     void type(const QString& text);
