@@ -88,7 +88,7 @@ QString titleLines(const QList<Title>& titles)
 template <typename Characters>
 QString fact(const Characters& stored)
 {
-    return titletext::orUnknown(printable(discText(stored)));
+    return titletext::unknownIfEmpty(printable(discText(stored)));
 }
 
 QString identityLines(const bdmeta::BlurayDisc& disc)

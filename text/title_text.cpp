@@ -12,7 +12,7 @@ namespace titletext {
 namespace {
 
 // The names of formats, codecs and layouts that the readers use, except those that are the same in every language.
-[[maybe_unused]] constexpr std::array kWords = {
+[[maybe_unused]] constexpr std::array kTerms = {
     QT_TRANSLATE_NOOP("DiscWord", "Unknown"),          QT_TRANSLATE_NOOP("DiscWord", "MPEG-1 audio"),
     QT_TRANSLATE_NOOP("DiscWord", "MPEG-2 audio"),     QT_TRANSLATE_NOOP("DiscWord", "AC-3 Plus secondary"),
     QT_TRANSLATE_NOOP("DiscWord", "DTS-HD secondary"), QT_TRANSLATE_NOOP("DiscWord", "Presentation graphics"),
@@ -51,12 +51,12 @@ QString withoutEmpty(QStringList parts)
 
 }  // namespace
 
-QString orUnknown(const QString& text)
+QString unknownIfEmpty(const QString& text)
 {
     return text.isEmpty() ? Texts::tr("Unknown") : text;
 }
 
-QString word(const QString& english)
+QString translatedTerm(const QString& english)
 {
     return QCoreApplication::translate("DiscWord", english.toUtf8().constData());
 }
@@ -93,20 +93,21 @@ QString summary(const VideoStreamInfo& stream)
 {
     const QString size =
         stream.width > 0 ? Texts::tr("%1x%2").arg(stream.width).arg(stream.height) : QString();
-    return withoutEmpty(
-        {orUnknown(word(stream.codecName)), size, word(stream.formatName), word(stream.frameRateName)});
+    return withoutEmpty({unknownIfEmpty(translatedTerm(stream.codecName)), size,
+                         translatedTerm(stream.formatName), translatedTerm(stream.frameRateName)});
 }
 
 QString summary(const AudioTrackInfo& stream)
 {
-    return withoutEmpty({orUnknown(languageName(stream.language)), orUnknown(word(stream.codecName)),
-                         word(stream.channelLayout), word(stream.sampleRate)});
+    return withoutEmpty({unknownIfEmpty(languageName(stream.language)),
+                         unknownIfEmpty(translatedTerm(stream.codecName)),
+                         translatedTerm(stream.channelLayout), translatedTerm(stream.sampleRate)});
 }
 
 QString summary(const SubtitleTrackInfo& stream)
 {
-    return withoutEmpty(
-        {orUnknown(languageName(stream.language)), orUnknown(word(stream.format)), stream.characterEncoding});
+    return withoutEmpty({unknownIfEmpty(languageName(stream.language)),
+                         unknownIfEmpty(translatedTerm(stream.format)), stream.characterEncoding});
 }
 
 namespace {
@@ -127,12 +128,12 @@ QString toolTip(const VideoStreamInfo& stream, DiscType discType)
 
 QString toolTip(const AudioTrackInfo& stream, DiscType discType)
 {
-    return withoutEmpty({orUnknown(languageName(stream.language)), streamId(stream.pid, discType)});
+    return withoutEmpty({unknownIfEmpty(languageName(stream.language)), streamId(stream.pid, discType)});
 }
 
 QString toolTip(const SubtitleTrackInfo& stream, DiscType discType)
 {
-    return withoutEmpty({orUnknown(languageName(stream.language)), streamId(stream.pid, discType)});
+    return withoutEmpty({unknownIfEmpty(languageName(stream.language)), streamId(stream.pid, discType)});
 }
 
 namespace {
@@ -145,7 +146,7 @@ QString facts(const DvdTitleInfo& title)
                                  ? Texts::tr("Playback size (angle 1, estimated): %1 bytes\n")
                                  : Texts::tr("Playback size (angle 1): %1 bytes\n");
     return Texts::tr("Resolution: %1x%2\n").arg(title.videoWidth).arg(title.videoHeight) +
-           Texts::tr("Video codec: %1\n").arg(orUnknown(word(title.videoCodec))) +
+           Texts::tr("Video codec: %1\n").arg(unknownIfEmpty(translatedTerm(title.videoCodec))) +
            Texts::tr("Duration: %1\n").arg(duration(title.durationMs)) +
            sizeLine.arg(title.playbackSizeBytes) + Texts::tr("Chapters: %1\n").arg(title.chapterCount) +
            Texts::tr("Angles: %1\n").arg(title.angleCount) +
@@ -168,7 +169,7 @@ QString facts(const BlurayTitleInfo& title)
            Texts::tr("Playmarks: %1\n").arg(title.playmarkCount) +
            Texts::tr("Video streams: %1\n").arg(title.videoStreamCount) +
            Texts::tr("Video codecs: %1\n")
-               .arg(orUnknown(title.videoCodecNames.join(QLatin1StringView(", ")))) +
+               .arg(unknownIfEmpty(title.videoCodecNames.join(QLatin1StringView(", ")))) +
            Texts::tr("Primary audio tracks: %1\n").arg(title.primaryAudioCount) +
            Texts::tr("Primary subtitle tracks: %1\n").arg(title.primarySubtitleCount) +
            Texts::tr("IG (menu) streams: %1\n").arg(title.interactiveGraphicsCount) +
@@ -219,24 +220,24 @@ QString heading(const SubtitleTrackInfo& /*stream*/)
 
 QString facts(const VideoStreamInfo& stream)
 {
-    return Texts::tr("Codec: %1\n").arg(orUnknown(word(stream.codecName))) +
+    return Texts::tr("Codec: %1\n").arg(unknownIfEmpty(translatedTerm(stream.codecName))) +
            Texts::tr("Role: %1\n").arg(roleName(stream.category)) + Texts::tr("PID: %1\n").arg(stream.pid);
 }
 
 QString facts(const AudioTrackInfo& stream)
 {
-    return Texts::tr("Language: %1\n").arg(orUnknown(stream.language)) +
-           Texts::tr("Codec: %1\n").arg(orUnknown(word(stream.codecName))) +
-           Texts::tr("Channel layout: %1\n").arg(orUnknown(word(stream.channelLayout))) +
-           Texts::tr("Sample rate: %1\n").arg(orUnknown(word(stream.sampleRate))) +
+    return Texts::tr("Language: %1\n").arg(unknownIfEmpty(stream.language)) +
+           Texts::tr("Codec: %1\n").arg(unknownIfEmpty(translatedTerm(stream.codecName))) +
+           Texts::tr("Channel layout: %1\n").arg(unknownIfEmpty(translatedTerm(stream.channelLayout))) +
+           Texts::tr("Sample rate: %1\n").arg(unknownIfEmpty(translatedTerm(stream.sampleRate))) +
            Texts::tr("PID: %1\n").arg(stream.pid);
 }
 
 QString facts(const SubtitleTrackInfo& stream)
 {
-    return Texts::tr("Language: %1\n").arg(orUnknown(stream.language)) +
-           Texts::tr("Format: %1\n").arg(orUnknown(word(stream.format))) +
-           Texts::tr("Character encoding: %1\n").arg(orUnknown(stream.characterEncoding)) +
+    return Texts::tr("Language: %1\n").arg(unknownIfEmpty(stream.language)) +
+           Texts::tr("Format: %1\n").arg(unknownIfEmpty(translatedTerm(stream.format))) +
+           Texts::tr("Character encoding: %1\n").arg(unknownIfEmpty(stream.characterEncoding)) +
            Texts::tr("PID: %1\n").arg(stream.pid);
 }
 

@@ -20,10 +20,10 @@ namespace titletext {
 [[nodiscard]] QString summary(const SubtitleTrackInfo& stream);
 
 // Returns `text`, or "Unknown" if it is empty.
-[[nodiscard]] QString orUnknown(const QString& text);
+[[nodiscard]] QString unknownIfEmpty(const QString& text);
 
 // A format's, codec's or layout's name in the user's language; an empty one stays empty.
-[[nodiscard]] QString word(const QString& english);
+[[nodiscard]] QString translatedTerm(const QString& english);
 
 // The title's label in the user's language: "#1 00800 (1 angles)".
 [[nodiscard]] QString label(const BlurayTitleInfo& title);
@@ -37,6 +37,12 @@ namespace titletext {
 // The details, one fact a line; every line ends with a line break. A fact that the disc does not state is "Unknown".
 [[nodiscard]] QString details(const DvdTitleInfo& title);
 [[nodiscard]] QString details(const BlurayTitleInfo& title);
+
+// The details of a title of a configuration, where one line is worded differently.
+[[nodiscard]] QString matchingDetails(const DvdTitleInfo& title);
+[[nodiscard]] QString matchingDetails(const BlurayTitleInfo& title);
+
+// The facts of a stream, in lines as in details().
 [[nodiscard]] QString facts(const VideoStreamInfo& stream);
 [[nodiscard]] QString facts(const AudioTrackInfo& stream);
 [[nodiscard]] QString facts(const SubtitleTrackInfo& stream);
@@ -52,9 +58,5 @@ template <typename Stream>
 {
     return heading(stream) + QLatin1Char('\n') + facts(stream);
 }
-
-// The same for a title of a configuration, where one line is worded differently.
-[[nodiscard]] QString matchingDetails(const DvdTitleInfo& title);
-[[nodiscard]] QString matchingDetails(const BlurayTitleInfo& title);
 
 }  // namespace titletext

@@ -57,7 +57,7 @@ protected:
         const int result = openDvdFileOptional(m_dvd, name, file, m_text.data(), m_text.size());
         EXPECT_FALSE(file.stream);
         EXPECT_EQ(m_text.data(), result == 0 ? "" : problem);
-        return result == 0 ? problem + ", absent" : problem;
+        return problem + (result == 0 ? ", absent" : result == -1 ? "" : ", neither");
     }
 
     discio::DvdDiscSource m_dvd;

@@ -75,7 +75,7 @@ enum class Family { Dvd, Bluray };
 #ifdef NDEBUG
     constexpr std::int64_t kSlack = 1;
 #else
-    constexpr std::int64_t kSlack = 10;  // not optimised, and perhaps with sanitizers
+    constexpr std::int64_t kSlack = 20;  // not optimised, and perhaps with sanitizers
 #endif
     struct stat status = {};
     const std::int64_t storedKiB = ::stat(path.c_str(), &status) == 0 ? status.st_blocks / 2 : 0;
