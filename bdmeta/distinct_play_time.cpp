@@ -1,8 +1,8 @@
 #include "bdmeta/distinct_play_time.h"
 
 #include <algorithm>
-#include <compare>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 namespace bdmeta {
@@ -16,8 +16,6 @@ struct Stretch {
     std::uint8_t stcId;  // times of different STC sequences cannot be compared
     std::uint32_t inTime;
     std::uint32_t outTime;
-
-    friend auto operator<=>(const Stretch&, const Stretch&) = default;
 };
 
 }  // namespace
@@ -29,7 +27,9 @@ std::uint64_t distinctPlayTimeMs(const BlurayPlaylist& playlist)
     for (const BlurayPlayItem& item : playlist.playItems) {
         stretches.push_back({item.clipName.view(), item.stcId, item.inTime, item.outTime});
     }
-    std::ranges::sort(stretches);
+    std::ranges::sort(stretches, {}, [](const Stretch& stretch) {
+        return std::tuple(stretch.clip, stretch.stcId, stretch.inTime);
+    });
 
     std::uint64_t ticks = 0;
     const Stretch* former = nullptr;
