@@ -3,7 +3,7 @@
 
 #include <cstdio>
 
-int main(int argc, char* argv[])
+int main(int argc, char* argv[])  // NOLINT(bugprone-exception-escape): an exception ends the program
 {
     if (argc != 2) {
         std::fputs("usage: make_sample_bluray DIRECTORY\n", stderr);

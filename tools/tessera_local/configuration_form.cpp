@@ -41,7 +41,7 @@ bool setTitleField(std::vector<TitleRow>& rows, const QString& name, const QStri
 bool isEmptyRow(TitleRow row)
 {
     if (row[Type] == "0"_L1) { row[Type].clear(); }
-    return row == TitleRow();
+    return std::ranges::all_of(row, [](const QString& value) { return value.isEmpty(); });
 }
 
 // The sentence about an invalid value; empty if the value can be stored.
